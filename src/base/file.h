@@ -1,0 +1,25 @@
+#pragma once
+
+#include <cstddef>
+#include <filesystem>
+#include <string>
+#include <string_view>
+
+#include "base/result.h"
+
+namespace tandrel {
+
+// The system's words for an errno value.
+std::string systemError(int code);
+
+// The file's bytes. Fails when it cannot be read, is not a regular file, or holds more than
+// `limit` bytes; the error says which.
+Result<std::string> readFile(const std::filesystem::path& path, std::size_t limit);
+
+// Replaces the file as a whole: a temporary file beside it is written, synced and renamed over it,
+// and the folder is synced, so that a crash leaves the old content or the new and never a part. An
+// existing file keeps its mode and, where allowed, its owner; a symbolic link is followed. Missing
+// folders are created.
+Result<void> replaceFile(const std::filesystem::path& path, std::string_view content);
+
+}  // namespace tandrel

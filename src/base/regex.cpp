@@ -1,0 +1,105 @@
+#include "base/regex.h"
+
+#include <cstdio>
+#include <cstdlib>
+
+#include <unicode/regex.h>
+
+namespace tandrel {
+namespace {
+
+icu::UnicodeString wide(std::string_view text) {
+    return icu::UnicodeString::fromUTF8({text.data(), static_cast<std::int32_t>(text.size())});
+}
+
+std::string narrow(const icu::UnicodeString& text) {
+    std::string result;
+    text.toUTF8String(result);
+    return result;
+}
+
+std::size_t utf8Length(const icu::UnicodeString& text, std::int32_t units) {
+    return narrow(text.tempSubStringBetween(0, units)).size();
+}
+
+}  // namespace
+
+struct Regex::Compiled {
+    std::unique_ptr<icu::RegexPattern> pattern;
+
+    // ICU keeps a reference to `text`, which must outlive the matcher.
+    std::unique_ptr<icu::RegexMatcher> matcher(const icu::UnicodeString& text) const {
+        UErrorCode status = U_ZERO_ERROR;
+        std::unique_ptr<icu::RegexMatcher> result(pattern->matcher(text, status));
+        return U_FAILURE(status) ? nullptr : std::move(result);
+    }
+};
+
+Regex::Regex(std::string_view pattern, Case letterCase) : compiled_(std::make_unique<Compiled>()) {
+    UErrorCode status = U_ZERO_ERROR;
+    UParseError where{};
+    std::uint32_t flags = 0;
+    if (letterCase == Case::insensitive) flags |= UREGEX_CASE_INSENSITIVE;
+    compiled_->pattern.reset(icu::RegexPattern::compile(wide(pattern), flags, where, status));
+    if (U_FAILURE(status)) {
+        std::fprintf(stderr, "pattern does not compile (%s at %d): %.*s\n", u_errorName(status),
+                     where.offset, static_cast<int>(pattern.size()), pattern.data());
+        std::abort();
+    }
+}
+
+Regex::~Regex() = default;
+
+bool Regex::has(std::string_view text) const {
+    const icu::UnicodeString source = wide(text);
+    const auto matcher = compiled_->matcher(source);
+    return matcher && matcher->find();
+}
+
+std::optional<std::string> Regex::first(std::string_view text) const {
+    auto match = firstMatch(text);
+    if (!match) return std::nullopt;
+    return std::move(match->text);
+}
+
+std::optional<Regex::Match> Regex::firstMatch(std::string_view text) const {
+    const icu::UnicodeString source = wide(text);
+    const auto matcher = compiled_->matcher(source);
+    if (!matcher || !matcher->find()) return std::nullopt;
+    UErrorCode status = U_ZERO_ERROR;
+    const std::int32_t start = matcher->start(status);
+    const std::int32_t end = matcher->end(status);
+    return Match{utf8Length(source, start), utf8Length(source, end),
+                 narrow(source.tempSubStringBetween(start, end))};
+}
+
+std::vector<std::string> Regex::all(std::string_view text, int group) const {
+    const icu::UnicodeString source = wide(text);
+    const auto matcher = compiled_->matcher(source);
+    std::vector<std::string> result;
+    while (matcher && matcher->find()) {
+        UErrorCode status = U_ZERO_ERROR;
+        const std::int32_t start = matcher->start(group, status);
+        if (U_FAILURE(status) || start < 0) continue;
+        result.push_back(narrow(source.tempSubStringBetween(start, matcher->end(group, status))));
+    }
+    return result;
+}
+
+std::string Regex::replaceAll(std::string_view text, std::string_view replacement) const {
+    const icu::UnicodeString source = wide(text);
+    const icu::UnicodeString with = wide(replacement);
+    const auto matcher = compiled_->matcher(source);
+    icu::UnicodeString result;
+    std::int32_t copied = 0;
+    while (matcher && matcher->find()) {
+        UErrorCode status = U_ZERO_ERROR;
+        result.append(source, copied, matcher->start(status) - copied);
+        result.append(with);
+        copied = matcher->end(status);
+    }
+    result.append(source, copied, source.length() - copied);
+    return narrow(result);
+}
+
+}  // namespace tandrel

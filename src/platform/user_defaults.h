@@ -1,0 +1,24 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "base/result.h"
+
+// The owner's settings. Keys in use: "paused", "link", "askBeforePayments".
+namespace tandrel {
+
+class UserDefaults {
+ public:
+    virtual ~UserDefaults() = default;
+    // Absent when the key is not set or holds another type. Any thread; reads what other copies of
+    // the program wrote, too.
+    virtual std::optional<bool> boolValue(std::string_view key) const = 0;
+    virtual std::optional<std::string> textValue(std::string_view key) const = 0;
+    // Kept when the call returns without error. Every other key stays as it was.
+    virtual Result<void> set(std::string_view key, bool value) = 0;
+    virtual Result<void> set(std::string_view key, std::string value) = 0;
+};
+
+}  // namespace tandrel
