@@ -1,0 +1,362 @@
+#include "hid/hid_peripheral.h"
+
+#include <algorithm>
+#include <atomic>
+#include <utility>
+
+#include <fmt/format.h>
+#include <fmt/ranges.h>
+
+#include "base/log.h"
+#include "hid/gatt_database.h"
+
+namespace tandrel {
+namespace {
+
+std::atomic<HIDPeripheral*> sharedInstance = nullptr;
+
+// "2A4D (keyboard)" for an input report, "2A05 " for anything else.
+std::string described(CharacteristicId characteristic) {
+    const auto report = gatt::reportOf(characteristic);
+    return fmt::format("{} {}", gatt::uuidOf(characteristic),
+                       report ? fmt::format("({})", name(*report)) : "");
+}
+
+bool carriesPointer(CharacteristicId characteristic) {
+    return characteristic == gatt::kAbsolutePointerInput ||
+           characteristic == gatt::kRelativeMouseInput;
+}
+
+// The value of a characteristic that the system does not answer reads of by itself.
+std::optional<Bytes> readValue(CharacteristicId characteristic) {
+    constexpr std::uint8_t kReportProtocol = 1;
+    constexpr std::uint8_t kFullPercent = 100;
+    if (const auto report = gatt::reportOf(characteristic)) return Bytes(reportLength(*report), 0);
+    switch (characteristic) {
+        case gatt::kProtocolMode:
+            return Bytes{kReportProtocol};
+        case gatt::kBatteryLevel:
+            return Bytes{kFullPercent};
+        case gatt::kKeyboardOutput:
+            return Bytes{0};
+        default:
+            return std::nullopt;
+    }
+}
+
+}  // namespace
+
+HIDPeripheral::HIDPeripheral(std::string localName, MakeBluetoothPeripheral make, Clock& clock)
+    : localName_(std::move(localName)),
+      make_(std::move(make)),
+      clock_(clock),
+      queue_("pocketlink.bluetooth", clock) {
+    clock_.attach(farewell_);
+}
+
+HIDPeripheral::~HIDPeripheral() { stop(); }
+
+HIDPeripheral& HIDPeripheral::shared() { return *sharedInstance; }
+
+void HIDPeripheral::setShared(HIDPeripheral* instance) { sharedInstance = instance; }
+
+void HIDPeripheral::start() {
+    queue_.post([this] {
+        queue_.assertCurrent();
+        if (!manager_) makeManager();
+    });
+}
+
+void HIDPeripheral::restart() {
+    queue_.post([this] {
+        queue_.assertCurrent();
+        if (stopped_) return;
+        releaseHeld();
+        endManager();
+        setState("starting");
+        makeManager();
+        callHostsChanged();
+    });
+}
+
+void HIDPeripheral::stop() {
+    queue_.sync([this] {
+        queue_.assertCurrent();
+        stopped_ = true;
+        releaseHeld();
+    });
+    awaitFarewell();
+    queue_.sync([this] {
+        queue_.assertCurrent();
+        endManager();
+        setState("stopped");
+    });
+}
+
+void HIDPeripheral::makeManager() {
+    if (stopped_) return;
+    manager_ = make_(*this, queue_);
+    if (!manager_) setState("bluetooth unavailable (unsupported)");
+}
+
+void HIDPeripheral::endManager() {
+    if (manager_) {
+        manager_->stopAdvertising();
+        manager_->removeAllServices();
+    }
+    manager_ = nullptr;
+    forgetPhones();
+    serviceChangedSent_.clear();
+    servicesToAdd_.clear();
+    published_ = false;
+}
+
+// Whatever knew of a link that is gone: a report that waited for it must not reach a later one.
+void HIDPeripheral::forgetPhones() {
+    subscriptions_.clear();
+    outbox_.clear();
+    drain();
+}
+
+void HIDPeripheral::awaitFarewell() {
+    const TimePoint deadline = clock_.now() + kLongestFarewell;
+    std::unique_lock lock(farewell_->mutex);
+    while (!outboxEmpty_ && clock_.now() < deadline) {
+        clock_.waitUntil(lock, *farewell_, deadline);
+    }
+}
+
+std::vector<Uuid> HIDPeripheral::connectedHosts() {
+    return queue_.sync([this] {
+        queue_.assertCurrent();
+        std::vector<Uuid> hosts;
+        for (const auto& [host, central] : subscriptions_) {
+            if (central.hasInput()) hosts.push_back(host);
+        }
+        return hosts;
+    });
+}
+
+std::string HIDPeripheral::state() {
+    return queue_.sync([this] {
+        queue_.assertCurrent();
+        return state_;
+    });
+}
+
+std::optional<std::uint64_t> HIDPeripheral::pointerLink(const Uuid& host) {
+    return queue_.sync([this, &host]() -> std::optional<std::uint64_t> {
+        queue_.assertCurrent();
+        const auto found = subscriptions_.find(host);
+        if (found == subscriptions_.end()) return std::nullopt;
+        const Central& central = found->second;
+        if (!central.subscribed.contains(gatt::kAbsolutePointerInput)) return std::nullopt;
+        return central.pointerLink;
+    });
+}
+
+void HIDPeripheral::setOnHostsChanged(std::function<void()> changed) {
+    queue_.sync([&] {
+        queue_.assertCurrent();
+        onHostsChanged_ = std::move(changed);
+    });
+}
+
+void HIDPeripheral::setState(std::string state) { state_ = std::move(state); }
+
+bool HIDPeripheral::Central::hasInput() const {
+    return std::ranges::any_of(subscribed,
+                               [](CharacteristicId id) { return gatt::reportOf(id).has_value(); });
+}
+
+void HIDPeripheral::stateChanged(BluetoothState state) {
+    queue_.assertCurrent();
+    if (!manager_) return;
+    log(fmt::format("bluetooth state {} auth {}", name(state), name(manager_->authorization())));
+    // No link outlives any of these changes, and none of the systems reports each phone's going.
+    const bool hadPhones = !subscriptions_.empty();
+    forgetPhones();
+    switch (state) {
+        case BluetoothState::unauthorized:
+            setState("bluetooth not allowed (System Settings > Privacy & Security > Bluetooth)");
+            break;
+        case BluetoothState::poweredOff:
+            setState("bluetooth off");
+            break;
+        case BluetoothState::poweredOn:
+            setState("powered on");
+            publish();
+            break;
+        default:
+            setState(fmt::format("bluetooth unavailable ({})", name(state)));
+    }
+    if (hadPhones) callHostsChanged();
+}
+
+void HIDPeripheral::publish() {
+    manager_->removeAllServices();
+    published_ = false;
+    servicesToAdd_.clear();
+    for (GattService& service : gatt::database(localName_)) {
+        servicesToAdd_.push_back(std::move(service));
+    }
+    addNextService();
+}
+
+// One at a time: the next is added when the system has confirmed the one before.
+void HIDPeripheral::addNextService() {
+    if (servicesToAdd_.empty()) {
+        published_ = true;
+        advertise();
+        return;
+    }
+    const GattService service = std::move(servicesToAdd_.front());
+    servicesToAdd_.pop_front();
+    manager_->addService(service);
+}
+
+void HIDPeripheral::serviceAdded(const std::string& serviceUuid,
+                                 const std::optional<std::string>& error) {
+    queue_.assertCurrent();
+    if (!manager_) return;
+    if (error) {
+        setState(fmt::format("failed to add {}: {}", serviceUuid, *error));
+        log(state_);
+        return;
+    }
+    log("added service " + serviceUuid);
+    addNextService();
+}
+
+// Goes on while phones are connected, so that further ones can connect.
+void HIDPeripheral::advertise() {
+    if (!manager_ || !published_ || manager_->isAdvertising()) return;
+    manager_->startAdvertising(localName_, {std::string(gatt::kAdvertisedService)});
+}
+
+void HIDPeripheral::advertisingStarted(const std::optional<AdvertisingError>& error) {
+    queue_.assertCurrent();
+    if (!manager_) return;
+    if (error && !error->alreadyAdvertising) {
+        setState("advertising failed: " + error->description);
+    } else {
+        setState("advertising as " + localName_);
+    }
+    log(state_);
+}
+
+void HIDPeripheral::hostsChanged() {
+    const auto hosts = std::ranges::count_if(
+        subscriptions_, [](const auto& entry) { return entry.second.hasInput(); });
+    const std::string advertising = "advertising as " + localName_;
+    setState(hosts > 0 ? fmt::format("{} connected, {}", hosts, advertising) : advertising);
+    advertise();
+    callHostsChanged();
+}
+
+void HIDPeripheral::callHostsChanged() {
+    // A copy, since the callback may end up setting another one.
+    if (const auto changed = onHostsChanged_) changed();
+}
+
+void HIDPeripheral::subscribed(const Uuid& host, CharacteristicId characteristic) {
+    queue_.assertCurrent();
+    if (!manager_) return;
+    Central& central = subscriptions_[host];
+    central.subscribed.insert(characteristic);
+    if (carriesPointer(characteristic)) central.pointerLink = ++lastPointerLink_;
+    log(fmt::format("subscribe {} from {}", described(characteristic), host.text()));
+    const auto report = gatt::reportOf(characteristic);
+    if (!report) return;
+    // Every phone starts with all keys and buttons up.
+    deliver(releasedReport(*report), host);
+    hostsChanged();
+}
+
+void HIDPeripheral::unsubscribed(const Uuid& host, CharacteristicId characteristic) {
+    queue_.assertCurrent();
+    if (!manager_) return;
+    if (const auto found = subscriptions_.find(host); found != subscriptions_.end()) {
+        Central& central = found->second;
+        central.subscribed.erase(characteristic);
+        if (carriesPointer(characteristic)) central.pointerLink = ++lastPointerLink_;
+        if (central.subscribed.empty()) subscriptions_.erase(found);
+    }
+    outbox_.forget(host, characteristic);
+    log(fmt::format("unsubscribe {} from {}", described(characteristic), host.text()));
+    // The refused entry may have been this phone's.
+    drain();
+    hostsChanged();
+}
+
+GattReadReply HIDPeripheral::read(const GattRead& request) {
+    const auto value = readValue(request.characteristic);
+    if (!value) return {AttError::attributeNotFound, {}};
+    if (request.offset > value->size()) return {AttError::invalidOffset, {}};
+    return {AttError::none,
+            Bytes(value->begin() + static_cast<std::ptrdiff_t>(request.offset), value->end())};
+}
+
+AttError HIDPeripheral::write(const std::vector<GattWrite>& requests) {
+    queue_.assertCurrent();
+    for (const GattWrite& request : requests) {
+        if (request.characteristic != gatt::kControlPoint) continue;
+        log(fmt::format("control point write [{}] from {}", fmt::join(request.value, ", "),
+                        request.central.text()));
+        checkStaleCache(request.central);
+    }
+    return AttError::none;
+}
+
+// A phone with an old database in its cache writes the control point, at a handle it remembers, but
+// never finds the reports to subscribe to. Told that all handles changed, it discovers them again.
+void HIDPeripheral::checkStaleCache(const Uuid& host) {
+    const auto found = subscriptions_.find(host);
+    if (found == subscriptions_.end() || found->second.hasInput()) return;
+    if (!found->second.subscribed.contains(gatt::kServiceChanged)) return;
+    if (!serviceChangedSent_.insert(host).second) return;
+    log(fmt::format("stale cache on {}, indicating Service Changed", host.text()));
+    const Bytes affectedHandles = {0x10, 0x00, 0xFF, 0xFF};  // 0x0010 to 0xFFFF
+    outbox_.putFirst({host, gatt::kServiceChanged, affectedHandles});
+    drain();
+}
+
+void HIDPeripheral::send(ReportID id, std::span<const std::uint8_t> bytes, const Uuid& host) {
+    Report report{id, {}};
+    std::copy_n(bytes.begin(), std::min(bytes.size(), reportLength(id)), report.storage.begin());
+    queue_.post([this, report, host] {
+        queue_.assertCurrent();
+        if (!stopped_) deliver(report, host);
+    });
+}
+
+void HIDPeripheral::deliver(const Report& report, const Uuid& host) {
+    const auto found = subscriptions_.find(host);
+    const CharacteristicId characteristic = gatt::inputOf(report.id);
+    if (found == subscriptions_.end() || !found->second.subscribed.contains(characteristic)) return;
+    found->second.held.note(report.id, report.bytes());
+    outbox_.append({host, characteristic, Bytes(report.bytes().begin(), report.bytes().end())});
+    drain();
+}
+
+void HIDPeripheral::releaseHeld() {
+    for (auto& [host, central] : subscriptions_) {
+        for (const Report& report : central.held.release()) deliver(report, host);
+    }
+}
+
+void HIDPeripheral::readyToUpdateSubscribers() {
+    queue_.assertCurrent();
+    drain();
+}
+
+void HIDPeripheral::drain() {
+    if (manager_) outbox_.drain(*manager_);
+    {
+        std::lock_guard lock(farewell_->mutex);
+        outboxEmpty_ = outbox_.empty();
+    }
+    farewell_->condition.notify_all();
+}
+
+}  // namespace tandrel
