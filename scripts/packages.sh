@@ -9,7 +9,7 @@ build="g++ cmake ninja-build ccache pkg-config python3 curl ca-certificates
     libtesseract-dev libleptonica-dev tesseract-ocr-eng
     libcairo2-dev libpango1.0-dev fonts-inter
     qt6-base-dev libsdbus-c++-dev libsystemd-dev libudev-dev libcanberra-dev
-    libgtest-dev libgmock-dev dbus xvfb"
+    libgtest-dev libgmock-dev dbus umockdev xvfb"
 check="clang-19 clang-tidy-19 clang-format-19 libclang-rt-19-dev llvm-19"
 bench="libbenchmark-dev libmicrohttpd-dev libswscale-dev"
 
