@@ -1,10 +1,10 @@
 #include "platform/linux/desktop_notifications.h"
 
-#include <canberra.h>
-#include <sdbus-c++/sdbus-c++.h>
-
 #include <map>
 #include <vector>
+
+#include <canberra.h>
+#include <sdbus-c++/sdbus-c++.h>
 
 #include "base/log.h"
 #include "base/serial_queue.h"

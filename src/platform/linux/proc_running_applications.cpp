@@ -1,9 +1,5 @@
 #include "platform/linux/proc_running_applications.h"
 
-#include <sys/pidfd.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
 #include <algorithm>
 #include <array>
 #include <cerrno>
@@ -14,9 +10,16 @@
 #include <string_view>
 
 #include <fmt/format.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include "base/file.h"
 #include "base/file_descriptor.h"
+
+// glibc 2.36 declares these functions without C linkage.
+extern "C" {
+#include <sys/pidfd.h>
+}
 
 namespace tandrel {
 namespace {
@@ -40,7 +43,7 @@ constexpr std::array kKnown{
 constexpr std::string_view kDeleted = " (deleted)";
 
 bool isOwn(const std::filesystem::path& process) {
-    struct stat info {};
+    struct stat info{};
     return ::stat(process.c_str(), &info) == 0 && info.st_uid == ::geteuid();
 }
 
@@ -60,7 +63,8 @@ std::optional<unsigned long long> startTime(const std::filesystem::path& process
     const auto text = readFile(process / "stat", kLargestStat);
     if (!text) return std::nullopt;
     std::size_t at = text->rfind(')');
-    for (int i = 0; i < kFieldsBetween && at != std::string::npos; ++i) at = text->find(' ', at + 1);
+    for (int i = 0; i < kFieldsBetween && at != std::string::npos; ++i)
+        at = text->find(' ', at + 1);
     if (at == std::string::npos) return std::nullopt;
     unsigned long long ticks = 0;
     const auto parsed = std::from_chars(text->data() + at + 1, text->data() + text->size(), ticks);
@@ -103,12 +107,11 @@ std::vector<RunningApplication> ProcRunningApplications::others() {
         const auto* known = applicationOf(process);
         const auto started = known == nullptr ? std::nullopt : startTime(process);
         if (!started) continue;
-        found.push_back({*started,
-                         {*pid, std::string(known->name), std::string(known->bundleIdentifier)}});
+        found.push_back(
+            {*started, {*pid, std::string(known->name), std::string(known->bundleIdentifier)}});
     }
-    std::ranges::sort(found, {}, [](const Found& one) {
-        return std::pair(one.started, one.application.pid);
-    });
+    std::ranges::sort(found, {},
+                      [](const Found& one) { return std::pair(one.started, one.application.pid); });
     std::vector<RunningApplication> result;
     for (Found& one : found) result.push_back(std::move(one.application));
     return result;

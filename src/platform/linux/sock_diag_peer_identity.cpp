@@ -1,14 +1,5 @@
 #include "platform/linux/sock_diag_peer_identity.h"
 
-#include <arpa/inet.h>
-#include <linux/inet_diag.h>
-#include <linux/netlink.h>
-#include <linux/sock_diag.h>
-#include <netinet/tcp.h>
-#include <sys/socket.h>
-#include <sys/time.h>
-#include <unistd.h>
-
 #include <array>
 #include <cerrno>
 #include <charconv>
@@ -16,7 +7,15 @@
 #include <string>
 #include <vector>
 
+#include <arpa/inet.h>
 #include <fmt/format.h>
+#include <linux/inet_diag.h>
+#include <linux/netlink.h>
+#include <linux/sock_diag.h>
+#include <netinet/tcp.h>
+#include <sys/socket.h>
+#include <sys/time.h>
+#include <unistd.h>
 
 #include "base/file.h"
 #include "base/file_descriptor.h"

@@ -6,9 +6,10 @@
 
 namespace tandrel {
 
-// Asks the kernel for the peer's end of the connection by its exact four-tuple (sock_diag(7)). Where
-// that is not permitted, looks the tuple up in /proc/net/tcp and tcp6, which takes longer the more
-// sockets there are. A socket that its process has closed belongs to nobody any more: an error.
+// Asks the kernel for the peer's end of the connection by its exact four-tuple (sock_diag(7)).
+// Where that is not permitted, looks the tuple up in /proc/net/tcp and tcp6, which takes longer the
+// more sockets there are. A socket that its process has closed belongs to nobody any more: an
+// error.
 class SockDiagPeerIdentity final : public PeerIdentity {
  public:
     Result<uid_t> userBehind(const LoopbackConnection& connection) override;

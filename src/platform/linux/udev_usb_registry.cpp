@@ -1,11 +1,11 @@
 #include "platform/linux/udev_usb_registry.h"
 
-#include <libudev.h>
-
 #include <charconv>
 #include <cstring>
 #include <memory>
 #include <optional>
+
+#include <libudev.h>
 
 namespace tandrel {
 namespace {
