@@ -132,7 +132,7 @@ Result<void> Input::playOnQueue(const Sequence& sequence) {
     Held held;
     for (const Step& step : sequence) {
         send(step.report);
-        held.note(step.report.id, step.report.bytes());
+        held.note(step.report);
         trackPointer(step, link);
         const bool isLast = &step == &sequence.back();
         if (clock_.sleepFor(step.pause, stop) || isLast) continue;
