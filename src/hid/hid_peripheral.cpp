@@ -51,7 +51,7 @@ void HIDPeripheral::restart() {
         if (stopped_) return;
         releaseHeld();
         endManager();
-        setState("starting");
+        state_ = "starting";
         makeManager();
         callHostsChanged();
     });
@@ -67,14 +67,16 @@ void HIDPeripheral::stop() {
     queue_.sync([this] {
         queue_.assertCurrent();
         endManager();
-        setState("stopped");
+        state_ = "stopped";
     });
 }
 
 void HIDPeripheral::makeManager() {
     if (stopped_) return;
     manager_ = make_(*this, queue_);
-    if (!manager_) setState("bluetooth unavailable (unsupported)");
+    if (manager_) return;
+    state_ = "bluetooth unavailable (unsupported)";
+    log(state_);
 }
 
 void HIDPeripheral::endManager() {
@@ -132,8 +134,6 @@ void HIDPeripheral::setOnHostsChanged(std::function<void()> changed) {
     });
 }
 
-void HIDPeripheral::setState(std::string state) { state_ = std::move(state); }
-
 void HIDPeripheral::stateChanged(BluetoothState state) {
     queue_.assertCurrent();
     if (!manager_) return;
@@ -143,17 +143,17 @@ void HIDPeripheral::stateChanged(BluetoothState state) {
     forgetPhones();
     switch (state) {
         case BluetoothState::unauthorized:
-            setState("bluetooth not allowed (System Settings > Privacy & Security > Bluetooth)");
+            state_ = "bluetooth not allowed (System Settings > Privacy & Security > Bluetooth)";
             break;
         case BluetoothState::poweredOff:
-            setState("bluetooth off");
+            state_ = "bluetooth off";
             break;
         case BluetoothState::poweredOn:
-            setState("powered on");
+            state_ = "powered on";
             publish();
             break;
         default:
-            setState(fmt::format("bluetooth unavailable ({})", name(state)));
+            state_ = fmt::format("bluetooth unavailable ({})", name(state));
     }
     if (hadPhones) callHostsChanged();
 }
@@ -185,7 +185,7 @@ void HIDPeripheral::serviceAdded(const std::string& serviceUuid,
     queue_.assertCurrent();
     if (!manager_) return;
     if (error) {
-        setState(fmt::format("failed to add {}: {}", serviceUuid, *error));
+        state_ = fmt::format("failed to add {}: {}", serviceUuid, *error);
         log(state_);
         return;
     }
@@ -203,9 +203,9 @@ void HIDPeripheral::advertisingStarted(const std::optional<AdvertisingError>& er
     queue_.assertCurrent();
     if (!manager_) return;
     if (error && !error->alreadyAdvertising) {
-        setState("advertising failed: " + error->description);
+        state_ = "advertising failed: " + error->description;
     } else {
-        setState("advertising as " + localName_);
+        state_ = "advertising as " + localName_;
     }
     log(state_);
 }
@@ -213,7 +213,7 @@ void HIDPeripheral::advertisingStarted(const std::optional<AdvertisingError>& er
 void HIDPeripheral::hostsChanged() {
     const std::size_t hosts = subscriptions_.hosts().size();
     const std::string advertising = "advertising as " + localName_;
-    setState(hosts > 0 ? fmt::format("{} connected, {}", hosts, advertising) : advertising);
+    state_ = hosts > 0 ? fmt::format("{} connected, {}", hosts, advertising) : advertising;
     advertise();
     callHostsChanged();
 }

@@ -89,7 +89,6 @@ class HIDPeripheral final : private BluetoothPeripheralDelegate {
     void drain() RUNS_ON(queue_);
     void awaitFarewell();
     void checkStaleCache(const Uuid& central) RUNS_ON(queue_);
-    void setState(std::string state) RUNS_ON(queue_);
 
     const std::string localName_;
     const MakeBluetoothPeripheral make_;
@@ -101,8 +100,7 @@ class HIDPeripheral final : private BluetoothPeripheralDelegate {
     std::string state_ OWNED_BY(queue_) = "starting";
     std::function<void()> onHostsChanged_ OWNED_BY(queue_);
     Subscriptions subscriptions_ OWNED_BY(queue_);
-    // Phones sent a Service Changed indication since the last restart; a phone is in it at most
-    // once.
+    // Phones sent a Service Changed indication since the last restart, each once.
     std::set<Uuid> serviceChangedSent_ OWNED_BY(queue_);
     std::deque<GattService> servicesToAdd_ OWNED_BY(queue_);
     bool published_ OWNED_BY(queue_) = false;
