@@ -20,17 +20,16 @@ std::chrono::nanoseconds sinceEpoch(const timespec& time) {
 FileStamp FileStamp::of(const std::filesystem::path& file) {
     struct stat info{};
     if (::stat(file.c_str(), &info) != 0) return {};
-    return {info.st_dev, info.st_ino, info.st_size, info.st_ctim};
-}
-
-bool FileStamp::mayHideAChange() const {
-    if (!exists()) return false;
     timespec now{};
     ::clock_gettime(CLOCK_REALTIME, &now);
-    return sinceEpoch(now) - sinceEpoch(changed) < kTick;
+    return {.device = info.st_dev,
+            .inode = info.st_ino,
+            .size = info.st_size,
+            .changed = info.st_ctim,
+            .settled = sinceEpoch(now) - sinceEpoch(info.st_ctim) >= kTick};
 }
 
-bool FileStamp::operator==(const FileStamp& other) const {
+bool FileStamp::looksLike(const FileStamp& other) const {
     return device == other.device && inode == other.inode && size == other.size &&
            changed.tv_sec == other.changed.tv_sec && changed.tv_nsec == other.changed.tv_nsec;
 }

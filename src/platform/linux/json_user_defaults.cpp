@@ -103,7 +103,7 @@ std::shared_ptr<const JsonUserDefaults::Snapshot> JsonUserDefaults::snapshot() c
         MutexLock lock(mutex_);
         before = latest_;
     }
-    if (before->stamp == stamp && !stamp.mayHideAChange()) return before;
+    if (before->stamp.stillHolds(stamp)) return before;
 
     auto now = std::make_shared<Snapshot>();
     now->stamp = stamp;
@@ -112,7 +112,7 @@ std::shared_ptr<const JsonUserDefaults::Snapshot> JsonUserDefaults::snapshot() c
         auto settings = text ? parseSettings(*text) : fail(text.error().message);
         if (settings) {
             now->settings = *std::move(settings);
-        } else if (before->stamp != stamp) {
+        } else if (!before->stamp.looksLike(stamp)) {
             log(fmt::format("settings: {} counts as empty: {}", path_.string(),
                             settings.error().message));
         }
