@@ -11,8 +11,8 @@ enum class ImageFormat { png, jpeg };
 
 struct SnapshotOptions {
     ImageFormat format = ImageFormat::png;
-    std::optional<int> maxWidth;  // pixels
-    std::optional<int> maxEdge;   // pixels, of the longer side
+    std::optional<int> maxWidth = {};  // pixels
+    std::optional<int> maxEdge = {};   // pixels, of the longer side
 };
 
 struct Size {
