@@ -4,10 +4,10 @@
 
 #include "base/environment.h"
 #include "base/paths.h"
-#include "base/unicode.h"
-#include "hid/keymap.h"
 #include "image/image_reader.h"
 #include "platform/linux/absent_bluetooth_peripheral.h"
+#include "platform/linux/image_capture_devices.h"
+#include "platform/linux/linux_permissions.h"
 #include "platform/linux/linux_text_recognizer.h"
 #include "platform/linux/sock_diag_peer_identity.h"
 #include "platform/virtual/virtual_platform.h"
@@ -20,11 +20,19 @@ constexpr const char* kNoBluetooth =
 constexpr const char* kNoCable =
     "Cable: this version cannot see an iPhone's screen over a cable yet, so there is no picture";
 
-// The usage that a key's name or character presses.
+// The usage that pressing the key of this name or character sends.
 std::optional<std::uint8_t> keyUsage(std::string_view key) {
-    if (const auto code = Keymap::find(Keymap::named, lowerCased(key))) return code;
-    if (const auto stroke = Keymap::stroke(key)) return stroke->code;
-    return std::nullopt;
+    const auto stroke = Input::keyStroke(key, {});
+    if (!stroke) return std::nullopt;
+    return stroke->code;
+}
+
+// A path that stands for no picture is told at the start, not when the first frame is missing.
+Result<void> checkImages(const std::filesystem::path& path) {
+    std::error_code error;
+    if (std::filesystem::is_directory(path, error)) return {};
+    TRY(readImage(path));
+    return {};
 }
 
 }  // namespace
@@ -43,7 +51,18 @@ Result<Backends> Backends::open(const AppInfo& info, Clock& clock) {
         backends.permissions = &backends.virtualPhones->permissions();
         return backends;
     }
-    return fail("no real backends");
+    backends.makeBluetooth = AbsentBluetoothPeripheral::maker();
+    backends.absences.emplace_back(kNoBluetooth);
+    const auto images =
+        ImageCaptureDevices::parsePaths(environment("TANDREL_CAPTURE_IMAGES").value_or(""));
+    for (const auto& path : images) TRY_VOID(checkImages(path));
+    if (images.empty()) backends.absences.emplace_back(kNoCable);
+    backends.ownCapture = std::make_unique<ImageCaptureDevices>(
+        ImageCaptureDevices::Options{.paths = images, .load = readImage}, clock);
+    backends.capture = backends.ownCapture.get();
+    backends.ownPermissions = std::make_unique<LinuxPermissions>();
+    backends.permissions = backends.ownPermissions.get();
+    return backends;
 }
 
 AppFiles AppFiles::of(const AppInfo& info) {

@@ -1,5 +1,6 @@
 #include "engine/action.h"
 
+#include <algorithm>
 #include <cmath>
 
 #include <fmt/format.h>
@@ -76,13 +77,12 @@ Result<PhoneAction> parseKey(const Json& body, const ActionTarget&) {
     auto key = textMember(body, "key");
     if (!key) return fail("key is required");
     KeyAction action{std::move(*key), {}};
-    const auto modifiers = body.find("modifiers");
-    if (modifiers == body.end() || modifiers->is_null()) return action;
-    if (!modifiers->is_array()) return fail("modifiers must be a list of modifier names");
-    for (const Json& modifier : *modifiers) {
-        if (!modifier.is_string()) return fail("modifiers must be a list of modifier names");
-        action.modifiers.push_back(modifier.get<std::string>());
+    const Json modifiers = body.value("modifiers", Json::array());
+    if (!modifiers.is_array() || !std::ranges::all_of(modifiers, &Json::is_string)) {
+        return fail("modifiers must be a list of modifier names");
     }
+    action.modifiers = modifiers.get<std::vector<std::string>>();
+    TRY(Input::keyStroke(action.key, action.modifiers));
     return action;
 }
 
