@@ -79,6 +79,23 @@ GattCharacteristic characteristic(const Row& row, std::string_view localName) {
     return made;
 }
 
+// None for a characteristic without a value of its own.
+std::optional<Bytes> readValue(CharacteristicId id) {
+    constexpr std::uint8_t kReportProtocol = 1;
+    constexpr std::uint8_t kFullPercent = 100;
+    if (const auto report = reportOf(id)) return Bytes(reportLength(*report), 0);
+    switch (id) {
+        case kProtocolMode:
+            return Bytes{kReportProtocol};
+        case kBatteryLevel:
+            return Bytes{kFullPercent};
+        case kKeyboardOutput:
+            return Bytes{0};
+        default:
+            return std::nullopt;
+    }
+}
+
 }  // namespace
 
 std::vector<GattService> database(std::string_view localName) {
@@ -108,6 +125,14 @@ std::string_view uuidOf(CharacteristicId id) {
         if (row.id == id) return row.uuid;
     }
     return {};
+}
+
+GattReadReply answer(const GattRead& request) {
+    const auto value = readValue(request.characteristic);
+    if (!value) return {AttError::attributeNotFound, {}};
+    if (request.offset > value->size()) return {AttError::invalidOffset, {}};
+    return {AttError::none,
+            Bytes(value->begin() + static_cast<std::ptrdiff_t>(request.offset), value->end())};
 }
 
 }  // namespace tandrel::gatt

@@ -43,5 +43,9 @@ std::optional<ReportID> reportOf(CharacteristicId characteristic);
 // Its UUID; empty for an id that the database does not have.
 std::string_view uuidOf(CharacteristicId characteristic);
 
+// Answers a read of a characteristic that has no static value. Input reports read as released, the
+// protocol mode as report protocol, the battery as full.
+GattReadReply answer(const GattRead& request);
+
 }  // namespace gatt
 }  // namespace tandrel

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <array>
-#include <span>
 #include <vector>
 
 #include "hid/report.h"
@@ -11,9 +10,7 @@ namespace tandrel {
 // What a phone was last told is pressed, so that it can be let go whatever happens.
 class Held {
  public:
-    void note(ReportID id, std::span<const std::uint8_t> bytes) {
-        down_[slot(id)] = holdsDown(id, bytes);
-    }
+    void note(const Report& report) { down_[slot(report.id)] = holdsDown(report); }
 
     // The reports that let go of everything pressed; nothing for none.
     std::vector<Report> release() const {

@@ -22,28 +22,6 @@ std::string described(CharacteristicId characteristic) {
                        report ? fmt::format("({})", name(*report)) : "");
 }
 
-bool carriesPointer(CharacteristicId characteristic) {
-    return characteristic == gatt::kAbsolutePointerInput ||
-           characteristic == gatt::kRelativeMouseInput;
-}
-
-// The value of a characteristic that the system does not answer reads of by itself.
-std::optional<Bytes> readValue(CharacteristicId characteristic) {
-    constexpr std::uint8_t kReportProtocol = 1;
-    constexpr std::uint8_t kFullPercent = 100;
-    if (const auto report = gatt::reportOf(characteristic)) return Bytes(reportLength(*report), 0);
-    switch (characteristic) {
-        case gatt::kProtocolMode:
-            return Bytes{kReportProtocol};
-        case gatt::kBatteryLevel:
-            return Bytes{kFullPercent};
-        case gatt::kKeyboardOutput:
-            return Bytes{0};
-        default:
-            return std::nullopt;
-    }
-}
-
 }  // namespace
 
 HIDPeripheral::HIDPeripheral(std::string localName, MakeBluetoothPeripheral make, Clock& clock)
@@ -73,7 +51,7 @@ void HIDPeripheral::restart() {
         if (stopped_) return;
         releaseHeld();
         endManager();
-        setState("starting");
+        state_ = "starting";
         makeManager();
         callHostsChanged();
     });
@@ -89,14 +67,16 @@ void HIDPeripheral::stop() {
     queue_.sync([this] {
         queue_.assertCurrent();
         endManager();
-        setState("stopped");
+        state_ = "stopped";
     });
 }
 
 void HIDPeripheral::makeManager() {
     if (stopped_) return;
     manager_ = make_(*this, queue_);
-    if (!manager_) setState("bluetooth unavailable (unsupported)");
+    if (manager_) return;
+    state_ = "bluetooth unavailable (unsupported)";
+    log(state_);
 }
 
 void HIDPeripheral::endManager() {
@@ -129,11 +109,7 @@ void HIDPeripheral::awaitFarewell() {
 std::vector<Uuid> HIDPeripheral::connectedHosts() {
     return queue_.sync([this] {
         queue_.assertCurrent();
-        std::vector<Uuid> hosts;
-        for (const auto& [host, central] : subscriptions_) {
-            if (central.hasInput()) hosts.push_back(host);
-        }
-        return hosts;
+        return subscriptions_.hosts();
     });
 }
 
@@ -145,13 +121,9 @@ std::string HIDPeripheral::state() {
 }
 
 std::optional<std::uint64_t> HIDPeripheral::pointerLink(const Uuid& host) {
-    return queue_.sync([this, &host]() -> std::optional<std::uint64_t> {
+    return queue_.sync([this, &host] {
         queue_.assertCurrent();
-        const auto found = subscriptions_.find(host);
-        if (found == subscriptions_.end()) return std::nullopt;
-        const Central& central = found->second;
-        if (!central.subscribed.contains(gatt::kAbsolutePointerInput)) return std::nullopt;
-        return central.pointerLink;
+        return subscriptions_.pointerLink(host);
     });
 }
 
@@ -160,13 +132,6 @@ void HIDPeripheral::setOnHostsChanged(std::function<void()> changed) {
         queue_.assertCurrent();
         onHostsChanged_ = std::move(changed);
     });
-}
-
-void HIDPeripheral::setState(std::string state) { state_ = std::move(state); }
-
-bool HIDPeripheral::Central::hasInput() const {
-    return std::ranges::any_of(subscribed,
-                               [](CharacteristicId id) { return gatt::reportOf(id).has_value(); });
 }
 
 void HIDPeripheral::stateChanged(BluetoothState state) {
@@ -178,17 +143,17 @@ void HIDPeripheral::stateChanged(BluetoothState state) {
     forgetPhones();
     switch (state) {
         case BluetoothState::unauthorized:
-            setState("bluetooth not allowed (System Settings > Privacy & Security > Bluetooth)");
+            state_ = "bluetooth not allowed (System Settings > Privacy & Security > Bluetooth)";
             break;
         case BluetoothState::poweredOff:
-            setState("bluetooth off");
+            state_ = "bluetooth off";
             break;
         case BluetoothState::poweredOn:
-            setState("powered on");
+            state_ = "powered on";
             publish();
             break;
         default:
-            setState(fmt::format("bluetooth unavailable ({})", name(state)));
+            state_ = fmt::format("bluetooth unavailable ({})", name(state));
     }
     if (hadPhones) callHostsChanged();
 }
@@ -220,7 +185,7 @@ void HIDPeripheral::serviceAdded(const std::string& serviceUuid,
     queue_.assertCurrent();
     if (!manager_) return;
     if (error) {
-        setState(fmt::format("failed to add {}: {}", serviceUuid, *error));
+        state_ = fmt::format("failed to add {}: {}", serviceUuid, *error);
         log(state_);
         return;
     }
@@ -238,33 +203,29 @@ void HIDPeripheral::advertisingStarted(const std::optional<AdvertisingError>& er
     queue_.assertCurrent();
     if (!manager_) return;
     if (error && !error->alreadyAdvertising) {
-        setState("advertising failed: " + error->description);
+        state_ = "advertising failed: " + error->description;
     } else {
-        setState("advertising as " + localName_);
+        state_ = "advertising as " + localName_;
     }
     log(state_);
 }
 
 void HIDPeripheral::hostsChanged() {
-    const auto hosts = std::ranges::count_if(
-        subscriptions_, [](const auto& entry) { return entry.second.hasInput(); });
+    const std::size_t hosts = subscriptions_.hosts().size();
     const std::string advertising = "advertising as " + localName_;
-    setState(hosts > 0 ? fmt::format("{} connected, {}", hosts, advertising) : advertising);
+    state_ = hosts > 0 ? fmt::format("{} connected, {}", hosts, advertising) : advertising;
     advertise();
     callHostsChanged();
 }
 
 void HIDPeripheral::callHostsChanged() {
-    // A copy, since the callback may end up setting another one.
-    if (const auto changed = onHostsChanged_) changed();
+    if (onHostsChanged_) onHostsChanged_();
 }
 
 void HIDPeripheral::subscribed(const Uuid& host, CharacteristicId characteristic) {
     queue_.assertCurrent();
     if (!manager_) return;
-    Central& central = subscriptions_[host];
-    central.subscribed.insert(characteristic);
-    if (carriesPointer(characteristic)) central.pointerLink = ++lastPointerLink_;
+    subscriptions_.add(host, characteristic);
     log(fmt::format("subscribe {} from {}", described(characteristic), host.text()));
     const auto report = gatt::reportOf(characteristic);
     if (!report) return;
@@ -276,12 +237,7 @@ void HIDPeripheral::subscribed(const Uuid& host, CharacteristicId characteristic
 void HIDPeripheral::unsubscribed(const Uuid& host, CharacteristicId characteristic) {
     queue_.assertCurrent();
     if (!manager_) return;
-    if (const auto found = subscriptions_.find(host); found != subscriptions_.end()) {
-        Central& central = found->second;
-        central.subscribed.erase(characteristic);
-        if (carriesPointer(characteristic)) central.pointerLink = ++lastPointerLink_;
-        if (central.subscribed.empty()) subscriptions_.erase(found);
-    }
+    subscriptions_.remove(host, characteristic);
     outbox_.forget(host, characteristic);
     log(fmt::format("unsubscribe {} from {}", described(characteristic), host.text()));
     // The refused entry may have been this phone's.
@@ -289,13 +245,7 @@ void HIDPeripheral::unsubscribed(const Uuid& host, CharacteristicId characterist
     hostsChanged();
 }
 
-GattReadReply HIDPeripheral::read(const GattRead& request) {
-    const auto value = readValue(request.characteristic);
-    if (!value) return {AttError::attributeNotFound, {}};
-    if (request.offset > value->size()) return {AttError::invalidOffset, {}};
-    return {AttError::none,
-            Bytes(value->begin() + static_cast<std::ptrdiff_t>(request.offset), value->end())};
-}
+GattReadReply HIDPeripheral::read(const GattRead& request) { return gatt::answer(request); }
 
 AttError HIDPeripheral::write(const std::vector<GattWrite>& requests) {
     queue_.assertCurrent();
@@ -311,9 +261,7 @@ AttError HIDPeripheral::write(const std::vector<GattWrite>& requests) {
 // A phone with an old database in its cache writes the control point, at a handle it remembers, but
 // never finds the reports to subscribe to. Told that all handles changed, it discovers them again.
 void HIDPeripheral::checkStaleCache(const Uuid& host) {
-    const auto found = subscriptions_.find(host);
-    if (found == subscriptions_.end() || found->second.hasInput()) return;
-    if (!found->second.subscribed.contains(gatt::kServiceChanged)) return;
+    if (subscriptions_.isHost(host) || !subscriptions_.has(host, gatt::kServiceChanged)) return;
     if (!serviceChangedSent_.insert(host).second) return;
     log(fmt::format("stale cache on {}, indicating Service Changed", host.text()));
     const Bytes affectedHandles = {0x10, 0x00, 0xFF, 0xFF};  // 0x0010 to 0xFFFF
@@ -331,18 +279,15 @@ void HIDPeripheral::send(ReportID id, std::span<const std::uint8_t> bytes, const
 }
 
 void HIDPeripheral::deliver(const Report& report, const Uuid& host) {
-    const auto found = subscriptions_.find(host);
     const CharacteristicId characteristic = gatt::inputOf(report.id);
-    if (found == subscriptions_.end() || !found->second.subscribed.contains(characteristic)) return;
-    found->second.held.note(report.id, report.bytes());
+    if (!subscriptions_.has(host, characteristic)) return;
+    subscriptions_.note(host, report);
     outbox_.append({host, characteristic, Bytes(report.bytes().begin(), report.bytes().end())});
     drain();
 }
 
 void HIDPeripheral::releaseHeld() {
-    for (auto& [host, central] : subscriptions_) {
-        for (const Report& report : central.held.release()) deliver(report, host);
-    }
+    for (const auto& [phone, report] : subscriptions_.releases()) deliver(report, phone);
 }
 
 void HIDPeripheral::readyToUpdateSubscribers() {

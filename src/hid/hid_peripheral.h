@@ -3,7 +3,6 @@
 #include <cstdint>
 #include <deque>
 #include <functional>
-#include <map>
 #include <memory>
 #include <optional>
 #include <set>
@@ -13,9 +12,9 @@
 
 #include "base/serial_queue.h"
 #include "base/uuid.h"
-#include "hid/held.h"
 #include "hid/outbox.h"
 #include "hid/report_map.h"
+#include "hid/subscriptions.h"
 #include "platform/bluetooth_peripheral.h"
 
 namespace tandrel {
@@ -67,14 +66,6 @@ class HIDPeripheral final : private BluetoothPeripheralDelegate {
     void setOnHostsChanged(std::function<void()> changed);
 
  private:
-    struct Central {
-        std::set<CharacteristicId> subscribed;
-        std::uint64_t pointerLink = 0;
-        Held held;
-
-        bool hasInput() const;
-    };
-
     void stateChanged(BluetoothState state) override;
     void serviceAdded(const std::string& serviceUuid,
                       const std::optional<std::string>& error) override;
@@ -98,7 +89,6 @@ class HIDPeripheral final : private BluetoothPeripheralDelegate {
     void drain() RUNS_ON(queue_);
     void awaitFarewell();
     void checkStaleCache(const Uuid& central) RUNS_ON(queue_);
-    void setState(std::string state) RUNS_ON(queue_);
 
     const std::string localName_;
     const MakeBluetoothPeripheral make_;
@@ -109,13 +99,12 @@ class HIDPeripheral final : private BluetoothPeripheralDelegate {
     std::unique_ptr<BluetoothPeripheral> manager_ OWNED_BY(queue_);
     std::string state_ OWNED_BY(queue_) = "starting";
     std::function<void()> onHostsChanged_ OWNED_BY(queue_);
-    std::map<Uuid, Central> subscriptions_ OWNED_BY(queue_);
-    // Phones sent a Service Changed indication since the last restart.
+    Subscriptions subscriptions_ OWNED_BY(queue_);
+    // Phones sent a Service Changed indication since the last restart, each once.
     std::set<Uuid> serviceChangedSent_ OWNED_BY(queue_);
     std::deque<GattService> servicesToAdd_ OWNED_BY(queue_);
     bool published_ OWNED_BY(queue_) = false;
     bool stopped_ OWNED_BY(queue_) = false;
-    std::uint64_t lastPointerLink_ OWNED_BY(queue_) = 0;
     Outbox outbox_ OWNED_BY(queue_);
     SerialQueue queue_;
 };

@@ -110,9 +110,15 @@ Result<void> Input::type(std::string_view text) {
     return play(typeSequence(TRY(strokes(text)), step_));
 }
 
-Result<void> Input::key(std::string_view name, const std::vector<std::string>& modifiers) {
+Result<Keymap::Stroke> Input::keyStroke(std::string_view name,
+                                        const std::vector<std::string>& modifiers) {
     const std::uint8_t code = TRY(keyCode(name));
-    const Keymap::Stroke stroke = {.code = code, .modifiers = TRY(modifierBits(modifiers)) };
+    const std::uint8_t bits = TRY(modifierBits(modifiers));
+    return Keymap::Stroke{.code = code, .modifiers = bits};
+}
+
+Result<void> Input::key(std::string_view name, const std::vector<std::string>& modifiers) {
+    const Keymap::Stroke stroke = TRY(keyStroke(name, modifiers));
     return play(typeSequence({&stroke, 1}, step_));
 }
 
@@ -132,7 +138,7 @@ Result<void> Input::playOnQueue(const Sequence& sequence) {
     Held held;
     for (const Step& step : sequence) {
         send(step.report);
-        held.note(step.report.id, step.report.bytes());
+        held.note(step.report);
         trackPointer(step, link);
         const bool isLast = &step == &sequence.back();
         if (clock_.sleepFor(step.pause, stop) || isLast) continue;

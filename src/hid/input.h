@@ -59,6 +59,9 @@ class Input {
     // A key by name or by its character, in which case the Shift that the character would need is
     // left out; modifiers by name. Names in any case.
     Result<void> key(std::string_view name, const std::vector<std::string>& modifiers);
+    // What `key` would press; who judges keys before they are pressed asks the same.
+    static Result<Keymap::Stroke> keyStroke(std::string_view name,
+                                            const std::vector<std::string>& modifiers);
     // Presses one usage of the Consumer page.
     Result<void> consumer(std::uint16_t usage);
 

@@ -44,14 +44,13 @@ Report consumerReport(std::uint16_t usage) {
 
 Report releasedReport(ReportID id) { return {id, {}}; }
 
-bool holdsDown(ReportID id, std::span<const std::uint8_t> bytes) {
-    const auto isSet = [](std::uint8_t byte) { return byte != 0; };
-    switch (id) {
+bool holdsDown(const Report& report) {
+    switch (report.id) {
         case ReportID::keyboard:
         case ReportID::consumer:
-            return std::ranges::any_of(bytes, isSet);
+            return std::ranges::any_of(report.bytes(), [](std::uint8_t byte) { return byte != 0; });
         case ReportID::relativeMouse:
-            return !bytes.empty() && isSet(bytes[0]);
+            return report.storage[0] != 0;
         case ReportID::absolutePointer:
             return false;
     }

@@ -52,7 +52,7 @@ Report releasedReport(ReportID id);
 
 // Whether the report leaves a key, a button or a media key pressed. An absolute pointer report does
 // not: what it says of the button only repeats the relative mouse, whose report ends the press.
-bool holdsDown(ReportID id, std::span<const std::uint8_t> bytes);
+bool holdsDown(const Report& report);
 
 // Whether the report moves the pointer from wherever it is.
 bool movesRelatively(const Report& report);

@@ -18,7 +18,7 @@ std::vector<std::string> differences(const Fixture& fixture);
 // layout or has no case is told in a line that begins "can't read".
 int checkFixtures(const std::filesystem::path& path, std::FILE* out = stdout);
 
-// The fixture files that come with the program, in order of name; `share` is its folder "share".
+// The fixture files that come with the program, in order of name; `share` is its share/tandrel.
 std::vector<std::filesystem::path> shippedFixtures(const std::filesystem::path& share);
 
 }  // namespace tandrel::PaymentGuard

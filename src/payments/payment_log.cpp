@@ -30,7 +30,8 @@ class Descriptor {
     const int number_;
 };
 
-// Whether the file's last line was left without its end, by another program or a full disk.
+// Whether the file's last line was left without its end. A line that another copy of the program is
+// just writing looks the same, which costs an empty line.
 bool endsMidLine(int file, off_t size) {
     char last = '\n';
     return size > 0 && ::pread(file, &last, 1, size - 1) == 1 && last != '\n';
@@ -71,8 +72,9 @@ void PaymentLog::append(std::string line) {
                                  S_IRUSR | S_IWUSR));
     struct stat status{};
     if (file.get() < 0 || ::fstat(file.get(), &status) != 0 || !S_ISREG(status.st_mode)) return;
-    if (endsMidLine(file.get(), status.st_size)) line.insert(line.begin(), '\n');
-    [[maybe_unused]] const auto written = ::write(file.get(), line.data(), line.size());
+    if (mayBeTorn_ && endsMidLine(file.get(), status.st_size)) line.insert(line.begin(), '\n');
+    const auto written = ::write(file.get(), line.data(), line.size());
+    mayBeTorn_ = written != static_cast<ssize_t>(line.size());
 }
 
 std::string isoTimestamp(WallTime time) {

@@ -34,6 +34,7 @@ class PaymentLog {
 
     const std::filesystem::path file_;
     Clock& clock_;
+    bool mayBeTorn_ OWNED_BY(queue_) = true;
     SerialQueue queue_;
 };
 

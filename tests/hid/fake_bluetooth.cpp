@@ -1,13 +1,31 @@
 #include "hid/fake_bluetooth.h"
 
+#include <condition_variable>
+#include <mutex>
 #include <stdexcept>
 
 #include <fmt/format.h>
 
 namespace tandrel {
 
-// Touched on the program's queue only.
+// Touched on the program's queue only, apart from the counts.
 struct FakeBluetooth::World {
+    std::mutex mutex;
+    std::condition_variable counted;
+    int accepted = 0;  // under the mutex
+    int refused = 0;   // under the mutex
+
+    void count(int World::* what) {
+        std::lock_guard lock(mutex);
+        ++(this->*what);
+        counted.notify_all();
+    }
+
+    void await(int World::* what, int count) {
+        std::unique_lock lock(mutex);
+        counted.wait(lock, [&] { return this->*what >= count; });
+    }
+
     SerialQueue* queue = nullptr;
     BluetoothPeripheralDelegate* delegate = nullptr;
     std::vector<GattService> services;
@@ -78,6 +96,7 @@ class FakeBluetooth::Peripheral final : public BluetoothPeripheral {
                          const std::vector<Uuid>& centrals) override {
         if (world_.refusals > 0) {
             --world_.refusals;
+            world_.count(&World::refused);
             return Delivery::refused;
         }
         std::string phones;
@@ -85,6 +104,7 @@ class FakeBluetooth::Peripheral final : public BluetoothPeripheral {
         world_.transcript.push_back(fmt::format("{}{} {}: {:02x}", fake_.stamp(), phones,
                                                 world_.keyOf(characteristic),
                                                 fmt::join(value, " ")));
+        world_.count(&World::accepted);
         return Delivery::accepted;
     }
 
@@ -165,6 +185,10 @@ void FakeBluetooth::becomeReady() {
         world.delegate->readyToUpdateSubscribers();
     });
 }
+
+void FakeBluetooth::awaitAccepted(int count) { world_->await(&World::accepted, count); }
+
+void FakeBluetooth::awaitRefused(int count) { world_->await(&World::refused, count); }
 
 std::vector<std::string> FakeBluetooth::transcript() {
     std::vector<std::string> lines;

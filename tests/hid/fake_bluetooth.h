@@ -37,6 +37,10 @@ class FakeBluetooth {
     void refuseNextUpdates(int count);
     void becomeReady();
 
+    // Block until so many updates were accepted or refused since the start.
+    void awaitAccepted(int count);
+    void awaitRefused(int count);
+
     // Updates that were accepted: stamp, phone, characteristic, bytes in hexadecimal.
     std::vector<std::string> transcript();
     void clearTranscript();

@@ -32,8 +32,13 @@ class HidFixture : public testing::Test {
     }
 
     // Subscribes to the four input reports as a phone does on connecting.
-    void connect(const std::string& phone) {
+    void subscribeAll(const std::string& phone) {
         for (const char* report : {"1", "2", "3", "4"}) bluetooth.subscribe(phone, report);
+    }
+
+    // The same, leaving nothing of it in the transcript.
+    void connect(const std::string& phone) {
+        subscribeAll(phone);
         bluetooth.clearTranscript();
     }
 

@@ -440,11 +440,11 @@ TEST_F(HIDPeripheralTest, StopLetsGoOfWhatIsHeldAndOfNothingElse) {
 
 TEST_F(HIDPeripheralTest, StopWaitsUntilTheSystemHasRoom) {
     connect("A");
-    bluetooth.refuseNextUpdates(1);
+    bluetooth.refuseNextUpdates(1'000);
     send(ReportID::keyboard, kKeyDown, "A");
-    hid.state();
-    bluetooth.refuseNextUpdates(1);
+    bluetooth.awaitRefused(1);
     std::thread stopper([&] { hid.stop(); });
+    bluetooth.awaitRefused(2);
     bluetooth.becomeReady();
     stopper.join();
     EXPECT_EQ(bluetooth.transcript(),

@@ -1,6 +1,7 @@
 #include "hid/input.h"
 
 #include <limits>
+#include <map>
 #include <thread>
 
 #include "hid/input_fixture.h"
@@ -244,6 +245,45 @@ TEST_F(InputTest, ARefusalInASwipeDelaysAndKeepsOrder) {
                      "120 A 2: 01 ff 7f ff 7f", "120 A 3: 00 00 00 00"}));
 }
 
+TEST_F(InputTest, NothingIsMixedUpOrLeftPressedAmidRefusalsRestartsAndAStop) {
+    connect("B");
+    bluetooth.stamp = [] { return std::string(); };
+    Input other(hid, FakeBluetooth::phone("B"), clock);
+    std::thread letters([&] {
+        while (input.type("aA")) continue;
+    });
+    std::thread digits([&] {
+        while (other.type("1!")) continue;
+    });
+    for (int round = 0; round < 20; ++round) {
+        bluetooth.refuseNextUpdates(round);
+        disconnect("A");
+        bluetooth.becomeReady();
+        if (round % 5 == 4) {
+            hid.restart();
+            hid.state();
+            bluetooth.powerOn();
+            subscribeAll("B");
+        }
+        subscribeAll("A");
+    }
+    input.stop();
+    other.stop();
+    letters.join();
+    digits.join();
+    const Lines lines = bluetooth.transcript();
+    hid.stop();
+    std::map<std::string, std::string> last;
+    for (const std::string& line : lines) {
+        const std::string report = line.substr(0, 3);
+        last[report] = line;
+        EXPECT_TRUE(line.find(report == "A 1" ? " 1e " : " 04 ") == std::string::npos) << line;
+    }
+    for (const char* report : {"A 1", "B 1"}) {
+        EXPECT_EQ(last[report], std::string(report) + ": 00 00 00 00 00 00 00 00");
+    }
+}
+
 // Time stands still until the test turns it.
 class StopTest : private ClockFirst<ManualClock>, public HidFixture {
  protected:
@@ -254,47 +294,60 @@ class StopTest : private ClockFirst<ManualClock>, public HidFixture {
         connect("A");
     }
 
-    // Begins the action, lets `pauses` of its pauses pass, then stops the input.
-    Result<void> stopDuring(const std::function<Result<void>()>& action, int pauses) {
+    // Begins the action and stops the input once so many of its reports were sent.
+    Result<void> stopAfter(int reports, const std::function<Result<void>()>& action) {
         Result<void> result;
         std::thread caller([&] { result = action(); });
-        for (int i = 0; i < pauses; ++i) {
+        for (int sent = 1; sent < reports; ++sent) {
+            bluetooth.awaitAccepted(kAcceptedOnConnecting + sent);
             clock.awaitSleepers(1);
             clock.advance(std::chrono::seconds(1));
         }
-        clock.awaitSleepers(1);
+        bluetooth.awaitAccepted(kAcceptedOnConnecting + reports);
         input.stop();
         caller.join();
         return result;
     }
 
+    static constexpr int kAcceptedOnConnecting = 4;
     const Result<void> stopping = fail("Tandrel is stopping.", 503);
     using ClockFirst<ManualClock>::clock;
     Input input;
 };
 
 TEST_F(StopTest, LiftsTheButtonOfATap) {
-    EXPECT_EQ(stopDuring([&] { return input.tap({0, 0}, 30); }, 1), stopping);
+    EXPECT_EQ(stopAfter(2, [&] { return input.tap({0, 0}, 30); }), stopping);
     EXPECT_EQ(bluetooth.transcript(),
               (Lines{"A 2: 00 00 00 00 00", "A 3: 01 00 00 00", "A 3: 00 00 00 00"}));
 }
 
 TEST_F(StopTest, LiftsModifiersAndKeys) {
-    EXPECT_EQ(stopDuring([&] { return input.key("a", {"cmd"}); }, 1), stopping);
+    EXPECT_EQ(stopAfter(2, [&] { return input.key("a", {"cmd"}); }), stopping);
     EXPECT_EQ(bluetooth.transcript(),
               (Lines{"A 1: 08 00 00 00 00 00 00 00", "A 1: 08 00 04 00 00 00 00 00",
                      "A 1: 00 00 00 00 00 00 00 00"}));
 }
 
 TEST_F(StopTest, LiftsNothingBetweenPresses) {
-    EXPECT_EQ(stopDuring([&] { return input.type("ab"); }, 1), stopping);
+    EXPECT_EQ(stopAfter(2, [&] { return input.type("ab"); }), stopping);
     EXPECT_EQ(bluetooth.transcript(),
               (Lines{"A 1: 00 00 04 00 00 00 00 00", "A 1: 00 00 00 00 00 00 00 00"}));
 }
 
 TEST_F(StopTest, AnActionThatHasSentEverythingIsDone) {
-    EXPECT_EQ(stopDuring([&] { return input.consumer(0x223); }, 1), Result<void>{});
+    EXPECT_EQ(stopAfter(2, [&] { return input.consumer(0x223); }), Result<void>{});
     EXPECT_EQ(bluetooth.transcript(), (Lines{"A 4: 23 02", "A 4: 00 00"}));
+}
+
+TEST_F(StopTest, PhonesDoNotWaitForOneAnother) {
+    Input other(hid, FakeBluetooth::phone("B"), clock);
+    std::thread first([&] { EXPECT_TRUE(input.move({0, 0})); });
+    std::thread second([&] { EXPECT_TRUE(other.move({0, 0})); });
+    clock.awaitSleepers(2);
+    input.stop();
+    other.stop();
+    first.join();
+    second.join();
 }
 
 TEST_F(StopTest, LaterActionsFail) {
