@@ -1,5 +1,4 @@
 #include <benchmark/benchmark.h>
-
 #include <sys/socket.h>
 
 #include "../tests/platform/linux/loopback_pair.h"
@@ -7,6 +6,5 @@
 #include "platform/linux/sock_diag_peer_identity.h"
 
 namespace tandrel {
-namespace {
-}
-}
+namespace {}
+}  // namespace tandrel
