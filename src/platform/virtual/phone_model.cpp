@@ -61,14 +61,14 @@ PhoneModel::PhoneModel(const Scenario& scenario, Fonts& fonts)
 }
 
 void PhoneModel::receive(const InputEvent& event, TimePoint now) {
-    std::visit([&](const auto& any) { receive(any, now); }, event);
+    std::visit([&](const auto& any) { handle(any, now); }, event);
 }
 
-void PhoneModel::receive(const PointerTo& event, TimePoint now) {
+void PhoneModel::handle(const PointerTo& event, TimePoint now) {
     placePointer(toPoint(event.to), now);
 }
 
-void PhoneModel::receive(const PointerBy& event, TimePoint now) {
+void PhoneModel::handle(const PointerBy& event, TimePoint now) {
     const Point from = pointer_.value_or(Point{state_.width / 2, state_.height / 2});
     placePointer({from.x + accelerated(event.dx), from.y + accelerated(event.dy)}, now);
 }
@@ -81,19 +81,19 @@ void PhoneModel::placePointer(Point at, TimePoint) {
     if (touch_) drag(place);
 }
 
-void PhoneModel::receive(ButtonEvent event, TimePoint now) {
+void PhoneModel::handle(ButtonEvent event, TimePoint now) {
     if (event == ButtonEvent::up) return release(now);
     press(pointer_.value_or(Point{state_.width / 2, state_.height / 2}), now,
           isOn(kAssistiveTouch));
 }
 
-void PhoneModel::receive(const ConsumerEvent& event, TimePoint) {
+void PhoneModel::handle(const ConsumerEvent& event, TimePoint) {
     note(record_.consumers, event);
     if (asleep_) return wake();
     if (event.usage == kAcHome) goHome();
 }
 
-void PhoneModel::receive(const KeyEvent& event, TimePoint) {
+void PhoneModel::handle(const KeyEvent& event, TimePoint) {
     note(record_.keys, event);
     const bool command = (event.modifiers & kCommandKeys) != 0;
     const Shift shift = (event.modifiers & kShiftKeys) != 0 ? Shift::down : Shift::up;
@@ -354,6 +354,25 @@ PhoneModel::Look PhoneModel::look() {
               .pointer = {}};
     if (!asleep_ && isOn(kAssistiveTouch)) look.pointer = pointer_;
     return look;
+}
+
+std::optional<ScreenFraction> PhoneModel::find(std::string_view label) {
+    if (asleep_) return std::nullopt;
+    const DisplayList& list = display();
+    std::optional<ScreenFraction> found;
+    const auto search = [&](const DisplayLayer& layer, double scroll) {
+        for (const TouchArea& area : layer.areas) {
+            const Point center{area.rect.center().x, area.rect.center().y - scroll};
+            const TouchArea* there = area.label == label ? list.areaAt(center, scroll_) : nullptr;
+            if (center.y >= 0 && center.y < state_.height && there != nullptr &&
+                there->label == label) {
+                found = toFraction(center);
+            }
+        }
+    };
+    search(list.content, scroll_);
+    search(list.bars, 0);
+    return found;
 }
 
 const VirtualPhoneRecord& PhoneModel::record() {

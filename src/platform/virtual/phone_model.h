@@ -45,6 +45,8 @@ class PhoneModel {
         std::optional<Point> pointer;
     };
     Look look();
+    // The middle of the topmost thing with this label that can be seen.
+    std::optional<ScreenFraction> find(std::string_view label);
     // Raised whenever the screen changed apart from the pointer, and whenever the pointer did.
     std::uint64_t screenRevision() const { return screenRevision_; }
     std::uint64_t pointerRevision() const { return pointerRevision_; }
@@ -67,11 +69,11 @@ class PhoneModel {
         TimePoint since;
     };
 
-    void receive(const PointerTo& event, TimePoint now);
-    void receive(const PointerBy& event, TimePoint now);
-    void receive(ButtonEvent event, TimePoint now);
-    void receive(const KeyEvent& event, TimePoint now);
-    void receive(const ConsumerEvent& event, TimePoint now);
+    void handle(const PointerTo& event, TimePoint now);
+    void handle(const PointerBy& event, TimePoint now);
+    void handle(ButtonEvent event, TimePoint now);
+    void handle(const KeyEvent& event, TimePoint now);
+    void handle(const ConsumerEvent& event, TimePoint now);
 
     void placePointer(Point at, TimePoint now);
     void press(Point at, TimePoint now, bool effective);
