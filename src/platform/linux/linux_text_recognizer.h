@@ -1,0 +1,24 @@
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "base/clock.h"
+#include "platform/text_recognizer.h"
+
+namespace tandrel {
+
+struct TextRecognizerOptions {
+    // ISO 639-2 codes of the interface's languages as the traineddata files are called, joined
+    // by "+", the most likely first.
+    std::string languages = "eng";
+    // The folder of the traineddata files; empty means TESSDATA_PREFIX, else Debian's folder.
+    std::string folder;
+};
+
+// Reads text with the recogniser's own files installed by Debian's tesseract-ocr-* packages. Never
+// fails here: a missing file is the error of every `read` until it is there.
+std::unique_ptr<TextRecognizer> makeTextRecognizer(const TextRecognizerOptions& options = {},
+                                                   Clock& clock = systemClock());
+
+}  // namespace tandrel
