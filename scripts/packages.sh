@@ -8,7 +8,7 @@ build="g++ cmake ninja-build ccache pkg-config python3 curl ca-certificates
     libisal-dev libturbojpeg0-dev libpng-dev
     libtesseract-dev libleptonica-dev tesseract-ocr-eng
     libcairo2-dev libpango1.0-dev fonts-inter
-    qt6-base-dev libsdbus-c++-dev libsystemd-dev libudev-dev
+    qt6-base-dev libsdbus-c++-dev libsystemd-dev libudev-dev libcanberra-dev libxcb1-dev
     libgtest-dev libgmock-dev dbus xvfb"
 check="clang-19 clang-tidy-19 clang-format-19 libclang-rt-19-dev llvm-19"
 bench="libbenchmark-dev libmicrohttpd-dev libswscale-dev"

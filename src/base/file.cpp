@@ -1,31 +1,18 @@
 #include "base/file.h"
 
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
 #include <cerrno>
 #include <cstdlib>
 #include <system_error>
 
+#include <fcntl.h>
 #include <fmt/format.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "base/file_descriptor.h"
 
 namespace tandrel {
 namespace {
-
-class FileDescriptor {
- public:
-    explicit FileDescriptor(int fd) : fd_(fd) {}
-    ~FileDescriptor() {
-        if (fd_ >= 0) ::close(fd_);
-    }
-    FileDescriptor(const FileDescriptor&) = delete;
-    FileDescriptor& operator=(const FileDescriptor&) = delete;
-    int get() const { return fd_; }
-
- private:
-    int fd_;
-};
 
 std::unexpected<Error> cannot(const char* verb, const std::filesystem::path& path) {
     return fail(fmt::format("can't {} {}: {}", verb, path.string(), systemError(errno)));
@@ -43,7 +30,7 @@ Result<void> writeAll(int fd, std::string_view content, const std::filesystem::p
 
 // What the new file takes over from the one it replaces.
 void keepModeAndOwner(int fd, const std::filesystem::path& old) {
-    struct stat info {};
+    struct stat info{};
     if (::stat(old.c_str(), &info) != 0) {
         ::fchmod(fd, S_IRUSR | S_IWUSR);
         return;
@@ -68,9 +55,10 @@ std::string systemError(int code) { return std::generic_category().message(code)
 Result<std::string> readFile(const std::filesystem::path& path, std::size_t limit) {
     const FileDescriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
     if (file.get() < 0) return cannot("read", path);
-    struct stat info {};
+    struct stat info{};
     if (::fstat(file.get(), &info) != 0) return cannot("read", path);
-    if (S_ISDIR(info.st_mode)) return fail(fmt::format("can't read {}: it is a folder", path.string()));
+    if (S_ISDIR(info.st_mode))
+        return fail(fmt::format("can't read {}: it is a folder", path.string()));
     if (!S_ISREG(info.st_mode)) {
         return fail(fmt::format("can't read {}: it is not a regular file", path.string()));
     }
@@ -83,7 +71,8 @@ Result<std::string> readFile(const std::filesystem::path& path, std::size_t limi
         if (count == 0) return content;
         content.append(chunk, static_cast<std::size_t>(count));
         if (content.size() > limit) {
-            return fail(fmt::format("can't read {}: it is larger than {} bytes", path.string(), limit));
+            return fail(
+                fmt::format("can't read {}: it is larger than {} bytes", path.string(), limit));
         }
     }
 }

@@ -12,8 +12,8 @@ namespace tandrel {
 
 // One parsed request. `body` is always a JSON object, empty when there was none or it was not one.
 struct HTTPRequest {
-    std::string method;  // as sent: "GET", "POST"
-    std::string path;    // percent-decoded, without the query
+    std::string method;                        // as sent: "GET", "POST"
+    std::string path;                          // percent-decoded, without the query
     std::map<std::string, std::string> query;  // percent-decoded; "+" stays a plus
     Json body = Json::object();
     // Requested once the client's connection has closed, while the handler runs.
@@ -30,7 +30,9 @@ struct HTTPResponse {
     static HTTPResponse json(const Json& object, int status = 200);
     // {"error": message}
     static HTTPResponse error(std::string_view message, int status = 400);
-    static HTTPResponse error(const Error& error) { return HTTPResponse::error(error.message, error.status); }
+    static HTTPResponse error(const Error& error) {
+        return HTTPResponse::error(error.message, error.status);
+    }
 };
 
 }  // namespace tandrel

@@ -85,7 +85,8 @@ struct AdvertisingError {
     std::string description;
 };
 
-// What the system reports. Every call comes on the queue that the peripheral was made with.
+// What the system reports. Every call comes on the queue that the peripheral was made with, in a
+// task of its own: never from inside one of the peripheral's operations or its making.
 class BluetoothPeripheralDelegate {
  public:
     virtual ~BluetoothPeripheralDelegate() = default;

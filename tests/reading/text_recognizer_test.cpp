@@ -30,7 +30,7 @@ PixelBuffer shopFrame() {
 }
 
 TEST(TextRecognizer, readsLinesOfAShop) {
-    const auto recognizer = makeTextRecognizer();
+    const auto recognizer = *makeTextRecognizer();
     const auto read = recognizer->read(shopFrame());
     const std::vector<std::string> expected = {"Delivery address", "Free returns within 30 days",
                                                "Pay €12.50", "Total", "€12.50"};
@@ -40,7 +40,7 @@ TEST(TextRecognizer, readsLinesOfAShop) {
 TEST(TextRecognizer, boxIsTheInkInImagePixels) {
     DrawnFrame frame(1179, 300, 3, kWhite);
     frame.text(100, 50, "Wallet", {.points = 20});
-    const auto read = makeTextRecognizer()->read(frame.frame());
+    const auto read = (*makeTextRecognizer())->read(frame.frame());
     ASSERT_TRUE(read);
     ASSERT_EQ(read->records.size(), 1U);
     const TextRecord& record = read->records[0];
@@ -51,7 +51,7 @@ TEST(TextRecognizer, boxIsTheInkInImagePixels) {
 }
 
 TEST(TextRecognizer, saysWhatToInstallWhenTheFileIsMissing) {
-    const auto recognizer = makeTextRecognizer({.folder = "/nonexistent"});
+    const auto recognizer = *makeTextRecognizerWith({.folder = "/nonexistent"});
     const auto read = recognizer->read(shopFrame());
     ASSERT_FALSE(read);
     EXPECT_NE(read.error().message.find("install tesseract-ocr-eng"), std::string::npos)
@@ -59,7 +59,7 @@ TEST(TextRecognizer, saysWhatToInstallWhenTheFileIsMissing) {
 }
 
 TEST(TextRecognizer, blankFramesHaveNoText) {
-    const auto recognizer = makeTextRecognizer();
+    const auto recognizer = *makeTextRecognizer();
     for (const auto& [width, height] : {std::pair{1, 1}, {2, 2}, {20000, 10}, {1179, 2556}}) {
         DrawnFrame frame(width, height, 1, {0.3, 0.3, 0.3});
         EXPECT_EQ(linesOf(recognizer->read(frame.frame())), std::vector<std::string>{});
@@ -67,7 +67,7 @@ TEST(TextRecognizer, blankFramesHaveNoText) {
 }
 
 TEST(TextRecognizer, readsFromEightThreadsAtOnce) {
-    const auto recognizer = makeTextRecognizer();
+    const auto recognizer = *makeTextRecognizer();
     const PixelBuffer frame = shopFrame();
     const auto expected = linesOf(recognizer->read(frame));
     std::vector<std::vector<std::string>> lines(8);

@@ -12,8 +12,10 @@ constexpr const char* kDebianFolder = "/usr/share/tesseract-ocr/5/tessdata";
 
 }  // namespace
 
-std::unique_ptr<TextRecognizer> makeTextRecognizer(const TextRecognizerOptions& options,
-                                                   Clock& clock) {
+Result<std::unique_ptr<TextRecognizer>> makeTextRecognizer() { return makeTextRecognizerWith({}); }
+
+Result<std::unique_ptr<TextRecognizer>> makeTextRecognizerWith(const TextRecognizerOptions& options,
+                                                               Clock& clock) {
     const std::string folder = options.folder.empty()
                                    ? environment("TESSDATA_PREFIX").value_or(kDebianFolder)
                                    : options.folder;

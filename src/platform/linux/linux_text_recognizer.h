@@ -4,6 +4,7 @@
 #include <string>
 
 #include "base/clock.h"
+#include "base/result.h"
 #include "platform/text_recognizer.h"
 
 namespace tandrel {
@@ -16,9 +17,10 @@ struct TextRecognizerOptions {
     std::string folder;
 };
 
-// Reads text with the recogniser's own files installed by Debian's tesseract-ocr-* packages. Never
-// fails here: a missing file is the error of every `read` until it is there.
-std::unique_ptr<TextRecognizer> makeTextRecognizer(const TextRecognizerOptions& options = {},
-                                                   Clock& clock = systemClock());
+// Reads text with the recogniser's own files, as Debian's tesseract-ocr-* packages install them. A
+// missing file is no failure here but the error of every `read` until it is there.
+Result<std::unique_ptr<TextRecognizer>> makeTextRecognizer();
+Result<std::unique_ptr<TextRecognizer>> makeTextRecognizerWith(const TextRecognizerOptions& options,
+                                                               Clock& clock = systemClock());
 
 }  // namespace tandrel

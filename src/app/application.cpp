@@ -1,0 +1,79 @@
+#include "app/application.h"
+
+#include <algorithm>
+#include <cstdio>
+
+#include <fmt/format.h>
+
+#include "app/panel_asker.h"
+#include "app/phone_window.h"
+#include "app/qt_main_loop.h"
+#include "app/terminal_asker.h"
+#include "app/welcome.h"
+#include "app/wiring.h"
+#include "base/log.h"
+#include "platform/linux/desktop_notifications.h"
+#include "platform/linux/display.h"
+#include "platform/linux/linux_main_loop.h"
+#include "platform/linux/signals.h"
+#include "platform/virtual/virtual_platform.h"
+
+namespace tandrel {
+namespace {
+
+std::unique_ptr<MainLoop> makeMainLoop(bool hasDisplay) {
+    if (hasDisplay) return std::make_unique<QtMainLoop>();
+    return std::make_unique<LinuxMainLoop>();
+}
+
+// Who asks the owner: the panel where there is a display, the terminal only when the person who
+// started the application said so, else nobody.
+std::unique_ptr<Asker> makeAsker(bool hasDisplay, bool askHere, MainLoop& loop,
+                                 Notifications& notifications, Clock& clock) {
+    if (askHere) return std::make_unique<TerminalAsker>(clock);
+    if (hasDisplay) return std::make_unique<PanelAsker>(loop, notifications, clock);
+    return std::make_unique<NobodyAsker>(clock);
+}
+
+std::vector<std::unique_ptr<PhoneWindow>> openWindows(const Backends& backends, bool hasDisplay) {
+    std::vector<std::unique_ptr<PhoneWindow>> windows;
+    if (!hasDisplay || !backends.virtualPhones) return windows;
+    for (const auto& phone : backends.virtualPhones->phones()) {
+        windows.push_back(std::make_unique<PhoneWindow>(*phone));
+        windows.back()->show();
+    }
+    return windows;
+}
+
+}  // namespace
+
+int runApplication(const Arguments& arguments) {
+    StopSignals stopSignals;
+    Clock& clock = systemClock();
+    AppInfo info = AppInfo::load(AppInfo::bundleOfThisProgram());
+    AppLog::setShared(std::make_shared<AppLog>(AppFiles::of(info).log));
+    auto backends = Backends::open(info, clock);
+    if (!backends) {
+        fmt::print(stderr, "{}\n", backends.error().message);
+        return 1;
+    }
+    const bool hasDisplay = prepareDisplay();
+    const bool askHere = std::ranges::count(arguments, "--ask-here") > 0;
+    const auto loop = makeMainLoop(hasDisplay);
+    std::stop_source stopping;
+    if (const auto listening = stopSignals.deliver(*loop, [&] { loop->quit(0); }); !listening) {
+        log(listening.error().message);
+    }
+    const auto notifications = makeDesktopNotifications();
+    const auto asker = makeAsker(hasDisplay, askHere, *loop, *notifications, clock);
+    Wiring wiring(std::move(*backends), info, *loop, *asker, clock);
+    wiring.engine().start(stopping.get_token());
+    const auto windows = openWindows(wiring.backends(), hasDisplay);
+    sayWelcome(wiring, info);
+    const int status = loop->run();
+    wiring.engine().stop();
+    AppLog::setShared(nullptr);
+    return status;
+}
+
+}  // namespace tandrel

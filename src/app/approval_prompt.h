@@ -1,0 +1,59 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+
+#include <QTimer>
+#include <QWidget>
+
+#include "base/clock.h"
+#include "payments/asker.h"
+
+class QLabel;
+class QPushButton;
+
+namespace tandrel {
+
+// The panel that asks the owner about one payment. It floats above other windows, takes no answer
+// during its first second, and no single key press approves: Escape denies, Approve wants the mouse.
+// Main thread only.
+class ApprovalPrompt final : public QWidget {
+ public:
+    using Answered = std::function<void(ApprovalAnswer)>;
+
+    ApprovalPrompt(const ApprovalRequest& request, TimePoint deadline, Clock& clock,
+                   Answered answered);
+    ~ApprovalPrompt() override;
+
+    // Shows the panel in front of everything, beside other open prompts.
+    void open();
+    // The owner's answer; only the first counts.
+    void answer(ApprovalAnswer answer);
+
+    static constexpr Duration kArmedAfter = std::chrono::seconds(1);
+    // Without the picture; with it the panel grows to the right and down.
+    static constexpr int kWidth = 460;
+    static constexpr int kHeight = 300;
+
+ protected:
+    void closeEvent(QCloseEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
+
+ private:
+    void build(const ApprovalRequest& request);
+    QWidget* buildText(const ApprovalRequest& request);
+    QWidget* buildButtons();
+    void showSecondsLeft();
+    void placeBesideOthers();
+
+    const TimePoint deadline_;
+    Clock& clock_;
+    Answered answered_;
+    bool finished_ = false;
+    QLabel* countdown_ = nullptr;
+    QPushButton* deny_ = nullptr;
+    QPushButton* approve_ = nullptr;
+    QTimer ticker_;
+};
+
+}  // namespace tandrel

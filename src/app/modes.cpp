@@ -1,0 +1,94 @@
+#include "app/modes.h"
+
+#include <cstdio>
+
+#include <fmt/format.h>
+
+#include "app/application.h"
+#include "app/mirror_tools.h"
+#include "app/self_test.h"
+#include "app/settings_command.h"
+#include "app/wiring.h"
+#include "payments/approvals.h"
+#include "payments/guard_check.h"
+
+namespace tandrel {
+namespace {
+
+AppInfo appInfo() { return AppInfo::load(AppInfo::bundleOfThisProgram()); }
+
+int printVersion(const Arguments&) {
+    fmt::print("Tandrel {}\n", appInfo().version);
+    return 0;
+}
+
+int checkHelper(const Arguments&) {
+    fmt::print("state: unknown\n");
+    return 0;
+}
+
+int checkGuard(const Arguments& arguments) {
+    return PaymentGuard::checkFixtures(arguments.size() > 1 ? arguments[1] : "");
+}
+
+int selfTest(const Arguments&) { return runSelfTest(appInfo()); }
+
+int renderSteps(const Arguments&) {
+    fmt::print("nothing to render yet\n");
+    return 0;
+}
+
+int changeSetting(const Arguments& arguments) { return setSetting(arguments, AppFiles::of(appInfo())); }
+
+int showApprovals(const Arguments& arguments) {
+    const bool json = arguments.size() > 1 && arguments[1] == "--json";
+    return printApprovals(AppFiles::of(appInfo()).approvals,
+                          json ? ApprovalsFormat::json : ApprovalsFormat::table);
+}
+
+int printHelp(const Arguments&);
+
+// clang-format off
+constexpr Mode kModes[] = {
+    {"--version",      "",               "print the version",                                  printVersion},
+    {"--helper-check", "[run]",          "say whether AI apps can start the helper",           checkHelper},
+    {"--guard-check",  "FILE",           "run the payment guard over a file of recorded cases", checkGuard},
+    {"--self-test",    "",               "run the fixtures that ship with the program",        selfTest},
+    {"--render-steps", "DIR",            "draw the setup steps into picture files",            renderSteps},
+    {"--approvals",    "[--json]",       "list what the owner was asked and answered",         showApprovals},
+    {"--set",          "paused|link VALUE", "change a setting: paused true|false, link cable|airplay", changeSetting},
+    {"--help",         "",               "print this",                                         printHelp},
+};
+// clang-format on
+
+int printHelp(const Arguments&) {
+    fmt::print(
+        "Tandrel lets an AI assistant see and operate an iPhone.\n\n"
+        "usage: tandrel-app              start the application; Ctrl-C ends it\n"
+        "       tandrel-app OPTION       one of the options below\n"
+        "       tandrel-app TOOL ...     a picture tool (ocr, detect-rect)\n\noptions:\n");
+    for (const Mode& mode : kModes) {
+        fmt::print("  {:<36}{}\n", fmt::format("{} {}", mode.argument, mode.operands), mode.help);
+    }
+    fmt::print(
+        "\nTANDREL_VIRTUAL_PHONE=1 plugs in a virtual iPhone instead of a real one.\n"
+        "Everything else is in the manual page, tandrel-app(1).\n");
+    return 0;
+}
+
+}  // namespace
+
+std::span<const Mode> modes() { return kModes; }
+
+int runProgram(const Arguments& arguments) {
+    if (arguments.empty()) return runApplication(arguments);
+    for (const Mode& mode : kModes) {
+        if (mode.argument == arguments.front()) return mode.run(arguments);
+    }
+    if (!arguments.front().starts_with("-")) {
+        if (const auto status = runMirrorTool(arguments)) return *status;
+    }
+    return runApplication(arguments);
+}
+
+}  // namespace tandrel

@@ -1,0 +1,38 @@
+#pragma once
+
+#include <memory>
+#include <mutex>
+
+#include <QImage>
+#include <QWidget>
+
+#include "platform/virtual/virtual_phone.h"
+
+namespace tandrel {
+
+// A window that shows a virtual phone as its owner sees it and takes the mouse for a finger. Main
+// thread only; the phone outlives it.
+class PhoneWindow final : public QWidget {
+ public:
+    explicit PhoneWindow(VirtualPhone& phone);
+    ~PhoneWindow() override;
+
+ protected:
+    void paintEvent(QPaintEvent* event) override;
+    void mousePressEvent(QMouseEvent* event) override;
+    void mouseMoveEvent(QMouseEvent* event) override;
+    void mouseReleaseEvent(QMouseEvent* event) override;
+
+ private:
+    struct Latest;
+    void takeFrame();
+    void touch(TouchPhase phase, const QMouseEvent& event);
+    QRectF screenArea() const;
+
+    VirtualPhone& phone_;
+    const std::shared_ptr<Latest> latest_;  // shared with the phone's thread
+    QImage image_;
+    PhoneSubscriptionPtr frames_;
+};
+
+}  // namespace tandrel

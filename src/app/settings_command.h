@@ -1,0 +1,12 @@
+#pragma once
+
+#include "app/modes.h"
+#include "app/wiring.h"
+
+namespace tandrel {
+
+// `--set paused true|false` and `--set link cable|airplay`: the owner's settings for a computer
+// without a display. A running application follows at its next request. Returns the exit status.
+int setSetting(const Arguments& arguments, const AppFiles& files);
+
+}  // namespace tandrel

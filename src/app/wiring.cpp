@@ -1,0 +1,125 @@
+#include "app/wiring.h"
+
+#include <fmt/format.h>
+
+#include "base/environment.h"
+#include "base/paths.h"
+#include "image/image_reader.h"
+#include "platform/linux/absent_bluetooth_peripheral.h"
+#include "platform/linux/image_capture_devices.h"
+#include "platform/linux/linux_permissions.h"
+#include "platform/linux/linux_text_recognizer.h"
+#include "platform/linux/sock_diag_peer_identity.h"
+#include "platform/virtual/virtual_platform.h"
+
+namespace tandrel {
+namespace {
+
+constexpr const char* kNoBluetooth =
+    "Bluetooth: this version cannot drive this computer's Bluetooth yet, so no iPhone can connect";
+constexpr const char* kNoCable =
+    "Cable: this version cannot see an iPhone's screen over a cable yet, so there is no picture";
+
+// The usage that pressing the key of this name or character sends.
+std::optional<std::uint8_t> keyUsage(std::string_view key) {
+    const auto stroke = Input::keyStroke(key, {});
+    if (!stroke) return std::nullopt;
+    return stroke->code;
+}
+
+// A path that stands for no picture is told at the start, not when the first frame is missing.
+Result<void> checkImages(const std::filesystem::path& path) {
+    std::error_code error;
+    if (std::filesystem::is_directory(path, error)) return {};
+    TRY(readImage(path));
+    return {};
+}
+
+}  // namespace
+
+Backends::Backends() = default;
+Backends::Backends(Backends&&) noexcept = default;
+Backends::~Backends() = default;
+
+Result<Backends> Backends::open(const AppInfo& info, Clock& clock) {
+    Backends backends;
+    const std::string phones = environment("TANDREL_VIRTUAL_PHONE").value_or("");
+    if (!phones.empty()) {
+        backends.virtualPhones = TRY(VirtualPlatform::open(phones, info.bundle / "share/tandrel", clock));
+        backends.makeBluetooth = backends.virtualPhones->makeBluetoothPeripheral();
+        backends.capture = &backends.virtualPhones->captureDevices();
+        backends.permissions = &backends.virtualPhones->permissions();
+        return backends;
+    }
+    backends.makeBluetooth = AbsentBluetoothPeripheral::maker();
+    backends.absences.emplace_back(kNoBluetooth);
+    const auto images =
+        ImageCaptureDevices::parsePaths(environment("TANDREL_CAPTURE_IMAGES").value_or(""));
+    for (const auto& path : images) TRY_VOID(checkImages(path));
+    if (images.empty()) backends.absences.emplace_back(kNoCable);
+    backends.ownCapture = std::make_unique<ImageCaptureDevices>(
+        ImageCaptureDevices::Options{.paths = images, .load = readImage}, clock);
+    backends.capture = backends.ownCapture.get();
+    backends.ownPermissions = std::make_unique<LinuxPermissions>();
+    backends.permissions = backends.ownPermissions.get();
+    return backends;
+}
+
+AppFiles AppFiles::of(const AppInfo& info) {
+    AppFiles files;
+    files.settings = configHome() / "tandrel/settings.json";
+    files.log = stateHome() / "tandrel/Tandrel.log";
+    files.pairings = dataHome() / info.supportFolderName / "pairings.json";
+    files.approvals = PaymentLog::location(info.supportFolderName);
+    files.engineState = stateHome() / "tandrel/engine.json";
+    return files;
+}
+
+Wiring::Wiring(Backends backends, AppInfo info, MainLoop& loop, Asker& asker, Clock& clock)
+    : backends_(std::move(backends)),
+      files_(AppFiles::of(info)),
+      defaults_(files_.settings, clock),
+      peers_(std::make_unique<SockDiagPeerIdentity>()),
+      recognizer_(*makeTextRecognizer()),
+      hid_(info.bluetoothName, backends_.makeBluetooth, clock),
+      capture_(*backends_.capture, clock),
+      devices_(hid_, capture_,
+               {.pairingsFile = files_.pairings,
+                .mayMove = [this] { return !defaults_.boolValue("paused").value_or(false); }},
+               clock),
+      paymentLog_(files_.approvals, clock),
+      gate_(defaults_, asker, paymentLog_, clock,
+            {.timeoutSeconds =
+                 PaymentGate::timeoutSeconds(environment("TANDREL_GUARD_TIMEOUT")),
+             .keyUsage = keyUsage}),
+      engine_({.hid = hid_,
+               .capture = capture_,
+               .devices = devices_,
+               .gate = gate_,
+               .recognizer = *recognizer_,
+               .defaults = defaults_,
+               .permissions = *backends_.permissions,
+               .peers = peers_.get(),
+               .loop = loop,
+               .clock = clock,
+               .info = std::move(info),
+               .stateFile = files_.engineState,
+               .absences = backends_.absences},
+              EngineSettings::fromEnvironment()) {
+    HIDPeripheral::setShared(&hid_);
+    PaymentGate::setShared(&gate_);
+    ScreenCapture::setShared(&capture_);
+    Devices::setShared(&devices_);
+    Engine::setShared(&engine_);
+}
+
+Wiring::~Wiring() {
+    engine_.stop();
+    Engine::setShared(nullptr);
+    Devices::setShared(nullptr);
+    ScreenCapture::setShared(nullptr);
+    PaymentGate::setShared(nullptr);
+    HIDPeripheral::setShared(nullptr);
+}
+
+}  // namespace tandrel

@@ -1,0 +1,179 @@
+#include "devices/devices.h"
+
+#include <algorithm>
+#include <cassert>
+
+#include <fmt/format.h>
+
+#include "base/log.h"
+
+namespace tandrel {
+namespace {
+
+constexpr Duration kSettleBeforeMatch = std::chrono::milliseconds(1500);
+
+Devices* sharedDevices = nullptr;
+
+}  // namespace
+
+Devices& Devices::shared() {
+    assert(sharedDevices != nullptr);
+    return *sharedDevices;
+}
+
+void Devices::setShared(Devices* instance) { sharedDevices = instance; }
+
+Devices::Devices(HIDPeripheral& hid, ScreenCapture& screens, Options options, Clock& clock)
+    : hid_(hid),
+      screens_(screens),
+      options_(std::move(options)),
+      clock_(clock),
+      use_(clock),
+      matcher_([this](const Uuid& host) { return input(host); }, use_, clock),
+      matchQueue_("pocketlink.match", clock) {}
+
+Devices::~Devices() { stop(); }
+
+void Devices::start() {
+    Pairings loaded = loadPairings(options_.pairingsFile);
+    {
+        MutexLock lock(mutex_);
+        pairings_ = std::move(loaded);
+    }
+    hid_.setOnHostsChanged([this] { scheduleMatch(); });
+    screens_.setOnScreensChanged([this] { scheduleMatch(); });
+}
+
+void Devices::stop() {
+    stopping_.request_stop();
+    hid_.setOnHostsChanged({});
+    screens_.setOnScreensChanged({});
+    std::map<Uuid, std::shared_ptr<Input>> inputs;
+    {
+        MutexLock lock(mutex_);
+        inputs = inputs_;
+    }
+    for (const auto& [host, input] : inputs) input->stop();
+    matchQueue_.stop();
+}
+
+std::vector<Device> Devices::list(const std::vector<Uuid>& hosts) {
+    const auto screens = screens_.all();
+    MutexLock lock(mutex_);
+    std::vector<Device> devices;
+    for (const auto& screen : screens) {
+        Device device{screen, std::nullopt};
+        const auto paired = pairings_.find(screen->id());
+        if (paired != pairings_.end() && std::ranges::count(hosts, paired->second) > 0) {
+            device.host = paired->second;
+        }
+        devices.push_back(std::move(device));
+    }
+    return devices;
+}
+
+std::vector<Device> Devices::all() { return list(hid_.connectedHosts()); }
+
+std::vector<Uuid> Devices::unmatchedHosts() {
+    std::vector<Uuid> hosts = hid_.connectedHosts();
+    for (const Device& device : list(hosts)) {
+        if (device.host) std::erase(hosts, *device.host);
+    }
+    return hosts;
+}
+
+Result<Device> Devices::find(const std::string& wanted) { return findDevice(all(), wanted); }
+
+Result<Uuid> Devices::hostOf(const Device& device) {
+    if (device.host) return *device.host;
+    TRY_VOID(match({}));
+    for (const Device& now : all()) {
+        if (now.id() == device.id() && now.host) return *now.host;
+    }
+    if (!unmatchedHosts().empty()) {
+        return fail("could not tell which Bluetooth connection is " + device.name() +
+                    ": unlock it, check AssistiveTouch is on, then POST /match");
+    }
+    return fail(fmt::format("{} has no Bluetooth connection: pair \"{}\" in its Bluetooth settings",
+                            device.name(), hid_.localName()));
+}
+
+std::shared_ptr<Input> Devices::input(const Uuid& host) {
+    MutexLock lock(mutex_);
+    auto& input = inputs_[host];
+    if (!input) input = std::make_shared<Input>(hid_, host, clock_);
+    return input;
+}
+
+Result<void> Devices::pair(const Device& device, const Uuid& host) {
+    MutexLock oneStore(fileMutex_);
+    Pairings current;
+    {
+        MutexLock lock(mutex_);
+        pairings_[device.id()] = host;
+        current = pairings_;
+    }
+    return storePairings(options_.pairingsFile, current);
+}
+
+void Devices::keep(const Pairings& made) {
+    MutexLock oneStore(fileMutex_);
+    Pairings current;
+    {
+        MutexLock lock(mutex_);
+        for (const auto& [screen, host] : made) pairings_[screen] = host;
+        current = pairings_;
+    }
+    std::string line = "matched";
+    for (const auto& [screen, host] : made) line += fmt::format(" {}={}", screen, host.text());
+    log(line);
+    if (const auto stored = storePairings(options_.pairingsFile, current); !stored) {
+        log("pairings not kept: " + stored.error().message);
+    }
+}
+
+Result<Pairings> Devices::match(const Match& how) {
+    if (stopping_.stop_requested()) return fail("shutting down", 503);
+    const MatchOptions options{.force = how.force,
+                               .alwaysProbe = how.probe,
+                               .mayMove = options_.mayMove(),
+                               .patience = how.patience};
+    const MatchOutcome outcome = matchQueue_.sync([&] {
+        matchQueue_.assertCurrent();
+        return runMatch(options);
+    });
+    if (outcome.busy && outcome.made.empty()) {
+        return fail("Not done: an action is under way on the iPhone. Try again in a minute.", 409);
+    }
+    return outcome.made;
+}
+
+MatchOutcome Devices::runMatch(const MatchOptions& options) {
+    MatchSituation situation{screens_.all(), hid_.connectedHosts(), {}};
+    {
+        MutexLock lock(mutex_);
+        situation.pairings = pairings_;
+    }
+    MatchOutcome outcome = matcher_.run(std::move(situation), options, stopping_.get_token());
+    if (!outcome.made.empty()) keep(outcome.made);
+    return outcome;
+}
+
+void Devices::scheduleMatch() {
+    if (stopping_.stop_requested()) return;
+    {
+        MutexLock lock(mutex_);
+        if (std::exchange(scheduled_, true)) return;
+    }
+    matchQueue_.postAfter(kSettleBeforeMatch, [this] {
+        matchQueue_.assertCurrent();
+        {
+            MutexLock lock(mutex_);
+            scheduled_ = false;
+        }
+        // An action under way is not waited for here: it would hold up requests that need a match.
+        if (runMatch({.mayMove = options_.mayMove()}).busy) scheduleMatch();
+    });
+}
+
+}  // namespace tandrel

@@ -1,0 +1,90 @@
+#pragma once
+
+#include <filesystem>
+#include <functional>
+#include <map>
+#include <memory>
+#include <stop_token>
+#include <string>
+#include <vector>
+
+#include "base/mutex.h"
+#include "base/serial_queue.h"
+#include "devices/device.h"
+#include "devices/matcher.h"
+#include "devices/pairings_file.h"
+#include "devices/phone_use.h"
+#include "hid/hid_peripheral.h"
+#include "screen/screen_capture.h"
+
+namespace tandrel {
+
+// The phones: which screen belongs to which Bluetooth host, and the input channel of each host.
+// Collaborators outlive it. Any thread, except that `match` and `input(device)` block and must not
+// be called from the HID peripheral's or a screen's queue.
+class Devices {
+ public:
+    struct Options {
+        std::filesystem::path pairingsFile;
+        // Whether a phone's pointer may be moved to find out whose it is (not while paused).
+        std::function<bool()> mayMove = [] { return true; };
+    };
+
+    Devices(HIDPeripheral& hid, ScreenCapture& screens, Options options, Clock& clock);
+    ~Devices();
+
+    static Devices& shared();
+    static void setShared(Devices* instance);
+
+    // Loads the pairings and follows hosts and screens from now on.
+    void start();
+    // Ends matching and every action under way; nothing is matched afterwards. Bounded.
+    void stop();
+
+    std::vector<Device> all();
+    // Connected hosts that drive no present screen.
+    std::vector<Uuid> unmatchedHosts();
+    Result<Device> find(const std::string& wanted);
+
+    // The phone's host, found by matching if it must be. Blocks then.
+    Result<Uuid> hostOf(const Device& device);
+    std::shared_ptr<Input> input(const Uuid& host);
+
+    // Fails when the pairing holds now but could not be kept for the next start.
+    Result<void> pair(const Device& device, const Uuid& host);
+
+    struct Match {
+        bool force = false;
+        bool probe = false;
+        // How long an action under way on a phone is waited for.
+        Duration patience{};
+    };
+    // Runs matching on the match queue, waits for it, and returns the pairs it made.
+    Result<Pairings> match(const Match& how);
+    // One run 1.5 s from now, however often it is asked for before.
+    void scheduleMatch();
+
+    // Keeps matching off a phone while an action is under way on it.
+    PhoneUse& use() { return use_; }
+
+ private:
+    MatchOutcome runMatch(const MatchOptions& options) RUNS_ON(matchQueue_);
+    void keep(const Pairings& made);
+    std::vector<Device> list(const std::vector<Uuid>& hosts);
+
+    HIDPeripheral& hid_;
+    ScreenCapture& screens_;
+    const Options options_;
+    Clock& clock_;
+    PhoneUse use_;
+    std::stop_source stopping_;
+    Mutex mutex_;
+    Pairings pairings_ OWNED_BY(mutex_);
+    std::map<Uuid, std::shared_ptr<Input>> inputs_ OWNED_BY(mutex_);
+    bool scheduled_ OWNED_BY(mutex_) = false;
+    Mutex fileMutex_;  // one store at a time, in the order of the changes
+    Matcher matcher_;
+    SerialQueue matchQueue_;
+};
+
+}  // namespace tandrel

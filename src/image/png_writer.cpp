@@ -1,0 +1,129 @@
+#include "image/png_writer.h"
+
+#include <array>
+#include <cstddef>
+#include <memory>
+#include <string_view>
+
+#include <isa-l/crc.h>
+#include <isa-l/igzip_lib.h>
+
+#include "image/png_filter.h"
+
+// PNG (W3C Recommendation, second edition): a signature and three chunks, the picture as one zlib
+// stream of filtered scanlines.
+namespace tandrel {
+namespace {
+
+constexpr int kLevel = 1;
+constexpr std::size_t kLargestFile = 0x7fffffff;  // a chunk's length has 31 bits
+// Rows are filtered and compressed in bands of about this many bytes, small enough for the cache.
+constexpr std::size_t kBandBytes = 128 * 1024;
+
+void append32(Bytes& out, std::uint32_t value) {
+    for (int shift = 24; shift >= 0; shift -= 8) {
+        out.push_back(static_cast<std::uint8_t>(value >> shift));
+    }
+}
+
+// Begins a chunk; the length is filled in by endChunk.
+std::size_t beginChunk(Bytes& out, std::string_view type) {
+    const std::size_t start = out.size();
+    append32(out, 0);
+    out.insert(out.end(), type.begin(), type.end());
+    return start;
+}
+
+void endChunk(Bytes& out, std::size_t start) {
+    const std::size_t typed = out.size() - start - 4;  // type and data
+    for (int i = 0; i < 4; ++i) {
+        out[start + static_cast<std::size_t>(i)] =
+            static_cast<std::uint8_t>((typed - 4) >> (24 - 8 * i));
+    }
+    append32(out, crc32_gzip_refl(0, out.data() + start + 4, typed));
+}
+
+void appendHeader(Bytes& out, const Pixels& pixels) {
+    constexpr std::array<std::uint8_t, 8> kSignature{0x89, 'P', 'N', 'G', '\r', '\n', 0x1a, '\n'};
+    // bits a channel, colour type RGB, compression, filter method, no interlace
+    constexpr std::array<std::uint8_t, 5> kLayout{8, 2, 0, 0, 0};
+    out.insert(out.end(), kSignature.begin(), kSignature.end());
+    const std::size_t chunk = beginChunk(out, "IHDR");
+    append32(out, static_cast<std::uint32_t>(pixels.w));
+    append32(out, static_cast<std::uint32_t>(pixels.h));
+    out.insert(out.end(), kLayout.begin(), kLayout.end());
+    endChunk(out, chunk);
+}
+
+// One zlib stream appended to a growing buffer.
+class ZlibStream {
+ public:
+    explicit ZlibStream(Bytes& out) : out_(out), used_(out.size()) {
+        isal_deflate_init(&stream_);
+        stream_.level = kLevel;
+        stream_.level_buf = memory_.get();
+        stream_.level_buf_size = ISAL_DEF_LVL1_DEFAULT;
+        stream_.gzip_flag = IGZIP_ZLIB;
+    }
+
+    enum class Part { more, last };
+
+    // False when the compressor refuses.
+    bool add(std::uint8_t* data, std::size_t size, Part part) {
+        stream_.next_in = data;
+        stream_.avail_in = static_cast<std::uint32_t>(size);
+        stream_.end_of_stream = part == Part::last;
+        do {
+            if (out_.size() - used_ < kBandBytes) out_.resize(used_ + used_ / 2 + 2 * kBandBytes);
+            const std::size_t room = out_.size() - used_;
+            stream_.next_out = out_.data() + used_;
+            stream_.avail_out = static_cast<std::uint32_t>(room);
+            if (isal_deflate(&stream_) != COMP_OK) return false;
+            used_ += room - stream_.avail_out;
+        } while (stream_.avail_in > 0 || stream_.avail_out == 0);
+        return true;
+    }
+
+    // Cuts the buffer to what was written.
+    void finish() { out_.resize(used_); }
+
+ private:
+    Bytes& out_;
+    std::size_t used_;
+    isal_zstream stream_;
+    const std::unique_ptr<std::uint8_t[]> memory_{new std::uint8_t[ISAL_DEF_LVL1_DEFAULT]};
+};
+
+bool appendPicture(Bytes& out, const Pixels& pixels) {
+    const std::size_t line = 1 + 3 * static_cast<std::size_t>(pixels.w);
+    const int rowsPerBand = static_cast<int>(std::max<std::size_t>(1, kBandBytes / line));
+    Bytes band(line * static_cast<std::size_t>(rowsPerBand) + 3);
+    ZlibStream zlib(out);
+    for (int top = 0; top < pixels.h; top += rowsPerBand) {
+        const int rows = std::min(rowsPerBand, pixels.h - top);
+        for (int i = 0; i < rows; ++i) {
+            const int y = top + i;
+            filterRow(band.data() + line * static_cast<std::size_t>(i), pixels.row(y),
+                      y == 0 ? nullptr : pixels.row(y - 1), pixels.w);
+        }
+        const auto part = top + rows == pixels.h ? ZlibStream::Part::last : ZlibStream::Part::more;
+        if (!zlib.add(band.data(), line * static_cast<std::size_t>(rows), part)) return false;
+    }
+    zlib.finish();
+    return true;
+}
+
+}  // namespace
+
+std::optional<Bytes> encodePng(const Pixels& pixels) {
+    if (pixels.w < 1 || pixels.h < 1) return std::nullopt;
+    Bytes out;
+    appendHeader(out, pixels);
+    const std::size_t picture = beginChunk(out, "IDAT");
+    if (!appendPicture(out, pixels) || out.size() > kLargestFile) return std::nullopt;
+    endChunk(out, picture);
+    endChunk(out, beginChunk(out, "IEND"));
+    return out;
+}
+
+}  // namespace tandrel

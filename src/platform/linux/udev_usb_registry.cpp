@@ -1,0 +1,55 @@
+#include "platform/linux/udev_usb_registry.h"
+
+#include <charconv>
+#include <cstring>
+#include <memory>
+#include <optional>
+
+#include <libudev.h>
+
+namespace tandrel {
+namespace {
+
+struct Unref {
+    void operator()(udev* context) const { udev_unref(context); }
+    void operator()(udev_enumerate* list) const { udev_enumerate_unref(list); }
+    void operator()(udev_device* device) const { udev_device_unref(device); }
+};
+template <typename T>
+using Owned = std::unique_ptr<T, Unref>;
+
+std::optional<UsbDevice> read(udev_device* device) {
+    const char* vendor = udev_device_get_sysattr_value(device, "idVendor");
+    if (vendor == nullptr) return std::nullopt;
+    UsbDevice result;
+    const char* end = vendor + std::strlen(vendor);
+    const auto parsed = std::from_chars(vendor, end, result.vendorId, 16);
+    if (parsed.ec != std::errc() || parsed.ptr != end) return std::nullopt;
+    const char* product = udev_device_get_sysattr_value(device, "product");
+    if (product != nullptr) result.productName = product;
+    return result;
+}
+
+}  // namespace
+
+std::vector<UsbDevice> UdevUsbRegistry::devices() {
+    const Owned<udev> context(udev_new());
+    if (!context) return {};
+    const Owned<udev_enumerate> list(udev_enumerate_new(context.get()));
+    if (!list || udev_enumerate_add_match_subsystem(list.get(), "usb") < 0 ||
+        udev_enumerate_add_match_property(list.get(), "DEVTYPE", "usb_device") < 0 ||
+        udev_enumerate_scan_devices(list.get()) < 0) {
+        return {};
+    }
+    std::vector<UsbDevice> result;
+    udev_list_entry* entry = nullptr;
+    udev_list_entry_foreach(entry, udev_enumerate_get_list_entry(list.get())) {
+        const Owned<udev_device> device(
+            udev_device_new_from_syspath(context.get(), udev_list_entry_get_name(entry)));
+        if (!device) continue;  // unplugged since the scan
+        if (auto usb = read(device.get())) result.push_back(std::move(*usb));
+    }
+    return result;
+}
+
+}  // namespace tandrel

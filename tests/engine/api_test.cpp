@@ -1,0 +1,253 @@
+#include <gtest/gtest.h>
+
+#include <future>
+#include <thread>
+
+#include "engine/running_engine.h"
+#include "image/image_reader.h"
+
+namespace tandrel {
+namespace {
+
+class Api : public testing::Test {
+ protected:
+    // The middle of an icon on the default phone's home screen, as fractions.
+    static Json settingsIcon() { return {{"x", 0.616}, {"y", 0.243}, {"fraction", true}}; }
+
+    bool phoneShows(const std::string& page) {
+        return engine.phone().awaitRecord(
+            [&](const VirtualPhoneRecord& record) { return record.page == page; });
+    }
+
+    RunningEngine engine;
+};
+
+TEST_F(Api, StatusTellsWhatThereIs) {
+    engine.awaitMatched();
+    const Json status = engine.get("/status").json();
+    EXPECT_EQ(status["app"], "Tandrel");
+    EXPECT_EQ(status["bluetooth"], "1 connected, advertising as Tandrel");
+    EXPECT_EQ(status["hosts"], Json::array({"7B1E64A0-5D0C-4C0B-9E5A-0A1B2C3D4E01"}));
+    EXPECT_EQ(status["unmatchedHosts"], Json::array());
+    EXPECT_EQ(status["paused"], false);
+    EXPECT_EQ(status["paymentGuard"], true);
+    EXPECT_EQ(status["hostInput"], true);
+    EXPECT_FALSE(status.contains("asking"));
+    const Json device = status["devices"][0];
+    EXPECT_EQ(device["id"], "VIRTUAL-0001");
+    EXPECT_EQ(device["width"], 1206);
+    EXPECT_EQ(device["height"], 2622);
+    EXPECT_EQ(engine.get("/").json()["app"], "Tandrel");
+}
+
+TEST_F(Api, LookReadsTheScreenInTheDeliveredPicturesPixels) {
+    const Json look = engine.get("/look?maxEdge=900").json();
+    EXPECT_EQ(look["mimeType"], "image/png");
+    EXPECT_EQ(look["X-Image-Width"], 414);
+    EXPECT_EQ(look["X-Screen-Height"], 2622);
+    bool found = false;
+    for (const Json& line : look["lines"]) {
+        if (line["text"] != "Settings") continue;
+        found = true;
+        EXPECT_NEAR(line["x"].get<double>() + line["w"].get<double>() / 2, 255, 4);
+        EXPECT_NEAR(line["y"].get<double>() + line["h"].get<double>() / 2, 265, 4);
+    }
+    EXPECT_TRUE(found) << look["ocr"];
+    EXPECT_EQ(engine.get("/status").json()["screenState"], "awake");
+}
+
+TEST_F(Api, ActionsReachThePhone) {
+    EXPECT_EQ(engine.post("/tap", settingsIcon()).json(), Json({{"ok", true}, {"device", "VIRTUAL-0001"}}));
+    EXPECT_TRUE(phoneShows("settings"));
+    engine.post("/home", Json::object());
+    EXPECT_TRUE(phoneShows("home"));
+    engine.post("/tap", {{"x", 743}, {"y", 637}});  // the same icon in pixels
+    EXPECT_TRUE(phoneShows("settings"));
+    engine.post("/key", {{"key", "h"}, {"modifiers", {"cmd"}}});
+    EXPECT_TRUE(phoneShows("home"));
+    engine.post("/key", {{"key", "space"}, {"modifiers", {"cmd"}}});
+    engine.post("/type", {{"text", "Notes"}});
+    EXPECT_TRUE(engine.phone().awaitRecord(
+        [](const VirtualPhoneRecord& record) { return record.query == "Notes"; }));
+    engine.post("/key", {{"key", "Return"}});
+    EXPECT_TRUE(phoneShows("notes"));
+    engine.post("/type", {{"text", "Hi, \"Tandrel\"!"}});
+    EXPECT_TRUE(engine.phone().awaitRecord([](const VirtualPhoneRecord& record) {
+        const auto note = record.fields.find("Note");
+        return note != record.fields.end() && note->second.ends_with("Hi, \"Tandrel\"!");
+    }));
+}
+
+TEST_F(Api, ASwipeScrolls) {
+    engine.post("/key", {{"key", "space"}, {"modifiers", {"cmd"}}});
+    engine.post("/type", {{"text", "News\n"}});
+    ASSERT_TRUE(phoneShows("news"));
+    engine.post("/swipe", {{"x1", 0.5}, {"y1", 0.8}, {"x2", 0.5}, {"y2", 0.3}, {"fraction", true}});
+    EXPECT_TRUE(engine.phone().awaitRecord(
+        [](const VirtualPhoneRecord& record) { return record.scroll > 100; }));
+}
+
+TEST_F(Api, RefusesWhatIsNotRightAndSendsNothing) {
+    struct Row {
+        const char* path;
+        const char* body;
+        int status;
+        const char* error;
+    };
+    const Row rows[] = {
+        {"/tap", "{}", 400, "x and y are required"},
+        {"/tap", R"({"x":"10","y":5})", 400, "x and y are required"},
+        {"/tap", R"([1,2])", 400, "x and y are required"},
+        {"/tap", R"({"x":1e999,"y":5})", 400, "x and y are required"},
+        {"/tap", R"({"x":0.5,"y":0.5,"fraction":true,"hold":61})", 400,
+         "hold must be between 0 and 60 seconds"},
+        {"/tap", R"({"x":0.5,"y":0.5,"fraction":true,"hold":"1"})", 400, "hold must be a number"},
+        {"/tap", R"({"x":1,"y":1,"device":"Other"})", 400,
+         "no phone matches \"Other\". Phones: Virtual iPhone (VIRTUAL-0001)"},
+        {"/swipe", R"({"x1":0,"y1":0,"x2":1})", 400, "x2 and y2 are required"},
+        {"/swipe", R"({"x1":0,"y1":0,"x2":1,"y2":1,"duration":-1})", 400,
+         "duration must be between 0 and 60 seconds"},
+        {"/nudge", R"({"dx":1e9})", 400, "dx is too far"},
+        {"/nudge", R"({"dx":"3"})", 400, "dx must be a number"},
+        {"/type", R"({"text":7})", 400, "text is required"},
+        {"/type", R"({"text":"caf\u00e9"})", 400, "cannot type \"é\" with a US keyboard"},
+        {"/key", "{}", 400, "key is required"},
+        {"/key", R"({"key":""})", 400, "unknown key "},
+        {"/key", R"({"key":"F13"})", 400, "unknown key F13"},
+        {"/key", R"({"key":"a","modifiers":["hyper"]})", 400, "unknown key hyper"},
+        {"/key", R"({"key":"a","modifiers":"cmd"})", 400,
+         "modifiers must be a list of modifier names"},
+        {"/pair", "{}", 400, "host is required (a UUID from unmatchedHosts)"},
+        {"/pair", R"({"host":"7B1E64A0"})", 400, "host is required (a UUID from unmatchedHosts)"},
+        {"/look", "{}", 404, "not found"},
+        {"/taps", "{}", 404, "not found"},
+    };
+    engine.awaitMatched();
+    const VirtualPhoneRecord before = engine.phone().record();
+    for (const Row& row : rows) {
+        const Json body = Json::parse(row.body, nullptr, false);
+        EXPECT_EQ(RunningEngine::errorOf(engine.post(row.path, body), row.status), row.error)
+            << row.path << " " << row.body;
+    }
+    const VirtualPhoneRecord after = engine.phone().record();
+    EXPECT_EQ(after.touches, before.touches);
+    EXPECT_EQ(after.keys, before.keys);
+}
+
+TEST_F(Api, PictureSizes) {
+    struct Row {
+        const char* query;
+        int width;
+        int height;
+    };
+    for (const Row& row : {Row{"", 1206, 2622}, Row{"?maxEdge=900", 414, 900},
+                           Row{"?maxWidth=400&maxEdge=600", 276, 600}, Row{"?maxEdge=9000", 1206, 2622},
+                           Row{"?format=jpg&maxWidth=100", 100, 217}}) {
+        const ClientResponse reply = engine.get(std::string("/screenshot") + row.query);
+        ASSERT_EQ(reply.status, 200) << row.query;
+        EXPECT_EQ(reply.headers.at("x-image-width"), std::to_string(row.width)) << row.query;
+        const auto image = decodeImage(reply.body);
+        ASSERT_TRUE(image) << row.query;
+        EXPECT_EQ(image->width(), row.width) << row.query;
+        EXPECT_EQ(image->height(), row.height) << row.query;
+    }
+    for (const char* query : {"?maxEdge=0", "?maxEdge=-5", "?maxEdge=9x", "?maxEdge=99999999999"}) {
+        EXPECT_EQ(RunningEngine::errorOf(engine.get(std::string("/screenshot") + query), 400),
+                  "maxEdge must be a whole number from 1")
+            << query;
+    }
+}
+
+TEST_F(Api, PauseStopsActionsAndNotLooking) {
+    engine.awaitMatched();
+    ASSERT_TRUE(engine.wiring().engine().setPaused(true));
+    for (const char* path : {"/tap", "/swipe", "/move", "/nudge", "/type", "/key", "/home", "/match"}) {
+        EXPECT_EQ(RunningEngine::errorOf(engine.post(path, settingsIcon()), 423),
+                  "Tandrel is paused: the owner turned off control in the Tandrel menu (menu bar › "
+                  "Resume control)")
+            << path;
+    }
+    EXPECT_EQ(engine.get("/screenshot?maxEdge=100").status, 200);
+    EXPECT_EQ(engine.get("/status").json()["paused"], true);
+    ASSERT_TRUE(engine.wiring().engine().setPaused(false));
+    EXPECT_EQ(engine.post("/home", Json::object()).status, 200);
+}
+
+TEST_F(Api, SettleFollowsTheScreen) {
+    const Json still = engine.get("/settle?first=300").json();
+    EXPECT_EQ(still["settled"], true);
+    engine.post("/tap", settingsIcon());
+    const Json settled = engine.get("/settle?max=20000&since=" + still["since_ms"].dump()).json();
+    EXPECT_EQ(settled["settled"], true);
+    EXPECT_GT(settled["changes"], 0);
+}
+
+TEST_F(Api, APhoneThatIsGoneIsSaid) {
+    engine.awaitMatched();
+    engine.phone().disconnectBluetooth();
+    while (!engine.get("/status").json()["hosts"].empty()) std::this_thread::yield();
+    EXPECT_EQ(RunningEngine::errorOf(engine.post("/home", Json::object()), 400),
+              "Virtual iPhone has no Bluetooth connection: pair \"Tandrel\" in its Bluetooth settings");
+    engine.phone().unplug();
+    while (!engine.get("/status").json()["devices"].empty()) std::this_thread::yield();
+    EXPECT_EQ(RunningEngine::errorOf(engine.get("/screenshot"), 400),
+              "no iPhone screen: plug the iPhone in over USB and unlock it");
+    EXPECT_EQ(RunningEngine::errorOf(engine.post("/home", Json::object()), 400),
+              "no iPhone connected over Bluetooth and no screen on USB: pair \"Tandrel\" in its "
+              "Bluetooth settings");
+}
+
+TEST_F(Api, WithoutAScreenOnlyFractionsWork) {
+    engine.phone().unplug();
+    while (!engine.get("/status").json()["devices"].empty()) std::this_thread::yield();
+    EXPECT_EQ(RunningEngine::errorOf(engine.post("/tap", {{"x", 5}, {"y", 5}}), 400),
+              "without a USB screen, x/y must be fractions (0-1) with fraction: true");
+    EXPECT_EQ(engine.post("/tap", settingsIcon()).json()["device"],
+              "7B1E64A0-5D0C-4C0B-9E5A-0A1B2C3D4E01");
+    EXPECT_TRUE(phoneShows("settings"));
+    const std::string other = "00000000-0000-0000-0000-000000000000";
+    EXPECT_EQ(RunningEngine::errorOf(engine.post("/home", {{"host", other}}), 400),
+              "no connected Bluetooth host " + other);
+}
+
+TEST_F(Api, MatchingWaitsForTheActionUnderWay) {
+    engine.awaitMatched();
+    const int movesBefore = engine.phone().record().pointerMoves;
+    auto hold = std::async(std::launch::async, [&] {
+        Json tap = settingsIcon();
+        tap["hold"] = 1.0;
+        return engine.post("/tap", tap).status;
+    });
+    ASSERT_TRUE(engine.phone().awaitRecord(
+        [&](const VirtualPhoneRecord& record) { return record.pointerMoves > movesBefore; }));
+    const Json matched = engine.post("/match", {{"force", true}, {"probe", true}}).json();
+    EXPECT_EQ(matched["matched"]["VIRTUAL-0001"], "7B1E64A0-5D0C-4C0B-9E5A-0A1B2C3D4E01");
+    EXPECT_EQ(hold.get(), 200);
+    const VirtualPhoneRecord record = engine.phone().record();
+    ASSERT_EQ(record.touches.size(), 1U);
+    EXPECT_EQ(record.touches[0].kind, VirtualTouch::Kind::tap) << "the probe dragged the finger";
+}
+
+TEST(TwoPhones, AreToldApartByTheirPointersAndRemembered) {
+    const std::string phones =
+        RunningEngine::scenario("default.json") + ":" + RunningEngine::scenario("second.json");
+    const auto home = std::make_shared<TemporaryFolder>();
+    {
+        RunningEngine engine(phones, home);
+        engine.awaitMatched();
+        EXPECT_EQ(RunningEngine::errorOf(engine.post("/home", Json::object()), 400),
+                  "2 phones are connected, pass device. Phones: Second iPhone (VIRTUAL-0002), "
+                  "Virtual iPhone (VIRTUAL-0001)");
+        EXPECT_EQ(engine.post("/home", {{"device", "second iphone"}}).status, 200);
+        EXPECT_TRUE(engine.phone(1).awaitRecord(
+            [](const VirtualPhoneRecord& record) { return record.homes == 1; }));
+        EXPECT_EQ(engine.phone(0).record().homes, 0);
+    }
+    RunningEngine again(phones, home);
+    const int moves = again.phone(0).record().pointerMoves;
+    EXPECT_EQ(again.post("/home", {{"device", "VIRTUAL-0001"}}).status, 200);
+    EXPECT_EQ(again.phone(0).record().pointerMoves, moves) << "remembered, so nothing was probed";
+}
+
+}  // namespace
+}  // namespace tandrel

@@ -1,0 +1,51 @@
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "app/wiring.h"
+#include "http/client.h"
+#include "payments/asker.h"
+#include "platform/linux/linux_main_loop.h"
+#include "platform/virtual/virtual_platform.h"
+#include "support/temporary_folder.h"
+
+namespace tandrel {
+
+// The whole engine as the application wires it, on free ports and with a home folder of its own,
+// serving virtual phones to whoever connects.
+class RunningEngine {
+ public:
+    static constexpr const char* kDefaultPhone = "1";
+
+    // `phones` as in TANDREL_VIRTUAL_PHONE. An engine started again with the same `home` is a restart.
+    explicit RunningEngine(const std::string& phones = kDefaultPhone,
+                           std::shared_ptr<TemporaryFolder> home = std::make_shared<TemporaryFolder>());
+
+    ClientResponse get(const std::string& target);
+    ClientResponse post(const std::string& target, const Json& body);
+    // The "error" of a reply with this status; anything else is told as it came.
+    static std::string errorOf(const ClientResponse& reply, int status);
+
+    // Blocks until every virtual phone is a connected host with a frame.
+    void awaitPhones();
+    // The same until each is also matched to its screen.
+    void awaitMatched();
+
+    VirtualPhone& phone(std::size_t index = 0);
+    Wiring& wiring() { return *wiring_; }
+    const std::filesystem::path& home() const { return home_->path(); }
+    const std::shared_ptr<TemporaryFolder>& homeFolder() const { return home_; }
+    static std::string scenario(const std::string& file);
+
+ private:
+    bool allPhones(bool (*fits)(const Json& device));
+
+    const std::shared_ptr<TemporaryFolder> home_;
+    LinuxMainLoop loop_;
+    NobodyAsker asker_;
+    std::unique_ptr<Wiring> wiring_;
+    LoopbackUrl url_;
+};
+
+}  // namespace tandrel

@@ -1,0 +1,65 @@
+#pragma once
+
+#include <functional>
+
+#include "base/clock.h"
+#include "hid/hid_fixture.h"
+#include "hid/input.h"
+#include "support/manual_clock.h"
+
+namespace tandrel {
+
+// Time that a paced action turns by its own pauses. Before each pause what was sent so far reaches
+// the fake Bluetooth system, so that a report's stamp is the moment at which it was sent.
+class PacedClock final : public Clock {
+ public:
+    std::function<void()> beforeSleep = [] {};
+
+    TimePoint now() const override { return turned_.now(); }
+    WallTime wallNow() const override { return turned_.wallNow(); }
+    bool sleepUntil(TimePoint deadline, std::stop_token stop) override {
+        beforeSleep();
+        return turned_.sleepUntil(deadline, std::move(stop));
+    }
+    void waitUntil(std::unique_lock<std::mutex>& lock, Wakeup& wakeup,
+                   TimePoint deadline) override {
+        turned_.waitUntil(lock, wakeup, deadline);
+    }
+    void attach(const std::shared_ptr<Wakeup>& wakeup) override { turned_.attach(wakeup); }
+
+ private:
+    ManualClock turned_{ManualClock::Sleep::passes};
+};
+
+// The phone "A" listens. A transcript line is "<milliseconds since the start> A <report>: <bytes>".
+class InputFixture : private ClockFirst<PacedClock>, public HidFixture {
+ protected:
+    InputFixture() : HidFixture(clock), input(hid, FakeBluetooth::phone("A"), clock) {}
+
+    void SetUp() override {
+        begin();
+        connect("A");
+        clock.beforeSleep = [this] { hid.state(); };
+        bluetooth.stamp = [this] { return std::to_string(elapsedMilliseconds()) + " "; };
+    }
+
+    long elapsedMilliseconds() const {
+        return std::chrono::round<std::chrono::milliseconds>(clock.now() - start_).count();
+    }
+
+    // What the action made of the reports, ending with the time at which it returned.
+    std::vector<std::string> timed(const std::function<Result<void>()>& action) {
+        const Result<void> result = action();
+        std::vector<std::string> lines = bluetooth.transcript();
+        lines.push_back(result ? std::to_string(elapsedMilliseconds()) : result.error().message);
+        return lines;
+    }
+
+    using ClockFirst<PacedClock>::clock;
+    Input input;
+
+ private:
+    const TimePoint start_ = clock.now();
+};
+
+}  // namespace tandrel

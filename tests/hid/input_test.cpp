@@ -1,0 +1,361 @@
+#include "hid/input.h"
+
+#include <limits>
+#include <map>
+#include <thread>
+
+#include "hid/input_fixture.h"
+
+namespace tandrel {
+namespace {
+
+using testing::ElementsAre;
+using Lines = std::vector<std::string>;
+
+class InputTest : public InputFixture {
+ protected:
+    Lines errorOf(const std::function<Result<void>()>& action) { return timed(action); }
+};
+
+TEST_F(InputTest, TapPlacesPressesAndReleases) {
+    EXPECT_EQ(timed([&] { return input.tap({0.5, 0.5}); }),
+              (Lines{"0 A 2: 00 00 40 00 40",  //
+                     "60 A 3: 01 00 00 00",    //
+                     "140 A 3: 00 00 00 00",   //
+                     "170"}));
+}
+
+TEST_F(InputTest, LongPressHoldsAsLongAsAsked) {
+    EXPECT_EQ(
+        timed([&] { return input.tap({0, 1}, 1.5); }),
+        (Lines{"0 A 2: 00 00 00 ff 7f", "60 A 3: 01 00 00 00", "1560 A 3: 00 00 00 00", "1590"}));
+}
+
+TEST_F(InputTest, MoveIsOneReportAndOnePause) {
+    EXPECT_EQ(timed([&] { return input.move({1, 0}); }), (Lines{"0 A 2: 00 ff 7f 00 00", "30"}));
+}
+
+TEST_F(InputTest, SwipeWithoutDurationStillDragsOverTwoPoints) {
+    EXPECT_EQ(timed([&] { return input.swipe({0, 0}, {1, 1}, 0); }),
+              (Lines{"0 A 2: 00 00 00 00 00",   //
+                     "60 A 3: 01 00 00 00",     //
+                     "90 A 2: 01 00 40 00 40",  //
+                     "90 A 2: 01 ff 7f ff 7f",  //
+                     "90 A 3: 00 00 00 00",     //
+                     "120"}));
+}
+
+TEST_F(InputTest, SwipeDragsEvenlyInPlaceAndTime) {
+    EXPECT_EQ(timed([&] { return input.swipe({0, 0.5}, {1, 0.5}, 0.3); }),
+              (Lines{"0 A 2: 00 00 00 00 40",    //
+                     "60 A 3: 01 00 00 00",      //
+                     "90 A 2: 01 cd 0c 00 40",   // 3277
+                     "120 A 2: 01 99 19 00 40",  // 6553
+                     "150 A 2: 01 66 26 00 40",  // 9830
+                     "180 A 2: 01 33 33 00 40",  // 13107
+                     "210 A 2: 01 00 40 00 40",  // 16384
+                     "240 A 2: 01 cc 4c 00 40",  // 19660
+                     "270 A 2: 01 99 59 00 40",  // 22937
+                     "300 A 2: 01 66 66 00 40",  // 26214
+                     "330 A 2: 01 32 73 00 40",  // 29490
+                     "360 A 2: 01 ff 7f 00 40",  //
+                     "390 A 3: 00 00 00 00",     //
+                     "420"}));
+}
+
+TEST_F(InputTest, NudgeIsCutIntoWhatAReportCarries) {
+    EXPECT_EQ(timed([&] { return input.nudge(300, 0, Input::Click::no); }),
+              (Lines{"0 A 3: 00 7f 00 00", "30 A 3: 00 7f 00 00", "60 A 3: 00 2e 00 00", "90"}));
+    bluetooth.clearTranscript();
+    EXPECT_EQ(timed([&] { return input.nudge(-200, 5, Input::Click::yes); }),
+              (Lines{"90 A 3: 00 81 05 00", "120 A 3: 00 b7 00 00", "150 A 3: 01 00 00 00",
+                     "230 A 3: 00 00 00 00", "260"}));
+}
+
+TEST_F(InputTest, NudgeByNothingSendsNothing) {
+    EXPECT_EQ(timed([&] { return input.nudge(0, 0, Input::Click::no); }), (Lines{"0"}));
+}
+
+TEST_F(InputTest, TypesShiftedCharactersAsAKeyboardDoes) {
+    EXPECT_EQ(timed([&] { return input.type("Hi!"); }),
+              (Lines{"0 A 1: 02 00 00 00 00 00 00 00",    //
+                     "30 A 1: 02 00 0b 00 00 00 00 00",   //
+                     "60 A 1: 02 00 00 00 00 00 00 00",   //
+                     "90 A 1: 00 00 00 00 00 00 00 00",   //
+                     "120 A 1: 00 00 0c 00 00 00 00 00",  //
+                     "150 A 1: 00 00 00 00 00 00 00 00",  //
+                     "180 A 1: 02 00 00 00 00 00 00 00",  //
+                     "210 A 1: 02 00 1e 00 00 00 00 00",  //
+                     "240 A 1: 02 00 00 00 00 00 00 00",  //
+                     "270 A 1: 00 00 00 00 00 00 00 00",  //
+                     "300"}));
+}
+
+TEST_F(InputTest, PressesKeysByNameInAnyCase) {
+    EXPECT_EQ(timed([&] { return input.key("Return", {"Cmd"}); }),
+              (Lines{"0 A 1: 08 00 00 00 00 00 00 00", "30 A 1: 08 00 28 00 00 00 00 00",
+                     "60 A 1: 08 00 00 00 00 00 00 00", "90 A 1: 00 00 00 00 00 00 00 00", "120"}));
+}
+
+TEST_F(InputTest, PressesAKeyByItsCharacterWithoutItsShift) {
+    EXPECT_EQ(timed([&] { return input.key("A", {}); }),
+              (Lines{"0 A 1: 00 00 04 00 00 00 00 00", "30 A 1: 00 00 00 00 00 00 00 00", "60"}));
+    bluetooth.clearTranscript();
+    EXPECT_EQ(
+        timed([&] { return input.key("a", {"SHIFT", "ctrl", "option", "shift"}); }),
+        (Lines{"60 A 1: 07 00 00 00 00 00 00 00", "90 A 1: 07 00 04 00 00 00 00 00",
+               "120 A 1: 07 00 00 00 00 00 00 00", "150 A 1: 00 00 00 00 00 00 00 00", "180"}));
+}
+
+TEST_F(InputTest, PressesMediaKeys) {
+    EXPECT_EQ(timed([&] { return input.consumer(0x223); }),
+              (Lines{"0 A 4: 23 02", "80 A 4: 00 00", "110"}));
+}
+
+TEST_F(InputTest, StepPacesEveryAction) {
+    input.setStep(0.01);
+    EXPECT_EQ(
+        timed([&] { return input.tap({0, 0}); }),
+        (Lines{"0 A 2: 00 00 00 00 00", "20 A 3: 01 00 00 00", "100 A 3: 00 00 00 00", "110"}));
+    input.setStep(0);
+    EXPECT_EQ(input.step(), 0.001);
+    input.setStep(std::numeric_limits<double>::quiet_NaN());
+    EXPECT_EQ(input.step(), 0.001);
+    input.setStep(7);
+    EXPECT_EQ(input.step(), 1);
+}
+
+TEST_F(InputTest, RefusesWhatItCannotDoAndSendsNothing) {
+    constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
+    constexpr double kInfinity = std::numeric_limits<double>::infinity();
+    constexpr auto kLeast = std::numeric_limits<int>::min();
+    const char* const kHold = "hold must be between 0 and 60 seconds";
+    const char* const kDuration = "duration must be between 0 and 60 seconds";
+    const char* const kDistance = "dx and dy must be between -20000 and 20000";
+    const struct {
+        const char* name;
+        std::function<Result<void>()> action;
+        std::string message;
+    } rows[] = {
+        {"accent", [&] { return input.type("café"); }, "cannot type \"é\" with a US keyboard"},
+        {"accent in two code points", [&] { return input.type("e\u0301"); },
+         "cannot type \"e\u0301\" with a US keyboard"},
+        {"first of two", [&] { return input.type("€ and £"); },
+         "cannot type \"€\" with a US keyboard"},
+        {"line end of two characters", [&] { return input.type("a\r\n"); },
+         "cannot type \"\\r\\n\" with a US keyboard"},
+        {"emoji of several code points", [&] { return input.type("👨‍👩‍👧"); },
+         "cannot type \"👨‍👩‍👧\" with a US keyboard"},
+        {"not UTF-8", [&] { return input.type("a\xFF"); },
+         "cannot type \"\uFFFD\" with a US keyboard"},
+        {"long text", [&] { return input.type(std::string(10'001, 'a')); },
+         "text is too long: at most 10000 characters can be typed at once"},
+        {"unknown key", [&] { return input.key("F13", {}); }, "unknown key F13"},
+        {"empty key", [&] { return input.key("", {}); }, "unknown key "},
+        {"key of two characters", [&] { return input.key("ab", {"hyper"}); }, "unknown key ab"},
+        {"endless key", [&] { return input.key(std::string(5'000, 'k'), {}); },
+         "unknown key " + std::string(200, 'k')},
+        {"unknown modifier", [&] { return input.key("a", {"cmd", "hyper", "nor"}); },
+         "unknown key hyper"},
+        {"long hold", [&] { return input.tap({0, 0}, 60.001); }, kHold},
+        {"negative hold", [&] { return input.tap({0, 0}, -0.1); }, kHold},
+        {"hold that is no number", [&] { return input.tap({0, 0}, kNan); }, kHold},
+        {"endless swipe", [&] { return input.swipe({0, 0}, {1, 1}, kInfinity); }, kDuration},
+        {"swipe that is no number", [&] { return input.swipe({0, 0}, {1, 1}, kNan); }, kDuration},
+        {"far nudge", [&] { return input.nudge(20'001, 0, Input::Click::yes); }, kDistance},
+        {"farthest nudge", [&] { return input.nudge(0, kLeast, Input::Click::yes); }, kDistance},
+    };
+    for (const auto& row : rows)
+        EXPECT_THAT(timed(row.action), ElementsAre(row.message)) << row.name;
+}
+
+TEST_F(InputTest, DoesTheLongestThatIsAllowed) {
+    EXPECT_EQ(timed([&] { return input.type(std::string(10'000, 'a')); }).back(), "600000");
+    EXPECT_EQ(timed([&] { return input.nudge(-20'000, 20'000, Input::Click::no); }).back(),
+              "604740");
+    EXPECT_EQ(timed([&] { return input.tap({0, 0}, 60); }).back(), "664830");
+}
+
+TEST_F(InputTest, KnowsWhereItLeftThePointer) {
+    EXPECT_EQ(input.pointer(), std::nullopt);
+    input.move({0.25, 1.5});
+    EXPECT_EQ(input.pointer(), (ScreenPoint{0.25, 1}));
+    input.tap({0.1, 0.2});
+    EXPECT_EQ(input.pointer(), (ScreenPoint{0.1, 0.2}));
+    input.swipe({0.1, 0.2}, {0.3, 0.4}, 0.1);
+    EXPECT_EQ(input.pointer(), (ScreenPoint{0.3, 0.4}));
+    input.type("text");
+    input.nudge(0, 0, Input::Click::yes);
+    EXPECT_EQ(input.pointer(), (ScreenPoint{0.3, 0.4}));
+    input.nudge(0, 1, Input::Click::no);
+    EXPECT_EQ(input.pointer(), std::nullopt);
+}
+
+TEST_F(InputTest, DoesNotKnowThePointerOfAPhoneThatMissedAMove) {
+    input.move({0.5, 0.5});
+    disconnect("A");
+    EXPECT_EQ(input.pointer(), std::nullopt);
+    input.move({0.25, 0.25});
+    connect("A");
+    EXPECT_EQ(input.pointer(), std::nullopt);
+    input.move({0.75, 0.75});
+    EXPECT_EQ(input.pointer(), (ScreenPoint{0.75, 0.75}));
+    bluetooth.unsubscribe("A", "3");
+    EXPECT_EQ(input.pointer(), std::nullopt);
+}
+
+TEST_F(InputTest, DoesNotKnowThePointerAfterARestart) {
+    input.move({0.5, 0.5});
+    hid.restart();
+    hid.state();
+    bluetooth.powerOn();
+    connect("A");
+    EXPECT_EQ(input.pointer(), std::nullopt);
+}
+
+TEST_F(InputTest, ReachesNoOtherPhone) {
+    connect("B");
+    Input other(hid, FakeBluetooth::phone("B"), clock);
+    input.consumer(0x223);
+    other.consumer(0xE9);
+    EXPECT_EQ(bluetooth.transcript(),
+              (Lines{"0 A 4: 23 02", "80 A 4: 00 00", "110 B 4: e9 00", "190 B 4: 00 00"}));
+}
+
+TEST_F(InputTest, TwoCallersDoNotInterleave) {
+    std::thread letters([&] { EXPECT_TRUE(input.type("aa")); });
+    EXPECT_TRUE(input.type("11"));
+    letters.join();
+    Lines pressed;
+    for (const std::string& line : bluetooth.transcript()) {
+        const std::string usage = line.substr(line.find(':') + 8, 2);
+        if (usage != "00") pressed.push_back(usage);
+    }
+    EXPECT_THAT(pressed, testing::AnyOf(ElementsAre("04", "04", "1e", "1e"),
+                                        ElementsAre("1e", "1e", "04", "04")));
+}
+
+TEST_F(InputTest, ARefusalInASwipeDelaysAndKeepsOrder) {
+    bluetooth.refuseNextUpdates(1'000);
+    input.swipe({0, 0}, {1, 1}, 0);
+    EXPECT_EQ(bluetooth.transcript(), Lines{});
+    bluetooth.becomeReady();
+    EXPECT_EQ(bluetooth.transcript(),
+              (Lines{"120 A 2: 00 00 00 00 00", "120 A 3: 01 00 00 00", "120 A 2: 01 00 40 00 40",
+                     "120 A 2: 01 ff 7f ff 7f", "120 A 3: 00 00 00 00"}));
+}
+
+TEST_F(InputTest, NothingIsMixedUpOrLeftPressedAmidRefusalsRestartsAndAStop) {
+    connect("B");
+    bluetooth.stamp = [] { return std::string(); };
+    Input other(hid, FakeBluetooth::phone("B"), clock);
+    std::thread letters([&] {
+        while (input.type("aA")) continue;
+    });
+    std::thread digits([&] {
+        while (other.type("1!")) continue;
+    });
+    for (int round = 0; round < 20; ++round) {
+        bluetooth.refuseNextUpdates(round);
+        disconnect("A");
+        bluetooth.becomeReady();
+        if (round % 5 == 4) {
+            hid.restart();
+            hid.state();
+            bluetooth.powerOn();
+            subscribeAll("B");
+        }
+        subscribeAll("A");
+    }
+    input.stop();
+    other.stop();
+    letters.join();
+    digits.join();
+    const Lines lines = bluetooth.transcript();
+    hid.stop();
+    std::map<std::string, std::string> last;
+    for (const std::string& line : lines) {
+        const std::string report = line.substr(0, 3);
+        last[report] = line;
+        EXPECT_TRUE(line.find(report == "A 1" ? " 1e " : " 04 ") == std::string::npos) << line;
+    }
+    for (const char* report : {"A 1", "B 1"}) {
+        EXPECT_EQ(last[report], std::string(report) + ": 00 00 00 00 00 00 00 00");
+    }
+}
+
+// Time stands still until the test turns it.
+class StopTest : private ClockFirst<ManualClock>, public HidFixture {
+ protected:
+    StopTest() : HidFixture(clock), input(hid, FakeBluetooth::phone("A"), clock) {}
+
+    void SetUp() override {
+        begin();
+        connect("A");
+    }
+
+    // Begins the action and stops the input once so many of its reports were sent.
+    Result<void> stopAfter(int reports, const std::function<Result<void>()>& action) {
+        Result<void> result;
+        std::thread caller([&] { result = action(); });
+        for (int sent = 1; sent < reports; ++sent) {
+            bluetooth.awaitAccepted(kAcceptedOnConnecting + sent);
+            clock.awaitSleepers(1);
+            clock.advance(std::chrono::seconds(1));
+        }
+        bluetooth.awaitAccepted(kAcceptedOnConnecting + reports);
+        input.stop();
+        caller.join();
+        return result;
+    }
+
+    static constexpr int kAcceptedOnConnecting = 4;
+    const Result<void> stopping = fail("Tandrel is stopping.", 503);
+    using ClockFirst<ManualClock>::clock;
+    Input input;
+};
+
+TEST_F(StopTest, LiftsTheButtonOfATap) {
+    EXPECT_EQ(stopAfter(2, [&] { return input.tap({0, 0}, 30); }), stopping);
+    EXPECT_EQ(bluetooth.transcript(),
+              (Lines{"A 2: 00 00 00 00 00", "A 3: 01 00 00 00", "A 3: 00 00 00 00"}));
+}
+
+TEST_F(StopTest, LiftsModifiersAndKeys) {
+    EXPECT_EQ(stopAfter(2, [&] { return input.key("a", {"cmd"}); }), stopping);
+    EXPECT_EQ(bluetooth.transcript(),
+              (Lines{"A 1: 08 00 00 00 00 00 00 00", "A 1: 08 00 04 00 00 00 00 00",
+                     "A 1: 00 00 00 00 00 00 00 00"}));
+}
+
+TEST_F(StopTest, LiftsNothingBetweenPresses) {
+    EXPECT_EQ(stopAfter(2, [&] { return input.type("ab"); }), stopping);
+    EXPECT_EQ(bluetooth.transcript(),
+              (Lines{"A 1: 00 00 04 00 00 00 00 00", "A 1: 00 00 00 00 00 00 00 00"}));
+}
+
+TEST_F(StopTest, AnActionThatHasSentEverythingIsDone) {
+    EXPECT_EQ(stopAfter(2, [&] { return input.consumer(0x223); }), Result<void>{});
+    EXPECT_EQ(bluetooth.transcript(), (Lines{"A 4: 23 02", "A 4: 00 00"}));
+}
+
+TEST_F(StopTest, PhonesDoNotWaitForOneAnother) {
+    Input other(hid, FakeBluetooth::phone("B"), clock);
+    std::thread first([&] { EXPECT_TRUE(input.move({0, 0})); });
+    std::thread second([&] { EXPECT_TRUE(other.move({0, 0})); });
+    clock.awaitSleepers(2);
+    input.stop();
+    other.stop();
+    first.join();
+    second.join();
+}
+
+TEST_F(StopTest, LaterActionsFail) {
+    input.stop();
+    EXPECT_EQ(input.tap({0, 0}), stopping);
+    EXPECT_EQ(input.type("é"), (fail("cannot type \"é\" with a US keyboard")));
+    EXPECT_EQ(bluetooth.transcript(), Lines{});
+}
+
+}  // namespace
+}  // namespace tandrel

@@ -1,0 +1,117 @@
+#include "raw_client.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+
+#include <fmt/format.h>
+#include <netinet/in.h>
+#include <poll.h>
+
+namespace tandrel::test {
+
+RawClient::RawClient() : socket_(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
+    waitAtMost(kPatience);
+}
+
+RawClient& RawClient::waitAtMost(std::chrono::milliseconds patience) {
+    const timeval time{patience.count() / 1000, patience.count() % 1000 * 1000};
+    ::setsockopt(socket_.fd(), SOL_SOCKET, SO_RCVTIMEO, &time, sizeof time);
+    ::setsockopt(socket_.fd(), SOL_SOCKET, SO_SNDTIMEO, &time, sizeof time);
+    return *this;
+}
+
+RawClient& RawClient::connect(std::uint16_t port) {
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_port = htons(port);
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    const auto* generic = reinterpret_cast<const sockaddr*>(&address);
+    if (::connect(socket_.fd(), generic, sizeof address) != 0) socket_.reset();
+    return *this;
+}
+
+RawClient& RawClient::send(std::string_view bytes) {
+    while (!bytes.empty()) {
+        const ssize_t sent = ::send(socket_.fd(), bytes.data(), bytes.size(), MSG_NOSIGNAL);
+        if (sent <= 0) break;  // the server has closed; what it replied can still be read
+        bytes.remove_prefix(static_cast<std::size_t>(sent));
+    }
+    return *this;
+}
+
+RawClient& RawClient::endSending() {
+    ::shutdown(socket_.fd(), SHUT_WR);
+    return *this;
+}
+
+void RawClient::close(Close how) {
+    if (how == Close::reset) {
+        const linger atOnce{1, 0};
+        ::setsockopt(socket_.fd(), SOL_SOCKET, SO_LINGER, &atOnce, sizeof atOnce);
+    }
+    socket_.reset();
+}
+
+std::string RawClient::readAll() { return read(std::string::npos); }
+
+std::string RawClient::read(std::size_t bytes) {
+    std::string all;
+    char chunk[65536];
+    while (all.size() < bytes) {
+        const ssize_t count =
+            ::recv(socket_.fd(), chunk, std::min(sizeof chunk, bytes - all.size()), 0);
+        if (count == 0) break;
+        if (count < 0) return all + (errno == ECONNRESET ? "<reset>" : "<nothing>");
+        all.append(chunk, static_cast<std::size_t>(count));
+    }
+    return all;
+}
+
+void RawClient::awaitPeerClose() {
+    pollfd wait{socket_.fd(), POLLRDHUP, 0};
+    ::poll(&wait, 1, static_cast<int>(std::chrono::milliseconds(kPatience).count()));
+}
+
+std::string exchange(std::uint16_t port, std::string_view request) {
+    RawClient client(port);
+    return client.send(request).readAll();
+}
+
+std::string bodyOf(std::string_view reply) {
+    const std::size_t blank = reply.find("\r\n\r\n");
+    return blank == std::string_view::npos ? "" : std::string(reply.substr(blank + 4));
+}
+
+std::string firstLineOf(std::string_view reply) {
+    return std::string(reply.substr(0, reply.find("\r\n")));
+}
+
+std::vector<std::string> listenersOf(std::uint16_t port) {
+    std::vector<std::string> addresses;
+    for (const char* table : {"/proc/net/tcp", "/proc/net/tcp6"}) {
+        std::ifstream file(table);
+        std::string slot, local, remote, state, line;
+        while (std::getline(file, line)) {
+            std::istringstream(line) >> slot >> local >> remote >> state;
+            const std::size_t colon = local.find(':');
+            if (state != "0A" || local.substr(colon + 1) != fmt::format("{:04X}", port)) continue;
+            addresses.push_back(local.substr(0, colon));
+        }
+    }
+    return addresses;
+}
+
+int threadsNamed(std::string_view name) {
+    int count = 0;
+    for (const auto& task : std::filesystem::directory_iterator("/proc/self/task")) {
+        std::ifstream file(task.path() / "comm");
+        std::string comm;
+        if (std::getline(file, comm) && comm == name) ++count;
+    }
+    return count;
+}
+
+}  // namespace tandrel::test

@@ -1,0 +1,59 @@
+#pragma once
+
+#include <chrono>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include <sys/socket.h>
+
+#include "http/socket.h"
+
+namespace tandrel::test {
+
+// A client that sends exactly the bytes it is told, well-formed or not. A wait that never ends in a
+// working server ends after kPatience, so that a fault fails a test instead of hanging it.
+class RawClient {
+ public:
+    static constexpr std::chrono::seconds kPatience{20};
+
+    // Makes the socket only.
+    RawClient();
+    explicit RawClient(std::uint16_t port) : RawClient() { connect(port); }
+    RawClient& connect(std::uint16_t port);
+    // Bounds each wait from now on.
+    RawClient& waitAtMost(std::chrono::milliseconds patience);
+
+    RawClient& send(std::string_view bytes);
+    RawClient& endSending();
+    // Closes at once; with Close::reset the peer gets a reset instead of an end.
+    enum class Close { gently, reset };
+    void close(Close how = Close::gently);
+
+    // Everything until the server closes; "<reset>" or "<nothing>" (time ran out) are appended.
+    std::string readAll();
+    // Like readAll, but only up to `bytes`.
+    std::string read(std::size_t bytes);
+    // Whether the server has closed without a word.
+    bool closedWithoutReply() { return readAll().empty(); }
+    bool connected() const { return static_cast<bool>(socket_); }
+    explicit operator bool() const { return connected(); }
+    std::uint16_t ownPort() const { return boundPort(socket_); }
+    // Waits until the server has closed or reset, without reading.
+    void awaitPeerClose();
+
+ private:
+    Socket socket_;
+};
+
+// One whole exchange.
+std::string exchange(std::uint16_t port, std::string_view request);
+// What follows the blank line.
+std::string bodyOf(std::string_view reply);
+std::string firstLineOf(std::string_view reply);
+// The addresses that are listened on at the port, as /proc/net/tcp and tcp6 write them.
+std::vector<std::string> listenersOf(std::uint16_t port);
+// Threads of this process with that name.
+int threadsNamed(std::string_view name);
+
+}  // namespace tandrel::test

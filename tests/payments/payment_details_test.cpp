@@ -1,0 +1,128 @@
+#include "payments/payment_details.h"
+
+#include <gtest/gtest.h>
+
+namespace tandrel::PaymentGuard {
+namespace {
+
+using Texts = std::vector<std::string>;
+
+TEST(PaymentDetails, NormRepairsAndTrims) {
+    const struct {
+        const char* name;
+        const char* text;
+        const char* result;
+    } cases[] = {
+        {"pound", "Â£9.99", "£9.99"},
+        {"yen", "Â¥500", "¥500"},
+        {"euro, U+201A", "\u00E2\u201A\u00AC25", "€25"},
+        {"euro, U+0082", "\u00E2\xC2\x82\u00AC25", "€25"},
+        {"rupee", "\u00E2\u201A\u00B925", "₹25"},
+        {"rouble", "\u00E2\xC2\x82\u00BD25", "₽25"},
+        {"won", "\u00E2\u201A\u00A925", "₩25"},
+        {"lira", "\u00E2\xC2\x82\u00BA25", "₺25"},
+        {"hryvnia", "\u00E2\u201A\u00B425", "₴25"},
+        {"naira", "\u00E2\xC2\x82\u00A625", "₦25"},
+        {"peso", "\u00E2\u201A\u00B125", "₱25"},
+        {"twice", "Â£1 Â£2", "£1 £2"},
+        {"an a with a circumflex", "Châtelet", "Châtelet"},
+        {"runs of spaces", "1\u00A0\u202F 249,00 \n €", "1 249,00 €"},
+        {"spaces at the ends", " \t€5 \t", "€5"},
+        {"punctuation at the end", "€5.,:;?!", "€5"},
+        {"punctuation before a space stays", "€5. ", "€5"},
+        {"nothing but punctuation", "...", ""},
+        {"nothing", " ", ""},
+    };
+    for (const auto& c : cases) EXPECT_EQ(norm(c.text), c.result) << c.name;
+}
+
+TEST(PaymentDetails, CollectsAmountsAndPayees) {
+    const std::string longName = "Abcdefghij Abcdefghij Abcdefghij Abcdefghij Abcdefghij";
+    const struct {
+        const char* name;
+        Texts texts;
+        Texts amounts;
+        Texts payees;
+    } cases[] = {
+        {"amounts once, in order", {"€5 and €7", "€5.", "7 kr"}, {"€5", "€7", "7 kr"}, {}},
+        {"plain digits are no amount", {"Total 25.00"}, {}, {}},
+        {"caption and value on one line", {"Recipient: Ilse Varga"}, {}, {"Ilse Varga"}},
+        {"with an en dash", {"Merchant – Blue Door"}, {}, {"Blue Door"}},
+        {"cut to 48 characters",
+         {"Payee: " + longName},
+         {},
+         {"Abcdefghij Abcdefghij Abcdefghij Abcdefghij Abcd"}},
+        {"spaces are cleaned before the cut",
+         {"Payee: A\u00A0 \u202F " + longName},
+         {},
+         {"A Abcdefghij Abcdefghij Abcdefghij Abcdefghij Ab"}},
+        {"nothing left of the value", {"Payee: ..."}, {}, {}},
+        {"caption, value below", {"To", "Ilse Varga"}, {}, {"Ilse Varga"}},
+        {"value of one character", {"To", "I"}, {}, {}},
+        {"value of two", {"To", "Io"}, {}, {"Io"}},
+        {"value of 60 characters", {"Name", std::string(60, 'x')}, {}, {std::string(48, 'x')}},
+        {"value of 61", {"Name", std::string(61, 'x')}, {}, {}},
+        {"value that is an amount", {"To", "€5"}, {"€5"}, {}},
+        {"caption at the end", {"Hello", "Recipient"}, {}, {}},
+        {"pay button", {"Pay Ilse Varga"}, {}, {"Ilse Varga"}},
+        {"pay button without a name",
+         {"Pay now", "Pay with card", "Pay your", "Pay money"},
+         {},
+         {}},
+        {"pay button with an amount", {"Pay Ilse kr 20"}, {"kr 20"}, {}},
+        {"to, on a line with an amount", {"€25 to Ilse Varga for lunch"}, {"€25"}, {"Ilse Varga"}},
+        {"to, on a line that begins with send",
+         {"Send to O’Neil & Co • Savings"},
+         {},
+         {"O’Neil & Co"}},
+        {"to, on any other line", {"Welcome to Lisbon"}, {}, {}},
+        {"to, before a bracket", {"Transfer to Ilse (Savings)"}, {}, {"Ilse"}},
+        {"to a word that is none", {"Send to your", "Transfer to the"}, {}, {}},
+        {"to, with spaces left after the cut", {"Send to my  at home"}, {}, {}},
+        {"iban", {"IBAN NL91 ABNA 0417 1643 00"}, {}, {"NL91 ABNA 0417 1643 00"}},
+        {"iban in small letters is none", {"nl91 abna 0417 1643 00"}, {}, {}},
+        {"card", {"Visa card ending in •••• 8820"}, {}, {"card ending 8820"}},
+        {"account", {"account ending 4417"}, {}, {"card ending 4417"}},
+        {"same name by two rules once", {"Recipient: Ilse", "To", "Ilse"}, {}, {"Ilse"}},
+    };
+    for (const auto& c : cases) {
+        EXPECT_EQ(details(c.texts), (Details{c.amounts, c.payees})) << c.name;
+    }
+}
+
+TEST(PaymentDetails, WordsForTheOwner) {
+    const struct {
+        Details payment;
+        const char* title;
+        const char* summary;
+    } cases[] = {
+        {{}, "Approve a payment?", "no amount shown"},
+        {{{"€5"}, {}}, "Approve a payment of €5?", "€5"},
+        {{{}, {"Ilse"}}, "Approve a payment?", "to Ilse"},
+        {{{"€5"}, {"Ilse"}}, "Approve €5 to Ilse?", "€5 to Ilse"},
+        {{{"€5"}, {"A", "B", "C", "D", "E"}},
+         "Approve €5 to A?",
+         "€5 to A (also on screen: B, C, D)"},
+        {{{}, {"A", "B"}}, "Approve a payment?", "to A (also on screen: B)"},
+        {{{"1 €", "2 €"}, {}}, "Approve a payment? Screen shows 1 € and 2 €", "1 €, 2 €"},
+        {{{"1 €", "2 €", "3 €", "4 €", "5 €"}, {"A", "B"}},
+         "Approve a payment? Screen shows 1 € and 2 € and 3 €",
+         "1 €, 2 €, 3 €, 4 € (to A?)"},
+    };
+    for (const auto& c : cases) {
+        EXPECT_EQ(c.payment.title(), c.title);
+        EXPECT_EQ(c.payment.summary(), c.summary);
+    }
+}
+
+TEST(PaymentDetails, KeyIsTheSameForTheSamePayment) {
+    const Details one{{"1 249,00 €", "€5"}, {"Ilse Varga"}};
+    EXPECT_EQ(one.key(), "a=1249,00€|€5;p=ilsevarga");
+    EXPECT_EQ((Details{{"€ 5", "1\u00A0249,00\u202F€"}, {"ILSE  VARGA"}}).key(), one.key());
+    EXPECT_NE((Details{{"€5"}, {"Ilse Varga"}}).key(), one.key());
+    EXPECT_NE((Details{{"1 249,00 €", "€5"}, {"Ilse Vargo"}}).key(), one.key());
+    EXPECT_EQ(Details{}.key(), "a=;p=");
+}
+
+}  // namespace
+}  // namespace tandrel::PaymentGuard

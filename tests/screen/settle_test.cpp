@@ -1,0 +1,186 @@
+#include "screen/settle.h"
+
+#include <thread>
+
+#include <gtest/gtest.h>
+
+#include "screen/picture_watch.h"
+#include "support/manual_clock.h"
+
+namespace tandrel {
+namespace {
+
+// Changes at times that the test sets, in ms after the wait's beginning; a time counts once it has
+// come.
+class Settling : public testing::Test {
+ protected:
+    double now() const { return millisecondsSince1970(clock.wallNow()); }
+
+    ChangeTimesSince picture(std::vector<double> atMs) {
+        return [this, start = now(), atMs = std::move(atMs)](double since) {
+            std::vector<double> times;
+            for (const double at : atMs) {
+                if (start + at > since && start + at <= now()) times.push_back(start + at);
+            }
+            return times;
+        };
+    }
+
+    SettleReply wait(const std::vector<double>& changes, SettleOptions options = {}) {
+        if (options.since == 0) options.since = now();
+        return waitToSettle(picture(changes), options, clock);
+    }
+
+    ManualClock clock{ManualClock::Sleep::passes};
+};
+
+constexpr double kPoll = 15;  // ms: how much later than due a wait may end
+
+TEST_F(Settling, AStillPictureSettlesAfterFirst) {
+    const SettleReply reply = wait({});
+    EXPECT_TRUE(reply.settled);
+    EXPECT_GE(reply.waited, 900);
+    EXPECT_LT(reply.waited, 900 + kPoll);
+    EXPECT_EQ(reply.changes, 0u);
+    EXPECT_FALSE(reply.firstChange);
+    EXPECT_EQ(reply.still, reply.waited);
+}
+
+TEST_F(Settling, AChangedPictureSettlesAfterQuiet) {
+    const SettleReply reply = wait({100, 300, 500});
+    EXPECT_TRUE(reply.settled);
+    EXPECT_GE(reply.waited, 750);
+    EXPECT_LT(reply.waited, 750 + kPoll);
+    EXPECT_EQ(reply.changes, 3u);
+    EXPECT_EQ(reply.firstChange, 100);
+    EXPECT_EQ(reply.still, reply.waited - 500);
+}
+
+TEST_F(Settling, AnAnimationEndsAtMaxUnsettled) {
+    std::vector<double> changes;
+    for (int at = 10; at < 5000; at += 100) changes.push_back(at);
+    const SettleReply reply = wait(changes);
+    EXPECT_FALSE(reply.settled);
+    EXPECT_GE(reply.waited, 2500);
+    EXPECT_LT(reply.waited, 2500 + kPoll);
+    EXPECT_EQ(reply.changes, 25u);
+}
+
+TEST_F(Settling, NothingSettlesBeforeMin) {
+    SettleOptions options;
+    options.min = 600;
+    options.quiet = 50;
+    const SettleReply reply = wait({10}, options);
+    EXPECT_TRUE(reply.settled);
+    EXPECT_GE(reply.waited, 600);
+}
+
+TEST_F(Settling, AMaxBelowMinEndsTheWait) {
+    SettleOptions options;
+    options.max = 100;
+    const SettleReply reply = wait({}, options);
+    EXPECT_FALSE(reply.settled);
+    EXPECT_LT(reply.waited, 100 + kPoll);
+}
+
+TEST_F(Settling, ChangesFromBeforeTheCallCount) {
+    SettleOptions options;
+    options.since = now();
+    const ChangeTimesSince source = picture({200});
+    clock.advance(seconds(2));
+    const SettleReply reply = waitToSettle(source, options, clock);
+    EXPECT_TRUE(reply.settled);
+    EXPECT_EQ(reply.waited, 0);
+    EXPECT_EQ(reply.firstChange, 200);
+    EXPECT_EQ(reply.still, 1800);
+}
+
+// The wall clock may be set back while a client waits.
+TEST_F(Settling, TheWaitIsBoundedWhateverTheWallClockSays) {
+    SettleOptions options;
+    options.since = now() + 3'600'000;
+    const SettleReply reply = wait({}, options);
+    EXPECT_FALSE(reply.settled);
+    EXPECT_GE(reply.waited, 2500);
+    EXPECT_LT(reply.waited, 2500 + kPoll);
+}
+
+TEST(SettleStop, EndsTheWaitAtOnce) {
+    ManualClock clock(ManualClock::Sleep::waits);
+    SettleReply reply;
+    std::jthread waiter([&](const std::stop_token& stop) {
+        SettleOptions options;
+        options.since = millisecondsSince1970(clock.wallNow());
+        reply = waitToSettle([](double) { return std::vector<double>(); }, options, clock, stop);
+    });
+    clock.awaitSleepers(1);
+    waiter.request_stop();
+    waiter.join();
+    EXPECT_FALSE(reply.settled);
+    EXPECT_EQ(reply.waited, 0);
+}
+
+TEST(SettleOptions, AreReadFromAQueryWithinBounds) {
+    constexpr double kNow = 1'700'000'000'000;
+    using Query = std::map<std::string, std::string>;
+    const struct {
+        const char* name;
+        Query query;
+        double since, min, quiet, max, first;
+    } rows[] = {
+        {"defaults", {}, kNow, 250, 250, 2500, 900},
+        {"all given",
+         {{"since", "1699999999000.5"}, {"min", "1"}, {"quiet", "2"}, {"max", "3"}, {"first", "4"}},
+         1699999999000.5,
+         1,
+         2,
+         3,
+         4},
+        {"not numbers",
+         {{"since", "x"}, {"min", ""}, {"quiet", "nan"}, {"max", "12s"}, {"first", "0x10"}},
+         kNow,
+         250,
+         250,
+         2500,
+         900},
+        {"negative",
+         {{"since", "-5"}, {"min", "-1"}, {"quiet", "-inf"}, {"max", "-1"}, {"first", "-0"}},
+         0,
+         0,
+         0,
+         0,
+         0},
+        {"enormous",
+         {{"since", "1e300"},
+          {"min", "1e9"},
+          {"quiet", "inf"},
+          {"max", "60001"},
+          {"first", "1e99"}},
+         kNow,
+         60000,
+         60000,
+         60000,
+         60000},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        const SettleOptions options = SettleOptions::fromQuery(row.query, kNow);
+        EXPECT_EQ(options.since, row.since);
+        EXPECT_EQ(options.min, row.min);
+        EXPECT_EQ(options.quiet, row.quiet);
+        EXPECT_EQ(options.max, row.max);
+        EXPECT_EQ(options.first, row.first);
+    }
+}
+
+TEST(SettleReply, AsJson) {
+    EXPECT_EQ(dumpJson(SettleReply{900.4, 1'700'000'000'000, true, 0, {}, 900.4}.json()),
+              R"({"changes":0,"first_change_ms":null,"settled":true,"since_ms":1700000000000,)"
+              R"("still_ms":900,"waited_ms":900})");
+    EXPECT_EQ(dumpJson(SettleReply{2500, 5, false, 3, 10.5, 0}.json()),
+              R"({"changes":3,"first_change_ms":11,"settled":false,"since_ms":5,)"
+              R"("still_ms":0,"waited_ms":2500})");
+}
+
+}  // namespace
+}  // namespace tandrel
