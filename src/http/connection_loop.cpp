@@ -200,7 +200,7 @@ HTTPResponse ConnectionLoop::respond(const HTTPRequest& request) const {
     try {
         return handler_(request);
     } catch (const std::exception& error) {
-        log("http handler failed on " + request.path + ": " + error.what());
+        log(std::string("http handler failed: ") + error.what());
         return HTTPResponse::error("Not done: something went wrong inside Tandrel.", 500);
     }
 }

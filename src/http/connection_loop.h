@@ -66,7 +66,7 @@ class ConnectionLoop {
     std::atomic<bool> stopping_ = false;
     std::atomic<bool> listenerKnown_ = false;
     std::atomic<bool> acceptsLater_ = false;
-    std::atomic<bool> saidFull_ = false;
+    std::atomic<bool> saidFull_ = false;  // once, so that a full server does not fill the log
     std::atomic<bool> tickDue_ = false;
     std::mutex stopMutex_;
     HandlerThreads threads_;

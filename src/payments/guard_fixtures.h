@@ -30,7 +30,7 @@ struct Fixture {
 inline constexpr std::size_t kLargestFixtureFile = 16u << 20;  // bytes
 inline constexpr std::size_t kMostFixtures = 10'000;
 inline constexpr std::size_t kMostFixtureLines = 1'000;
-inline constexpr std::size_t kLongestFixtureText = 2'000;  // bytes
+inline constexpr std::size_t kLongestFixtureText = 500;  // bytes
 
 // Reads {"cases":[{"name","frame":{"w","h"},"lines":[{"text","conf","x","y","w","h"}],
 // "action":{"kind","x","y","x2","y2","text"},"expect":{"paymentScreen","verdict","title",

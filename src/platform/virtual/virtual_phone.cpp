@@ -231,6 +231,15 @@ PixelBuffer VirtualPhone::frameFor(View view) {
     return black_ ? blackFrame_ : painter_.paint(model_);
 }
 
+std::optional<ScreenFraction> VirtualPhone::find(const std::string& label) {
+    std::optional<ScreenFraction> place;
+    onQueue([&] {
+        queue_.assertCurrent();
+        place = model_.find(label);
+    });
+    return place;
+}
+
 PhoneLinks VirtualPhone::links() {
     PhoneLinks links;
     onQueue([&] {

@@ -95,6 +95,10 @@ class VirtualPhone {
     // Called on the phone's thread with the links as they are, at once and after each change.
     PhoneSubscriptionPtr watchLinks(std::function<void(PhoneLinks)> changed);
 
+    // Where the thing with this label (a row's text, an icon's label, a field's name) is on the
+    // screen; none when it cannot be seen. A row with a switch gives the switch.
+    std::optional<ScreenFraction> find(const std::string& label);
+
     PhoneLinks links();
     VirtualPhoneRecord record();
     // What the phone itself shows now.

@@ -1,0 +1,21 @@
+#pragma once
+
+#include <optional>
+
+#include "reading/gray_frame.h"
+
+namespace tandrel {
+
+// The ink of one line: its tight box and the grey levels of paper and ink.
+struct Ink {
+    PixelBox box;
+    int paper = 0;
+    int level = 0;
+
+    bool operator==(const Ink&) const = default;
+};
+
+// The ink in `box`; none where paper and ink hardly differ.
+std::optional<Ink> findInk(const GrayFrame& frame, const PixelBox& box);
+
+}  // namespace tandrel

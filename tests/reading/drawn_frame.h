@@ -1,0 +1,45 @@
+#pragma once
+
+#include <string>
+
+#include "base/pixel_buffer.h"
+
+namespace tandrel {
+
+struct Colour {
+    double red = 0;
+    double green = 0;
+    double blue = 0;
+};
+
+inline constexpr Colour kBlack{0, 0, 0};
+inline constexpr Colour kWhite{1, 1, 1};
+
+struct TextStyle {
+    std::string font = "Inter";  // a Pango font description without the size
+    double points = 17;
+    Colour colour = kBlack;
+};
+
+// A frame to draw on, in points of `density` pixels each.
+class DrawnFrame {
+ public:
+    DrawnFrame(int widthPixels, int heightPixels, int density, Colour paper);
+    ~DrawnFrame();
+    DrawnFrame(const DrawnFrame&) = delete;
+    DrawnFrame& operator=(const DrawnFrame&) = delete;
+
+    // Text with the left end of its baseline at (x, y); returns the width of its ink in points.
+    double text(double x, double y, const std::string& words, const TextStyle& style = {});
+    void rectangle(double x, double y, double width, double height, double radius, Colour fill);
+    void outline(double x, double y, double width, double height, double radius, Colour line);
+
+    PixelBuffer frame() const;
+
+ private:
+    struct Surface;
+    void path(double x, double y, double width, double height, double radius);
+    Surface* const surface_;
+};
+
+}  // namespace tandrel
