@@ -9,12 +9,11 @@
 namespace tandrel {
 namespace {
 
-constexpr std::uint8_t kNone = 0;
-constexpr std::uint8_t kSub = 1;
-constexpr std::uint8_t kUp = 2;
 constexpr std::uint32_t kColour = 0x00ffffff;  // a pixel's bytes without the ignored one
 // A row in which at most one pixel in three differs from its left is drawn, not photographed.
 constexpr int kFlatShare = 3;
+// Text and photos are many rows tall, so looking at one row in four finds where they begin.
+constexpr int kRowsPerChoice = 4;
 
 static_assert(std::endian::native == std::endian::little, "pixels are read as little-endian words");
 
@@ -80,25 +79,32 @@ constexpr auto pack = packPlain;
 
 }  // namespace
 
+RowFilter::Filter RowFilter::bestFor(const std::uint8_t* row, const std::uint8_t* above) const {
+    const int pairs = width_ - 1;  // pixels that have one to their left
+    if (above == nullptr || differing(row + 4, row, pairs) <= width_ / kFlatShare) {
+        return Filter::none;
+    }
+    return magnitude(row + 4, row, 4 * pairs) < magnitude(row, above, 4 * width_) ? Filter::sub
+                                                                                  : Filter::up;
+}
+
 void RowFilter::write(std::uint8_t* out, const std::uint8_t* row, const std::uint8_t* above) {
     const std::size_t bytes = differences_.size();
     if (above != nullptr && std::memcmp(row, above, bytes) == 0) {
-        *out = kUp;
+        *out = static_cast<std::uint8_t>(Filter::up);
         std::memset(out + 1, 0, 3 * static_cast<std::size_t>(width_));
         return;
     }
-    const int left = 4 * (width_ - 1);  // bytes that have a pixel to their left
-    if (above == nullptr || differing(row + 4, row, width_ - 1) <= width_ / kFlatShare) {
-        *out = kNone;
-        pack(out + 1, row, width_);
-        return;
+    if (rowsUntilChoice_-- == 0) {
+        filter_ = bestFor(row, above);
+        rowsUntilChoice_ = above == nullptr ? 0 : kRowsPerChoice - 1;
     }
-    if (magnitude(row + 4, row, left) < magnitude(row, above, 4 * width_)) {
-        *out = kSub;
+    *out = static_cast<std::uint8_t>(filter_);
+    if (filter_ == Filter::none) return pack(out + 1, row, width_);
+    if (filter_ == Filter::sub) {
         std::memcpy(differences_.data(), row, 4);
         subtract(differences_.data() + 4, row + 4, row, bytes - 4);
     } else {
-        *out = kUp;
         subtract(differences_.data(), row, above, bytes);
     }
     pack(out + 1, differences_.data(), width_);

@@ -22,11 +22,19 @@ class RowFilter {
     // like the one above becomes zeros. Flat rows, as interfaces have, go unfiltered: their runs
     // and repeated letters compress better than differences do. Others get "sub" (the pixel to the
     // left is subtracted) or "up" (the pixel above is), whichever differences are smaller in sum.
+    // Rows are given from the top to the bottom, since a choice holds for the few rows below as
+    // well.
     void write(std::uint8_t* out, const std::uint8_t* row, const std::uint8_t* above);
 
  private:
+    enum class Filter : std::uint8_t { none = 0, sub = 1, up = 2 };  // by their numbers in the file
+
+    Filter bestFor(const std::uint8_t* row, const std::uint8_t* above) const;
+
     const int width_;
     std::vector<std::uint8_t> differences_;
+    Filter filter_ = Filter::none;
+    int rowsUntilChoice_ = 0;
 };
 
 }  // namespace tandrel
