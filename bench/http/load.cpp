@@ -5,6 +5,7 @@
 #include <thread>
 
 #include <netinet/in.h>
+#include <sys/resource.h>
 #include <sys/socket.h>
 
 #include "http/socket.h"
@@ -34,6 +35,12 @@ std::size_t ask(std::uint16_t port) {
     }
 }
 
+double processorSeconds() {
+    rusage used{};
+    ::getrusage(RUSAGE_SELF, &used);
+    return static_cast<double>(used.ru_utime.tv_sec + used.ru_stime.tv_sec) +
+           static_cast<double>(used.ru_utime.tv_usec + used.ru_stime.tv_usec) / 1e6;
+}
 void askUntil(TimePoint end, std::uint16_t port, std::size_t replyBytes, Load& load) {
     TimePoint start = systemClock().now();
     while (start < end) {
@@ -51,6 +58,7 @@ void askUntil(TimePoint end, std::uint16_t port, std::size_t replyBytes, Load& l
 
 Load loadFor(std::uint16_t port, int clients, Duration duration, std::size_t replyBytes) {
     std::vector<Load> parts(static_cast<std::size_t>(clients));
+    const double processorBefore = processorSeconds();
     const TimePoint start = systemClock().now();
     {
         std::vector<std::jthread> threads;
@@ -60,6 +68,7 @@ Load loadFor(std::uint16_t port, int clients, Duration duration, std::size_t rep
     }
     Load all;
     all.seconds = toSeconds(systemClock().now() - start);
+    all.processorSeconds = processorSeconds() - processorBefore;
     for (const Load& part : parts) {
         all.failures += part.failures;
         all.microseconds.insert(all.microseconds.end(), part.microseconds.begin(),

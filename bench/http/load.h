@@ -12,6 +12,7 @@ namespace tandrel::bench {
 struct Load {
     std::vector<double> microseconds;  // one for each reply
     double seconds = 0;                // the time of all together
+    double processorSeconds = 0;       // spent by this process, clients and server
     std::size_t failures = 0;          // connections without a whole reply
 };
 

@@ -12,7 +12,7 @@
 namespace tandrel::bench {
 namespace {
 
-constexpr int kRuns = 5;
+constexpr int kRuns = 7;
 
 Bytes libpngLevel6(const PixelBuffer& frame) {
     Bytes out;
@@ -47,9 +47,10 @@ struct Comparison {
 Comparison compared(const PixelBuffer& frame) {
     std::size_t size = 0;
     std::size_t referenceSize = 0;
-    const double time = medianTime(kRuns, [&] { size = ours(frame).size(); });
-    const double reference = medianTime(kRuns, [&] { referenceSize = libpngLevel6(frame).size(); });
-    return {reference / time, double(size) / double(referenceSize)};
+    const MedianTimes times = medianTimes(
+        kRuns, [&] { size = ours(frame).size(); },
+        [&] { referenceSize = libpngLevel6(frame).size(); });
+    return {times.second / times.first, double(size) / double(referenceSize)};
 }
 
 void png(benchmark::State& state, std::size_t index) {

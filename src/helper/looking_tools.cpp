@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <cmath>
 
 #include <fmt/format.h>
@@ -18,23 +19,26 @@ std::string milliseconds(double secondsValue) {
     return fmt::format("{:.0f}", std::round(secondsValue * 1000));
 }
 
+// A count that comes as a number or as the list of what is counted.
+std::size_t countIn(const Json& reply, const char* key) {
+    const auto value = reply.find(key);
+    if (value != reply.end() && value->is_array()) return value->size();
+    return static_cast<std::size_t>(
+        std::clamp(numberMember(reply, key).value_or(0), 0.0, 1'000'000.0));
+}
+
 // The engine's account of a wait as a sentence.
 std::string waitSentence(const Json& reply) {
     const double waited = numberMember(reply, "waited_ms").value_or(0) / 1000;
     const double still = numberMember(reply, "still_ms").value_or(0) / 1000;
     const bool isSettled = boolMember(reply, "settled").value_or(false);
-    const auto changes = reply.find("changes");
-    const std::size_t count = changes == reply.end()          ? 0
-                              : changes->is_array()           ? changes->size()
-                              : changes->is_number_unsigned() ? changes->get<std::size_t>()
-                                                              : 0;
+    const std::size_t count = countIn(reply, "changes");
+    if (count == 0) return fmt::format("The screen did not change within {:.1f} s.", waited);
     if (!isSettled) {
         return fmt::format(
-            "The screen was still changing after {:.1f} s (an animation or a video, "
-            "perhaps).",
+            "The screen was still changing after {:.1f} s (an animation or a video, perhaps).",
             waited);
     }
-    if (count == 0) return fmt::format("The screen did not change within {:.1f} s.", waited);
     return fmt::format("The screen changed and has been still for {:.1f} s (waited {:.1f} s).",
                        still, waited);
 }

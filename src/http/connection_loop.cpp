@@ -38,12 +38,12 @@ ConnectionLoop::ConnectionLoop(Socket listener, std::unique_ptr<EventPoll> poll,
       handler_(std::move(handler)),
       options_(options),
       poll_(std::move(poll)),
-      table_(*poll_),
+      table_(*poll_, kListener + 1),
       threads_("pocketlink.http", {options.limits.handlers, kFreeThreads}) {}
 
 Result<void> ConnectionLoop::start() {
     if (!listen()) return systemFailure();
-    if (!threads_.start([this] { run(); })) return systemFailure();
+    if (!threads_.start([this] { run(); })) return fail("no thread for the server");
     return {};
 }
 
@@ -107,9 +107,12 @@ void ConnectionLoop::accept() {
     auto accepted = acceptFrom(listener_);
     if (!accepted) {
         const int why = errno;
-        const bool exhausted = why == EMFILE || why == ENFILE || why == ENOBUFS || why == ENOMEM;
-        if (exhausted) return acceptLater(systemError(why).c_str());
-        if (!stopping_) listen();  // the client has left again
+        if (stopping_) return;
+        const bool clientLeft = why == EAGAIN || why == ECONNABORTED || why == EINTR;
+        // What else keeps it from being accepted, such as a lack of descriptors, would do so again
+        // at once.
+        if (!clientLeft) return acceptLater(systemError(why).c_str());
+        listen();
         return;
     }
     listen();  // other threads accept while this one goes on
@@ -146,7 +149,7 @@ void ConnectionLoop::drive(const Pointer& connection) {
         case Connection::Phase::reading:
             return read(connection);
         case Connection::Phase::handling:
-            return;
+            return;  // held until its reply, so no event gives it to a thread
         case Connection::Phase::replying:
             return reply(connection);
         case Connection::Phase::lingering:
@@ -187,7 +190,7 @@ void ConnectionLoop::handleAndNext(Pointer connection) {
 }
 
 void ConnectionLoop::handle(const Pointer& connection) {
-    // Read after the connection is in the table: either `stop` finds it there or this sees the
+    // The connection is in the table by now: either `stop` finds it there or this sees the
     // stop.
     if (stopping_) return end(connection);
     const HTTPRequest request = connection->takeRequest();
@@ -201,7 +204,10 @@ HTTPResponse ConnectionLoop::respond(const HTTPRequest& request) const {
         return handler_(request);
     } catch (const std::exception& error) {
         log(std::string("http handler failed: ") + error.what());
-        return HTTPResponse::error("Not done: something went wrong inside Tandrel.", 500);
+        return HTTPResponse::error(
+            "Something went wrong inside Tandrel. Read the screen "
+            "again before you go on.",
+            500);
     }
 }
 

@@ -9,9 +9,6 @@
 namespace tandrel {
 namespace {
 
-constexpr std::string_view kAssistiveTouch = "assistiveTouch";
-constexpr std::string_view kDarkMode = "darkMode";
-
 // Slow motion is finer and fast motion coarser than the counts, as pointers do.
 double accelerated(int counts) { return counts * (0.6 + std::abs(counts) / 64.0); }
 
@@ -21,23 +18,6 @@ void note(std::vector<Value>& list, Value value) {
     list.push_back(std::move(value));
 }
 
-// Every switch of the scenario as it stands at first.
-std::map<std::string, bool, std::less<>> switchesOf(const Scenario& scenario) {
-    std::map<std::string, bool, std::less<>> switches;
-    switches.emplace(kAssistiveTouch, scenario.phone.assistiveTouch);
-    switches.emplace(kDarkMode, scenario.phone.appearance == Appearance::dark);
-    for (const Page& page : scenario.pages) {
-        for (const Item& item : page.items) {
-            const auto* rows = std::get_if<RowsItem>(&item);
-            if (rows == nullptr) continue;
-            for (const Row& row : rows->rows) {
-                if (!row.toggle.empty()) switches.emplace(row.toggle, row.on);
-            }
-        }
-    }
-    return switches;
-}
-
 }  // namespace
 
 PhoneModel::PhoneModel(const Scenario& scenario, Fonts& fonts)
@@ -45,7 +25,7 @@ PhoneModel::PhoneModel(const Scenario& scenario, Fonts& fonts)
     const PhoneTraits& phone = scenario.phone;
     state_.width = phone.width / phone.scale;
     state_.height = phone.height / phone.scale;
-    state_.toggles = switchesOf(scenario);
+    state_.toggles = scenario.switches();
     locked_ = phone.screen != ScreenPower::awake;
     asleep_ = phone.screen == ScreenPower::asleep;
     showPage(scenario.start);
@@ -77,7 +57,7 @@ Point PhoneModel::pointerPlace() const {
 void PhoneModel::handle(ButtonEvent event, TimePoint now) {
     using Effect = TouchGesture::Effect;
     if (event == ButtonEvent::up) return release(now);
-    press(pointerPlace(), now, isOn(kAssistiveTouch) ? Effect::taken : Effect::ignored);
+    press(pointerPlace(), now, isOn(kAssistiveTouchSwitch) ? Effect::taken : Effect::ignored);
 }
 
 void PhoneModel::handle(const ConsumerEvent& event, TimePoint) {
@@ -125,7 +105,7 @@ void PhoneModel::openFromSearch(const Action& action) {
 }
 
 void PhoneModel::typeIntoField(std::uint16_t usage, std::string_view text) {
-    const FieldItem* field = findField(state_.focus);
+    const FieldItem* field = page_->findField(state_.focus);
     if (field == nullptr) return;
     if (usage == kEscapeKey) return focus("");
     if (usage == kReturnKey && field->kind == FieldKind::line) {
@@ -140,14 +120,6 @@ void PhoneModel::typeIntoField(std::uint16_t usage, std::string_view text) {
 void PhoneModel::focus(const std::string& field) {
     state_.focus = field;
     screenChanged();
-}
-
-const FieldItem* PhoneModel::findField(std::string_view name) const {
-    for (const Item& item : page_->items) {
-        const auto* field = std::get_if<FieldItem>(&item);
-        if (field != nullptr && field->name == name) return field;
-    }
-    return nullptr;
 }
 
 void PhoneModel::touch(TouchPhase phase, ScreenFraction at, TimePoint now) {
@@ -326,7 +298,7 @@ void PhoneModel::screenChanged() {
 
 const DisplayList& PhoneModel::display() {
     if (display_) return *display_;
-    state_.appearance = isOn(kDarkMode) ? Appearance::dark : Appearance::light;
+    state_.appearance = isOn(kDarkModeSwitch) ? Appearance::dark : Appearance::light;
     if (locked_) {
         display_ = layOutLockScreen(scenario_.phone, state_, prompt_);
     } else if (searching_) {
@@ -345,27 +317,14 @@ PhoneModel::Look PhoneModel::look() {
               .height = state_.height,
               .scroll = locked_ || searching_ ? 0 : scroll_,
               .pointer = {}};
-    if (!asleep_ && isOn(kAssistiveTouch)) look.pointer = pointer_;
+    if (!asleep_ && isOn(kAssistiveTouchSwitch)) look.pointer = pointer_;
     return look;
 }
 
 std::optional<ScreenFraction> PhoneModel::find(std::string_view label) {
     if (asleep_) return std::nullopt;
-    const DisplayList& list = display();
-    std::optional<ScreenFraction> found;
-    const auto search = [&](const DisplayLayer& layer, double scroll) {
-        for (const TouchArea& area : layer.areas) {
-            const Point center{area.rect.center().x, area.rect.center().y - scroll};
-            const TouchArea* there = area.label == label ? list.areaAt(center, scroll_) : nullptr;
-            if (center.y >= 0 && center.y < state_.height && there != nullptr &&
-                there->label == label) {
-                found = toFraction(center);
-            }
-        }
-    };
-    search(list.content, scroll_);
-    search(list.bars, 0);
-    return found;
+    const auto place = display().find(label, scroll_, state_.height);
+    return place ? std::optional(toFraction(*place)) : std::nullopt;
 }
 
 const VirtualPhoneRecord& PhoneModel::record() {

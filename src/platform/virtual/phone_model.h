@@ -80,7 +80,6 @@ class PhoneModel {
     void openFromSearch(const Action& action);
     void typeIntoField(std::uint16_t usage, std::string_view text);
     void focus(const std::string& field);
-    const FieldItem* findField(std::string_view name) const;
     void flip(const std::string& toggle);
     bool isOn(std::string_view toggle) const;
     const DisplayList& display();

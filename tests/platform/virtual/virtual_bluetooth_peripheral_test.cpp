@@ -49,7 +49,12 @@ class Publisher final : public BluetoothPeripheralDelegate {
     GattReadReply read(const GattRead&) override {
         return {.error = AttError::attributeNotFound, .value = {}};
     }
-    AttError write(const std::vector<GattWrite>&) override { return AttError::none; }
+    AttError write(const std::vector<GattWrite>& requests) override {
+        for (const GattWrite& request : requests) {
+            events.push_back("write " + std::to_string(request.characteristic));
+        }
+        return AttError::none;
+    }
     void readyToUpdateSubscribers() override { events.push_back("ready"); }
 
     std::vector<std::string> takeEvents() {
@@ -164,6 +169,21 @@ TEST_F(VirtualBluetoothTest, NobodyComesBackWithoutAdvertising) {
     publisher_.queue.sync([&] { publisher_.peripheral->startAdvertising("Test", {"1812"}); });
     settle();
     EXPECT_EQ(publisher_.subscriptionsOf(a_), 6u);
+}
+
+TEST_F(VirtualBluetoothTest, StalePhoneSubscribesOnceToldThatServicesChanged) {
+    auto scenario = scenarioOf("C", "00000000-0000-0000-0000-00000000000C");
+    scenario.phone.staleCache = true;
+    VirtualPhone stale(scenario, clock_);
+    Publisher publisher(makeVirtualBluetoothPeripheral({&stale}), clock_);
+    for (int hop = 0; hop < 20; ++hop) publisher.queue.sync([] {});
+    EXPECT_EQ(publisher.takeEvents().back(), "write 20");
+    EXPECT_EQ(publisher.subscriptionsOf(stale), 1u);
+    publisher.send(40, "10 00 ff ff", {scenario.phone.host});
+    for (int hop = 0; hop < 20; ++hop) publisher.queue.sync([] {});
+    EXPECT_EQ(publisher.subscriptionsOf(stale), 7u) << "Service Changed twice, as it asks anew";
+    publisher.send(kKeyboard, "00 00 04 00 00 00 00 00", {scenario.phone.host});
+    EXPECT_EQ(stale.record().typed, "a");
 }
 
 TEST_F(VirtualBluetoothTest, RemovedServicesDeliverNothing) {

@@ -38,8 +38,8 @@ struct Frames {
 
 class VirtualPhoneTest : public testing::Test {
  protected:
-    // Turns the clock and waits until the phone has done what was due then: what waits for a time is
-    // put behind what the queue was given before it looked at the clock.
+    // Turns the clock and waits until the phone has done what was due then: what waits for a time
+    // is put behind what the queue was given before it looked at the clock.
     void pass(Duration time) {
         clock_.advance(time);
         phone_.record();

@@ -75,9 +75,15 @@ std::vector<GattService> hidServices() {
                            .descriptors = {}};
     GattCharacteristic leds = report(15, "01 02");
     leds.properties = {.read = true, .write = true, .writeWithoutResponse = true};
+    GattCharacteristic controlPoint{.id = 20,
+                                    .uuid = "2A4C",
+                                    .properties = {.writeWithoutResponse = true},
+                                    .permissions = {.writeNeedsEncryption = true},
+                                    .value = std::nullopt,
+                                    .descriptors = {}};
     return {{"00001801-0000-1000-8000-00805F9B34FB", {notifying(40, "2A05")}},
             {"00001812-0000-1000-8000-00805F9B34FB",
-             {map, report(11, "01 01"), report(12, "02 01"), report(13, "03 01"),
+             {map, controlPoint, report(11, "01 01"), report(12, "02 01"), report(13, "03 01"),
               report(14, "04 01"), leds}},
             {"0000180F-0000-1000-8000-00805F9B34FB", {notifying(30, "2A19")}}};
 }
