@@ -66,6 +66,10 @@ TEXT_FILES = {".h", ".cpp", ".md", ".py", ".sh", ".txt", ".cmake", ".1", ".json"
 MODES = "src/app/modes.cpp"
 MANUAL = "packaging/tandrel-app.1"
 
+# Where a header in quotes is looked for; the product's own lie below the first alone. Outside the
+# product it may also lie beside the file.
+INCLUDE_ROOTS = ("src", "tests", "bench", "fuzz")
+
 INCLUDE = re.compile(r'^[ \t]*#[ \t]*include[ \t]*(?:<([^>\n]+)>|"([^"\n]+)")', re.M)
 
 
@@ -209,14 +213,14 @@ def check_includes(name, text, known):
                 yield Finding(name, line, f"only {', '.join(folders)} may see {what}: {header}")
         if not quoted:
             continue
-        if f"src/{header}" not in known and f"tests/{header}" not in known:
-            yield Finding(name, line, f"there is no {header} below src/ or tests/")
-            continue
         if not in_product:
+            beside = name.rpartition("/")[0] + "/" + header
+            if beside not in known and not any(f"{top}/{header}" in known for top in INCLUDE_ROOTS):
+                yield Finding(name, line, f"there is no {header} below {', '.join(INCLUDE_ROOTS)}")
             continue
         other = room_of(header)
         if f"src/{header}" not in known:
-            yield Finding(name, line, f"the product includes the tests' {header}")
+            yield Finding(name, line, f"there is no {header} below src")
         elif other is not None and not may_include(room, other):
             yield Finding(name, line, f"{room} may not include {other}: {header}")
 

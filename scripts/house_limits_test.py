@@ -107,10 +107,16 @@ class Includes(unittest.TestCase):
 
     def test_missing_and_outside(self):
         self.assertEqual(self.includes("src/hid/a.cpp", "../base/x.h"),
-                         ["src/hid/a.cpp:1: there is no ../base/x.h below src/ or tests/"])
-        self.assertEqual(
-            findings_of({"tests/support/t.h": "", "src/hid/a.cpp": '#include "support/t.h"\n'}),
-            ["src/hid/a.cpp:1: the product includes the tests' support/t.h"])
+                         ["src/hid/a.cpp:1: there is no ../base/x.h below src"])
+        beside = {"tests/hid/t.h": "", "src/hid/x.h": ""}
+        self.assertEqual(findings_of({**beside, "src/hid/a.cpp": '#include "hid/t.h"\n'}),
+                         ["src/hid/a.cpp:1: there is no hid/t.h below src"])
+        self.assertEqual(findings_of({**beside, "src/hid/a.cpp": '#include "x.h"\n'}),
+                         ["src/hid/a.cpp:1: there is no x.h below src"])
+        self.assertEqual(findings_of({**beside, "tests/hid/a.cpp": '#include "t.h"\n'}), [])
+        self.assertEqual(findings_of({**beside, "bench/hid/a.cpp": '#include "hid/t.h"\n'}), [])
+        self.assertEqual(findings_of({**beside, "bench/hid/a.cpp": '#include "t.h"\n'}),
+                         ["bench/hid/a.cpp:1: there is no t.h below src, tests, bench, fuzz"])
         self.assertEqual(findings_of({"src/other/a.h": ""}),
                          ["src/other/a.h:1: lies in no room that the table of floors knows"])
 
