@@ -1,9 +1,9 @@
 #include "memory_trend.h"
 
-#include <unistd.h>
-
 #include <cmath>
 #include <fstream>
+
+#include <unistd.h>
 
 namespace tandrel {
 

@@ -10,8 +10,8 @@
 
 namespace tandrel {
 
-// Phones' screens that show the same few frames in turn, so that nothing but the product works. Every
-// frame is delivered by reference.
+// Phones' screens that show the same few frames in turn, so that nothing but the product works.
+// Every frame is delivered by reference.
 class PredrawnCapture final : public CaptureDevices {
  public:
     struct Phone {

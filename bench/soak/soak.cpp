@@ -1,12 +1,12 @@
 // Four phones whose screens change 60 times a second, clients that look, take pictures and tap all
 // the while, and the resident memory watched: it must not grow.
-#include <fmt/format.h>
-
 #include <atomic>
 #include <charconv>
 #include <cstdlib>
 #include <cstring>
 #include <thread>
+
+#include <fmt/format.h>
 
 #include "app/wiring.h"
 #include "base/log.h"
@@ -33,7 +33,8 @@ struct Counts {
 std::string fourPhones() {
     std::string paths;
     for (int i = 0; i < kPhones; ++i) {
-        paths += std::string(i > 0 ? ":" : "") + TANDREL_SOURCE_DIR "/share/tandrel/scenarios/default.json";
+        paths += std::string(i > 0 ? ":" : "") + TANDREL_SOURCE_DIR
+                 "/share/tandrel/scenarios/default.json";
     }
     return paths;
 }
@@ -42,7 +43,8 @@ std::string fourPhones() {
 std::unique_ptr<CaptureDevices> predrawn(VirtualPlatform& platform) {
     std::vector<PredrawnCapture::Phone> phones;
     for (const auto& phone : platform.phones()) {
-        PredrawnCapture::Phone drawn{{phone->traits().id, phone->traits().name, "iOS Device", true}, {}};
+        PredrawnCapture::Phone drawn{{phone->traits().id, phone->traits().name, "iOS Device", true},
+                                     {}};
         for (const char* page : {"settings", "news"}) {
             phone->showPage(page);
             drawn.frames.push_back(phone->frame());
@@ -62,7 +64,8 @@ void useOnePhone(const LoopbackUrl& server, const std::string& device, Counts& c
     while (!stop.stop_requested()) {
         note(httpGet(server, "/look?maxEdge=900&device=" + device, options), counts.looks);
         note(httpGet(server, "/screenshot?device=" + device, options), counts.pictures);
-        note(httpPost(server, "/tap", {{"x", 0.5}, {"y", 0.9}, {"fraction", true}, {"device", device}}, options),
+        note(httpPost(server, "/tap",
+                      {{"x", 0.5}, {"y", 0.9}, {"fraction", true}, {"device", device}}, options),
              counts.taps);
     }
 }

@@ -1,12 +1,12 @@
 #include "base/serial_queue.h"
 
-#include <pthread.h>
-
 #include <atomic>
 #include <cstdio>
 #include <cstdlib>
 #include <deque>
 #include <map>
+
+#include <pthread.h>
 
 namespace tandrel {
 
