@@ -10,8 +10,8 @@
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     constexpr std::size_t kHead = 13;
     if (size < kHead) return 0;
-    const int width = (data[0] << 8 | data[1]) % 700;
-    const int height = (data[2] << 8 | data[3]) % 700;
+    const int width = (data[0] << 8 | data[1]) % 300;
+    const int height = (data[2] << 8 | data[3]) % 300;
     double hint = 0;
     std::memcpy(&hint, data + 5, sizeof hint);
     const int rowBytes = 4 * width + data[4] % 3 * 4;

@@ -4,6 +4,11 @@
 
 #include "platform/virtual/phone_model.h"
 
+// Fontconfig points to parts of its patterns by their distance, which the leak checker cannot
+// follow.
+extern "C" const char* __lsan_default_suppressions();
+extern "C" const char* __lsan_default_suppressions() { return "leak:libfontconfig.so\n"; }
+
 // A scenario that is read must also be one that can be shown, page by page.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     using namespace tandrel;

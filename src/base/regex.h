@@ -31,7 +31,8 @@ class Regex {
     // The text of the first match.
     std::optional<std::string> first(std::string_view text) const;
     std::optional<Match> firstMatch(std::string_view text) const;
-    // The text of the capture group in every match, in order; a match without that group is skipped.
+    // The text of the capture group in every match, in order; a match without that group is
+    // skipped.
     std::vector<std::string> all(std::string_view text, int group = 0) const;
     // The text with every match replaced by `replacement`, taken literally.
     std::string replaceAll(std::string_view text, std::string_view replacement) const;

@@ -9,9 +9,11 @@ namespace tandrel {
 namespace {
 
 constexpr std::string_view kPaused =
-    "Tandrel is paused: the owner turned off control in the Tandrel menu (menu bar › Resume control)";
+    "Tandrel is paused: the owner turned off control in the Tandrel menu (menu bar › Resume "
+    "control)";
 constexpr std::string_view kChanged =
-    "Not done: the iPhone or its connection changed while Tandrel was checking this action. Read the "
+    "Not done: the iPhone or its connection changed while Tandrel was checking this action. Read "
+    "the "
     "screen again (screenshot) and repeat.";
 constexpr std::string_view kBusy =
     "Not done: Tandrel is finding out which iPhone is which right now. Try again in a minute.";

@@ -6,8 +6,8 @@
 
 #include "devices/devices.h"
 #include "engine/action.h"
-#include "engine/screen_reader.h"
 #include "engine/action_target.h"
+#include "engine/screen_reader.h"
 #include "hid/hid_peripheral.h"
 #include "http/message.h"
 #include "payments/payment_gate.h"

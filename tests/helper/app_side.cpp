@@ -6,6 +6,8 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <poll.h>
+#include <spawn.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include "helper/conversation.h"
@@ -35,10 +37,34 @@ AppSide::AppSide(CallTimes times) {
     });
 }
 
+AppSide::AppSide(const Environment& environment) {
+    const auto input = makePipe();
+    const auto output = makePipe();
+    toHelper_ = input[1];
+    fromHelper_ = output[0];
+    std::vector<std::string> texts = {TANDREL_BIN_DIR "/tandrel", "mcp"};
+    for (const auto& [name, value] : environment) texts.push_back(name + "=" + value);
+    std::vector<char*> words = {texts[0].data(), texts[1].data(), nullptr};
+    std::vector<char*> settings;
+    for (std::size_t i = 2; i < texts.size(); ++i) settings.push_back(texts[i].data());
+    settings.push_back(nullptr);
+    posix_spawn_file_actions_t actions;
+    posix_spawn_file_actions_init(&actions);
+    posix_spawn_file_actions_adddup2(&actions, input[0], STDIN_FILENO);
+    posix_spawn_file_actions_adddup2(&actions, output[1], STDOUT_FILENO);
+    const int error =
+        ::posix_spawn(&program_, words.front(), &actions, nullptr, words.data(), settings.data());
+    posix_spawn_file_actions_destroy(&actions);
+    ::close(input[0]);
+    ::close(output[1]);
+    if (error != 0) throw std::runtime_error("cannot start the helper");
+}
+
 AppSide::~AppSide() {
     endInput();
-    helper_.join();
-    ::close(fromHelper_);
+    if (helper_.joinable()) helper_.join();
+    if (program_ > 0) wait();
+    endOutput();
 }
 
 void AppSide::send(const Json& message) { sendText(message.dump() + "\n"); }
@@ -54,6 +80,18 @@ void AppSide::sendText(std::string_view bytes) {
 void AppSide::endInput() {
     if (toHelper_ >= 0) ::close(toHelper_);
     toHelper_ = -1;
+}
+
+void AppSide::endOutput() {
+    if (fromHelper_ >= 0) ::close(fromHelper_);
+    fromHelper_ = -1;
+}
+
+int AppSide::wait() {
+    int status = 0;
+    if (::waitpid(program_, &status, 0) != program_) throw std::runtime_error("no such program");
+    program_ = -1;
+    return WIFSIGNALED(status) ? -WTERMSIG(status) : WEXITSTATUS(status);
 }
 
 Json AppSide::receive() {

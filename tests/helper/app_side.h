@@ -1,18 +1,26 @@
 #pragma once
 
+#include <map>
 #include <string>
 #include <string_view>
 #include <thread>
 #include <vector>
 
+#include <sys/types.h>
+
 #include "helper/tool.h"
 
 namespace tandrel {
 
-// The app's side of a conversation with the helper, which runs in this process over two pipes.
+// The app's side of a conversation with the helper over two pipes.
 class AppSide {
  public:
+    using Environment = std::map<std::string, std::string>;
+
+    // With the helper on a thread of this process.
     explicit AppSide(CallTimes times = {});
+    // With the real program, which sees exactly this environment.
+    explicit AppSide(const Environment& environment);
     ~AppSide();
     AppSide(const AppSide&) = delete;
     AppSide& operator=(const AppSide&) = delete;
@@ -21,6 +29,10 @@ class AppSide {
     void sendText(std::string_view bytes);
     // Closes the side that the helper reads.
     void endInput();
+    // Closes the side that the helper writes.
+    void endOutput();
+    // Blocks until the real program has ended; its exit status, or minus the signal that ended it.
+    int wait();
 
     // The next message; null at the end. Blocks.
     Json receive();
@@ -40,6 +52,7 @@ class AppSide {
     std::string received_;
     int nextId_ = 1000;
     std::jthread helper_;
+    pid_t program_ = -1;
 };
 
 // A request in the older generation.

@@ -240,7 +240,8 @@ TEST_F(Tools, OnlyLookingIsReadOnlyAndOnlyWhatCanPayReachesOut) {
     app_.send(request(1, "tools/list"));
     std::vector<std::string> readOnly;
     std::vector<std::string> reachingOut;
-    for (const Json& tool : app_.receive().at("result").at("tools")) {
+    const Json answer = app_.receive();
+    for (const Json& tool : answer.at("result").at("tools")) {
         if (tool["annotations"]["readOnlyHint"] == true) readOnly.push_back(tool["name"]);
         if (tool["annotations"]["openWorldHint"] == true) reachingOut.push_back(tool["name"]);
         EXPECT_EQ(tool["annotations"]["openWorldHint"], tool["annotations"]["destructiveHint"]);

@@ -121,8 +121,7 @@ class VirtualPhone {
     void onQueue(const std::function<void()>& task);
     void act(const std::function<void(PhoneModel&)>& deed);
     void setTrouble(Trouble trouble, TroublePhase phase);
-    template <typename Watcher>
-    PhoneSubscriptionPtr subscription(std::map<int, Watcher>& watchers, int token);
+    PhoneSubscriptionPtr subscription(int token);
 
     void followUp() RUNS_ON(queue_);
     void scheduleLater() RUNS_ON(queue_);

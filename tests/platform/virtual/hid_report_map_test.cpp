@@ -66,6 +66,14 @@ TEST(HidReportMap, PushedStateComesBack) {
     EXPECT_EQ(read->decode(7, hex("01 02 00 03")).back().value, 3);
 }
 
+// The largest number there is once made the range endless.
+TEST(HidReportMap, RangeMayEndAtTheLargestUsage) {
+    const auto read =
+        HidReportMap::parse(hex("1b fe ff ff ff 2b ff ff ff ff 15 00 25 01 75 01 95 02 81 02"));
+    ASSERT_TRUE(read);
+    EXPECT_EQ(read->inputs().at(0).usages, (std::vector<std::uint32_t>{0xFFFFFFFE, 0xFFFFFFFF}));
+}
+
 TEST(HidReportMap, RefusesWhatItCannotTrust) {
     struct Row {
         const char* name;
