@@ -16,9 +16,9 @@ namespace tandrel {
 namespace {
 
 constexpr int kLevel = 1;
-// Small blocks, each with Huffman codes of its own, follow a screen's mix of text and photo better
-// than large ones and come out smaller.
-constexpr std::uint32_t kLevelMemory = ISAL_DEF_LVL1_SMALL;
+// How much is compressed with one set of Huffman codes: less follows a screen's mix of text and
+// photo better and comes out smaller, more spends less time on making codes.
+constexpr std::uint32_t kLevelMemory = ISAL_DEF_LVL1_MEDIUM;
 constexpr std::size_t kLargestFile = 0x7fffffff;  // a chunk's length has 31 bits
 // Rows are filtered and compressed in bands of about this many bytes: they stay in the cache, and
 // the C library serves blocks of this size without asking the system for fresh pages each time.
