@@ -117,6 +117,8 @@ bool appendPicture(Bytes& out, const Pixels& pixels) {
 std::optional<Bytes> encodePng(const Pixels& pixels) {
     if (pixels.w < 1 || pixels.h < 1) return std::nullopt;
     Bytes out;
+    // About what a screen comes to, so that the file is not moved while it grows.
+    out.reserve(static_cast<std::size_t>(pixels.w) * static_cast<std::size_t>(pixels.h) / 2);
     appendHeader(out, pixels);
     const std::size_t picture = beginChunk(out, "IDAT");
     if (!appendPicture(out, pixels) || out.size() > kLargestFile) return std::nullopt;
