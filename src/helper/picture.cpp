@@ -112,13 +112,13 @@ Result<Picture> fetch(const ToolCall& call, PictureKind kind, const Form& form) 
 }  // namespace
 
 Result<Picture> takePicture(const ToolCall& call, PictureKind kind) {
-    for (std::size_t i = call.pictures.expectsPng() ? 0 : 1; i < kForms.size(); ++i) {
+    for (std::size_t i = call.memory.expectsPng() ? 0 : 1; i < kForms.size(); ++i) {
         Picture picture = TRY(fetch(call, kind, kForms[i]));
         const std::size_t bytes = bytesOf(picture.data);
         if (bytes > kMostPictureBytes) continue;
         if (kind == PictureKind::screenshot) addFrameAge(call, picture);
-        call.pictures.remember(picture.phone, picture.size);
-        call.pictures.expectPng(i == 0 || bytes < kFlatJpegBytes);
+        call.memory.remember(picture.phone, picture.size);
+        call.memory.expectPng(i == 0 || bytes < kFlatJpegBytes);
         return picture;
     }
     return fail(fmt::format("The picture of the screen is larger than {} bytes in every form.",

@@ -1,6 +1,11 @@
 #include "reading/strip_text.h"
 
+#include <algorithm>
+#include <array>
+#include <cctype>
 #include <cmath>
+
+#include "base/unicode.h"
 
 namespace tandrel {
 
@@ -45,6 +50,12 @@ bool isGapBetween(const Gaps& gaps, int fromStep, int toStep) {
     return false;
 }
 
+// Figures have wide bearings where they stand in columns, above all "1"; between them only the
+// network's own space counts.
+bool isFigure(const std::string& letter) {
+    return letter.size() == 1 && std::string_view("0123456789.,").contains(letter[0]);
+}
+
 }  // namespace
 
 StripText composeText(const Strip& strip, const FoundLetters& found,
@@ -53,6 +64,7 @@ StripText composeText(const Strip& strip, const FoundLetters& found,
     StripText result;
     int count = 0, lastStep = 0;
     bool spacePending = false;
+    std::string lastLetter;
     for (const FoundLetter& at : found.letters) {
         const std::string& letter = letters[static_cast<std::size_t>(at.letter)];
         if (letter.empty()) continue;
@@ -61,14 +73,54 @@ StripText composeText(const Strip& strip, const FoundLetters& found,
             continue;
         }
         const bool follows = count > 0;
-        if (follows && (spacePending || isGapBetween(gaps, lastStep, at.step))) result.text += ' ';
+        const bool inFigures = isFigure(letter) && isFigure(lastLetter);
+        if (follows && (spacePending || (!inFigures && isGapBetween(gaps, lastStep, at.step)))) {
+            result.text += ' ';
+        }
         result.text += letter;
         spacePending = false;
         lastStep = at.step;
+        lastLetter = letter;
         ++count;
     }
     if (count > 0) result.confidence = std::exp(found.logProbability / count);
     return result;
+}
+
+bool holdsFigures(std::string_view text) {
+    if (text.find_first_of("0123456789$") != std::string_view::npos) return true;
+    for (const std::string_view sign : {"€", "£", "¥"}) {
+        if (text.contains(sign)) return true;
+    }
+    return false;
+}
+
+std::string withoutMarks(std::string_view text) {
+    constexpr std::array<std::string_view, 8> kTrailing = {" >", ">",  " ›", "›",
+                                                           " <", " |", " ~", " &"};
+    constexpr std::array<std::string_view, 10> kLeading = {"< ", "<",  "‹ ", "‹",  "> ",
+                                                           "| ", "& ", "© ", "® ", "@ "};
+    bool changed = true;
+    while (changed) {
+        changed = false;
+        for (const std::string_view mark : kTrailing) {
+            if (text.size() <= mark.size() || !text.ends_with(mark)) continue;
+            text.remove_suffix(mark.size());
+            changed = true;
+        }
+        for (const std::string_view mark : kLeading) {
+            if (text.size() <= mark.size() || !text.starts_with(mark)) continue;
+            text.remove_prefix(mark.size());
+            changed = true;
+        }
+    }
+    const bool hasLetter = std::ranges::any_of(text, [](char c) {
+        const auto byte = static_cast<unsigned char>(c);
+        return std::isalnum(byte) || byte >= 0x80;
+    });
+    constexpr std::array<std::string_view, 8> kSigns = {"©", "®", "°", "»", "«", "—", "‘", "’"};
+    if (!hasLetter || std::ranges::find(kSigns, text) != kSigns.end()) return {};
+    return trimmed(text);
 }
 
 }  // namespace tandrel

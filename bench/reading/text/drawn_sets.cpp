@@ -70,6 +70,11 @@ class Page {
         lines_.push_back(std::move(line));
         return extent;
     }
+    // In the ink's colour and as large as asked for, or as fits the page.
+    void writeTitle(double x, double y, const std::string& text, double points) {
+        const double fits = (370 - x) / frame_.width(text, {font_, 1000, {}}) * 1000;
+        write(x, y, text, std::min(points, fits), theme_.ink);
+    }
     // The same with its right end at `right`.
     void writeBefore(double right, double y, const std::string& text, double points, Colour colour,
                      KnownLine line = {}) {
