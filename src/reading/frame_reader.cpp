@@ -1,5 +1,8 @@
 #include "reading/frame_reader.h"
 
+#include <algorithm>
+#include <cmath>
+
 #include <fmt/format.h>
 
 #include "reading/line_finder.h"
@@ -20,11 +23,13 @@ constexpr double kLeastConfidence = 0.3;
 constexpr std::int64_t kMostPixels = 64'000'000;
 
 TextRecord recordOf(const StripText& read, const PixelBox& box) {
+    const double left = box.left + std::round(box.width() * read.begin);
+    const double right = box.left + std::round(box.width() * read.end);
     return {.text = withoutMarks(read.text),
             .confidence = read.confidence,
-            .x = static_cast<double>(box.left),
+            .x = left,
             .y = static_cast<double>(box.top),
-            .width = static_cast<double>(box.width()),
+            .width = std::max(1.0, right - left),
             .height = static_cast<double>(box.height())};
 }
 
