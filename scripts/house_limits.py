@@ -48,7 +48,7 @@ GUARDED_HEADERS = [
             r"^(sdbus-c\+\+/.*|systemd/.*|dbus/.*|libudev\.h|canberra\.h|X11/.*|xcb/.*"
             r"|linux/videodev2\.h|libv4l.*|tesseract/.*|leptonica/.*)$"
         ),
-        ("src/platform/linux/", "tests/platform/linux/", "bench/linux/"),
+        ("src/platform/linux/", "tests/platform/linux/", "bench/linux/", "bench/reading/"),
         "D-Bus, udev, sound, X11, V4L2 and Tesseract",
     ),
 ]
@@ -214,8 +214,9 @@ def check_includes(name, text, known):
         if not quoted:
             continue
         if not in_product:
-            beside = name.rpartition("/")[0] + "/" + header
-            if beside not in known and not any(f"{top}/{header}" in known for top in INCLUDE_ROOTS):
+            folders = name.split("/")[:-1]
+            above = ["/".join(folders[:n]) for n in range(len(folders), 1, -1)]
+            if not any(f"{top}/{header}" in known for top in above + list(INCLUDE_ROOTS)):
                 yield Finding(name, line, f"there is no {header} below {', '.join(INCLUDE_ROOTS)}")
             continue
         other = room_of(header)

@@ -9,9 +9,9 @@
 namespace tandrel {
 
 // A regular expression in ICU's syntax, searched anywhere in a text. Compiling is done once, at
-// construction; a pattern that does not compile ends the program, since patterns are ours. A match
-// that takes ICU longer than its own bounds allow counts as no match. Searching is safe from any
-// number of threads at once.
+// construction; a pattern that does not compile ends the program, since patterns are ours. A search
+// that takes about a second, or more memory than ICU allows, finds nothing. Searching is safe from
+// any number of threads at once.
 class Regex {
  public:
     enum class Case { sensitive, insensitive };

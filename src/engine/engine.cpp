@@ -42,6 +42,7 @@ Engine::Engine(Services services, EngineSettings settings)
                .reader = reader_,
                .gate = to_.gate,
                .clock = to_.clock,
+               .paused = [this] { return paused(); },
                .addStatus = [this](Json& status) { addStatus(status); }}) {}
 
 Engine::~Engine() { stop(); }
@@ -156,7 +157,7 @@ Result<void> Engine::setPaused(bool paused) { return to_.defaults.set("paused", 
 
 HTTPResponse Engine::handle(const HTTPRequest& request) {
     if (stopping_) return HTTPResponse::error("shutting down", 503);
-    return routes_.handle(request, paused());
+    return routes_.handle(request);
 }
 
 void Engine::addStatus(Json& status) const {

@@ -62,10 +62,10 @@ std::span<const Routes::Row> Routes::table() {
     return rows;
 }
 
-HTTPResponse Routes::handle(const HTTPRequest& request, bool paused) {
+HTTPResponse Routes::handle(const HTTPRequest& request) {
     for (const Row& row : table()) {
         if (row.method != request.method || row.path != request.path) continue;
-        if (paused && row.whilePaused == kRefused) return HTTPResponse::error(kPaused, 423);
+        if (row.whilePaused == kRefused && to_.paused()) return HTTPResponse::error(kPaused, 423);
         return (this->*row.reply)(request);
     }
     return HTTPResponse::error("not found", 404);
@@ -173,6 +173,8 @@ ScreenReading Routes::guardFrame(const ActionTarget& target) {
 }
 
 HTTPResponse Routes::performOn(const ActionTarget& target, const PhoneAction& action) {
+    // The owner may have paused while the action waited for its turn or for an answer.
+    if (to_.paused()) return HTTPResponse::error(kPaused, 423);
     if (!isUnchanged(target, to_.devices, to_.hid)) return HTTPResponse::error(kChanged, 409);
     if (const auto done = perform(action, *target.input); !done) {
         return HTTPResponse::error(done.error());

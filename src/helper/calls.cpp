@@ -58,7 +58,7 @@ Result<Json> Calls::content(const Request& request, const std::stop_token& stop,
         TRY(checkArguments(request.tool->name, request.tool->parameters, request.arguments));
     if (stop.stop_requested()) return fail(kClosed);
     ToolCall call{.arguments = arguments,
-                  .pictures = pictures_,
+                  .memory = memory_,
                   .times = times_,
                   .stop = stop,
                   .deadline = deadline,

@@ -58,7 +58,7 @@ class Calls {
     LineWriter& writer_;
     const std::string_view version_;
     const CallTimes times_;
-    PictureBook pictures_;
+    ScreenMemory memory_;
     Mutex mutex_;
     std::map<std::string, UnderWay> underWay_ OWNED_BY(mutex_);
     bool isStopping_ OWNED_BY(mutex_) = false;

@@ -1,4 +1,3 @@
-#include <algorithm>
 #include <cmath>
 
 #include <fmt/format.h>
@@ -15,32 +14,25 @@ Json withPicture(Picture picture, std::string text) {
     return Json::array({textBlock(std::move(text)), std::move(image)});
 }
 
-std::string milliseconds(double secondsValue) {
-    return fmt::format("{:.0f}", std::round(secondsValue * 1000));
-}
+std::string rounded(double milliseconds) { return fmt::format("{:.0f}", std::round(milliseconds)); }
 
-// A count that comes as a number or as the list of what is counted.
-std::size_t countIn(const Json& reply, const char* key) {
-    const auto value = reply.find(key);
-    if (value != reply.end() && value->is_array()) return value->size();
-    return static_cast<std::size_t>(
-        std::clamp(numberMember(reply, key).value_or(0), 0.0, 1'000'000.0));
-}
+// An action this long ago no longer moves the screen.
+constexpr double kLongestEffect = 20'000;
 
 // The engine's account of a wait as a sentence.
-std::string waitSentence(const Json& reply) {
+std::string waitSentence(const Json& reply, bool isSinceAction) {
     const double waited = numberMember(reply, "waited_ms").value_or(0) / 1000;
     const double still = numberMember(reply, "still_ms").value_or(0) / 1000;
-    const bool isSettled = boolMember(reply, "settled").value_or(false);
-    const std::size_t count = countIn(reply, "changes");
-    if (count == 0) return fmt::format("The screen did not change within {:.1f} s.", waited);
-    if (!isSettled) {
-        return fmt::format(
-            "The screen was still changing after {:.1f} s (an animation or a video, perhaps).",
-            waited);
+    if (numberMember(reply, "changes").value_or(0) == 0) {
+        return fmt::format("The screen has not changed for {:.1f} s{}.", still,
+                           isSinceAction ? ", since your last action" : "");
     }
-    return fmt::format("The screen changed and has been still for {:.1f} s (waited {:.1f} s).",
-                       still, waited);
+    if (boolMember(reply, "settled").value_or(false)) {
+        return fmt::format("The screen changed{} and has been still for {:.1f} s.",
+                           isSinceAction ? " after your last action" : "", still);
+    }
+    return fmt::format(
+        "The screen was still changing after {:.1f} s (an animation or a video, perhaps).", waited);
 }
 
 }  // namespace
@@ -65,13 +57,21 @@ Result<Json> takeScreenshot(const ToolCall& call) {
     return withPicture(std::move(picture), std::move(text));
 }
 
+// Counts from the last action where there was one just before, so that a screen that has answered
+// it already needs no more waiting.
 Result<Json> waitUntilSettled(const ToolCall& call) {
+    const double now = millisecondsNow();
+    const double lastAction = call.memory.lastAction();
+    const bool isSinceAction = lastAction <= now && now - lastAction <= kLongestEffect;
+    const double since = isSinceAction ? lastAction : now;
+    const double longest = numberMember(call.arguments, "longest").value_or(0) * 1000;
     QueryText query;
-    query.add("max", milliseconds(numberMember(call.arguments, "longest").value_or(0)))
-        .add("quiet", milliseconds(numberMember(call.arguments, "quiet").value_or(0)));
+    query.add("since", rounded(since))
+        .add("max", rounded(now - since + longest))
+        .add("quiet", rounded(numberMember(call.arguments, "quiet").value_or(0) * 1000));
     if (const auto phone = textMember(call.arguments, "device")) query.add("device", *phone);
     const Json reply = TRY(getJsonFromEngine("/settle" + query.text(), call.limits()));
-    return Json::array({textBlock(waitSentence(reply))});
+    return Json::array({textBlock(waitSentence(reply, isSinceAction))});
 }
 
 }  // namespace tandrel

@@ -37,7 +37,7 @@ bool looksLikeFractions(double x, double y) {
 
 Result<std::optional<std::string>> phoneOf(const ToolCall& call) {
     if (auto named = textMember(call.arguments, "device")) return named;
-    const std::vector<std::string> seen = call.pictures.phones();
+    const std::vector<std::string> seen = call.memory.phones();
     if (seen.size() > 1) {
         return fail(
             fmt::format("You have seen the screens of more than one iPhone: say which one "
@@ -51,14 +51,14 @@ Result<std::optional<std::string>> phoneOf(const ToolCall& call) {
 Result<PointFrame> pointFrameOf(const ToolCall& call) {
     PointFrame frame { .phone = TRY(phoneOf(call)) };
     if (!frame.phone) return frame;
-    frame.picture = call.pictures.find(*frame.phone);
+    frame.picture = call.memory.find(*frame.phone);
     if (frame.picture) return frame;
     const Json reply = TRY(getJsonFromEngine("/devices", call.limits()));
     const auto devices = reply.find("devices");
     if (devices == reply.end() || !devices->is_array()) return frame;
     if (const auto identifier = identifierOf(*devices, *frame.phone)) {
         frame.phone = identifier;
-        frame.picture = call.pictures.find(*identifier);
+        frame.picture = call.memory.find(*identifier);
     }
     return frame;
 }

@@ -11,7 +11,7 @@
 #include "base/result.h"
 #include "helper/engine_api.h"
 #include "helper/parameters.h"
-#include "helper/picture_book.h"
+#include "helper/screen_memory.h"
 
 namespace tandrel {
 
@@ -32,7 +32,7 @@ struct Progress {
 // One call of a tool, its arguments checked.
 struct ToolCall {
     const Json& arguments;
-    PictureBook& pictures;
+    ScreenMemory& memory;
     CallTimes times;
     std::stop_token stop;                           // the app no longer wants the answer
     TimePoint deadline;                             // of the answer

@@ -136,8 +136,8 @@ void ConnectionLoop::welcome(Accepted accepted) {
     const Pointer connection = table_.insert(std::move(accepted.socket));
     if (options_.peers != nullptr) {
         // Asked before the first byte is read: no other user's bytes are kept.
-        if (auto why = refusalOfPeer(*options_.peers, ends)) {
-            return refuse(connection, *std::move(why));
+        if (const auto why = refusalOfPeer(*options_.peers, ends)) {
+            return refuse(connection, *why);
         }
     }
     drive(connection);
@@ -173,8 +173,8 @@ void ConnectionLoop::read(const Pointer& connection) {
 void ConnectionLoop::admit(const Pointer& connection) {
     RequestParser& parser = connection->parser();
     if (parser.hasMoreToCome()) connection->expectMore();
-    if (auto why = refusalOfRequest(parser.method(), parser.head())) {
-        return refuse(connection, *std::move(why));
+    if (const auto why = refusalOfRequest(parser.method(), parser.head())) {
+        return refuse(connection, *why);
     }
     connection->phase = Connection::Phase::handling;
     if (!table_.account(*connection, options_.limits.bufferedBytes)) return end(connection);
@@ -211,7 +211,7 @@ HTTPResponse ConnectionLoop::respond(const HTTPRequest& request) const {
     }
 }
 
-void ConnectionLoop::refuse(const Pointer& connection, std::string why) {
+void ConnectionLoop::refuse(const Pointer& connection, const std::string& why) {
     connection->expectMore();
     connection->setReply(options_.writer(HTTPResponse::error(why, 403)));
     reply(connection);

@@ -16,9 +16,9 @@ namespace tandrel {
 namespace {
 
 constexpr int kLevel = 1;
-// Small blocks, each with Huffman codes of its own, follow a screen's mix of text and photo better
-// than large ones and come out smaller.
-constexpr std::uint32_t kLevelMemory = ISAL_DEF_LVL1_SMALL;
+// How much is compressed with one set of Huffman codes: less follows a screen's mix of text and
+// photo better and comes out smaller, more spends less time on making codes.
+constexpr std::uint32_t kLevelMemory = ISAL_DEF_LVL1_MEDIUM;
 constexpr std::size_t kLargestFile = 0x7fffffff;  // a chunk's length has 31 bits
 // Rows are filtered and compressed in bands of about this many bytes: they stay in the cache, and
 // the C library serves blocks of this size without asking the system for fresh pages each time.
@@ -117,6 +117,8 @@ bool appendPicture(Bytes& out, const Pixels& pixels) {
 std::optional<Bytes> encodePng(const Pixels& pixels) {
     if (pixels.w < 1 || pixels.h < 1) return std::nullopt;
     Bytes out;
+    // About what a screen comes to, so that the file is not moved while it grows.
+    out.reserve(static_cast<std::size_t>(pixels.w) * static_cast<std::size_t>(pixels.h) / 2);
     appendHeader(out, pixels);
     const std::size_t picture = beginChunk(out, "IDAT");
     if (!appendPicture(out, pixels) || out.size() > kLargestFile) return std::nullopt;

@@ -1,9 +1,12 @@
 #include "reading/frame_reader.h"
 
+#include <algorithm>
+#include <cmath>
+
 #include <fmt/format.h>
 
-#include "base/unicode.h"
 #include "reading/line_finder.h"
+#include "reading/strip_text.h"
 
 namespace tandrel {
 
@@ -11,18 +14,28 @@ namespace {
 
 // No frame takes longer than two seconds; what is not read when this much has passed is reported.
 constexpr Duration kTimeToRead = std::chrono::milliseconds(1700);
-constexpr std::size_t kStripsPerBatch = 16;
-constexpr double kPadding = 0.2;
+// As many phones as may show a still picture at the same time.
+constexpr std::size_t kMostFrames = 4;
+// Below this nearly everything is an icon or a texture; figures are kept however unsure, so that
+// nothing that may be an amount is lost.
+constexpr double kLeastConfidence = 0.3;
 // Far beyond any screen; more would take too long even to look at.
 constexpr std::int64_t kMostPixels = 64'000'000;
 
 TextRecord recordOf(const StripText& read, const PixelBox& box) {
-    return {.text = trimmed(read.text),
+    const double left = box.left + std::round(box.width() * read.begin);
+    const double right = box.left + std::round(box.width() * read.end);
+    return {.text = withoutMarks(read.text),
             .confidence = read.confidence,
-            .x = static_cast<double>(box.left),
+            .x = left,
             .y = static_cast<double>(box.top),
-            .width = static_cast<double>(box.width()),
+            .width = std::max(1.0, right - left),
             .height = static_cast<double>(box.height())};
+}
+
+bool isWorthTelling(const TextRecord& record) {
+    if (record.text.empty()) return false;
+    return record.confidence >= kLeastConfidence || holdsFigures(record.text);
 }
 
 UnreadArea unreadAreaOf(const PixelBox& box) {
@@ -41,30 +54,39 @@ Result<ReadText> FrameReader::read(const PixelBuffer& image) {
         return fail(fmt::format("An image of {} x {} pixels is too large to read.", image.width(),
                                 image.height()));
     }
+    const PictureHash hash = hashOf(image);
+    {
+        MutexLock lock(mutex_);
+        for (const auto& [known, text] : frames_) {
+            if (known == hash) return text;
+        }
+    }
+    ReadText text = TRY(readChanged(image));
+    if (text.unread.empty()) {
+        MutexLock lock(mutex_);
+        frames_.emplace_front(hash, text);
+        if (frames_.size() > kMostFrames) frames_.pop_back();
+    }
+    return text;
+}
+
+Result<ReadText> FrameReader::readChanged(const PixelBuffer& image) {
     const TimePoint deadline = clock_.now() + kTimeToRead;
     const GrayFrame frame = GrayFrame::from(image);
     std::vector<Ink> lines;
     for (const PixelBox& box : findLines(frame)) {
         if (const auto ink = findInk(frame, box)) lines.push_back(*ink);
     }
+    LineReader reader(*strips_, memory_, work_, clock_);
+    const auto readings = TRY(reader.read(frame, lines, deadline));
     ReadText result;
-    for (std::size_t first = 0; first < lines.size(); first += kStripsPerBatch) {
-        const std::size_t end = std::min(lines.size(), first + kStripsPerBatch);
-        if (clock_.now() >= deadline) {
-            for (std::size_t i = first; i < lines.size(); ++i) {
-                result.unread.push_back(unreadAreaOf(lines[i].box));
-            }
-            break;
+    for (std::size_t i = 0; i < lines.size(); ++i) {
+        if (!readings[i].wasRead) {
+            result.unread.push_back(unreadAreaOf(lines[i].box));
+            continue;
         }
-        std::vector<Strip> strips;
-        for (std::size_t i = first; i < end; ++i) {
-            strips.push_back(makeStrip(frame, lines[i], kPadding));
-        }
-        const auto texts = TRY(strips_->read(strips));
-        for (std::size_t i = first; i < end; ++i) {
-            TextRecord record = recordOf(texts[i - first], lines[i].box);
-            if (!record.text.empty()) result.records.push_back(std::move(record));
-        }
+        TextRecord record = recordOf(readings[i].text, lines[i].box);
+        if (isWorthTelling(record)) result.records.push_back(std::move(record));
     }
     return result;
 }

@@ -20,11 +20,13 @@ bool isNoGlyph(const Component& part) {
     return height > kTallestGlyph || part.area < 4;
 }
 
-// The frame of a card, field or button: large and nearly empty.
+// The frame of a card, field or button: large, drawn with a thin stroke, empty in the middle.
+// Letters of that size have thicker strokes or something in the middle.
 bool isOutline(const Component& part) {
     const int width = part.box.width(), height = part.box.height();
-    return width >= 20 && height >= 18 && part.area * 3 < width * height &&
-           width * 20 > height * 17;
+    if (width < 20 || height < 18 || part.area * 3 >= width * height) return false;
+    const bool isThin = part.area * 10 < 2 * (width + height) * 38;
+    return isThin && part.centre * 200 <= width * height;
 }
 
 bool onOneLine(const PixelBox& a, const PixelBox& b) {
@@ -40,7 +42,7 @@ bool onOneLine(const PixelBox& a, const PixelBox& b) {
     if (taller >= 18 && smaller * 100 < taller * 62 && isWord && tallIsSquare) return false;
     const int gap = -sharedColumns(a, b);
     if (taller > 36) return gap * 10 <= std::min(taller * 4, std::max(50, smaller * 8));
-    return gap <= std::max(5, taller * 52 / 100);
+    return gap <= std::max(5, taller * 62 / 100);
 }
 
 std::vector<PixelBox> joinIntoLines(const std::vector<Component>& parts, int rows) {
@@ -84,7 +86,7 @@ std::vector<PixelBox> findLines(const GrayFrame& frame) {
               [](const Component& a, const Component& b) { return a.box.left < b.box.left; });
     std::vector<PixelBox> lines;
     for (const PixelBox& line : joinIntoLines(parts, cells.rows)) {
-        if (line.height() < kShortestLine || line.width() * 20 < line.height() * 9) continue;
+        if (line.height() < kShortestLine || line.width() * 5 < line.height()) continue;
         const int scale = cells.cellPixels;
         lines.push_back({line.left * scale, line.top * scale,
                          std::min((line.right + 1) * scale, frame.width()),

@@ -81,4 +81,22 @@ Strip makeStrip(const GrayFrame& frame, const Ink& ink, double padding) {
     return strip;
 }
 
+void sharpen(Strip& strip, float amount) {
+    if (amount <= 0) return;
+    const Strip before = strip;
+    for (int y = 1; y + 1 < Strip::kRows; ++y) {
+        std::uint8_t* to = strip.row(y);
+        for (int x = 1; x + 1 < strip.columns; ++x) {
+            int sum = 0;
+            for (int line = y - 1; line <= y + 1; ++line) {
+                const std::uint8_t* row = before.row(line) + x;
+                sum += row[-1] + row[0] + row[1];
+            }
+            const auto value = static_cast<float>(to[x]);
+            const float sharper = value + amount * (value - static_cast<float>(sum) / 9);
+            to[x] = static_cast<std::uint8_t>(std::clamp(sharper, 0.0f, 255.0f));
+        }
+    }
+}
+
 }  // namespace tandrel

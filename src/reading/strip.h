@@ -22,4 +22,7 @@ struct Strip {
 // ink's height, above and below each) fill the strip.
 Strip makeStrip(const GrayFrame& frame, const Ink& ink, double padding);
 
+// Moves every pixel away from the mean around it by `amount` of its distance.
+void sharpen(Strip& strip, float amount);
+
 }  // namespace tandrel

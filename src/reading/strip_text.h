@@ -2,6 +2,7 @@
 
 #include <span>
 #include <string>
+#include <string_view>
 
 #include "reading/letter_search.h"
 #include "reading/strip_reader.h"
@@ -12,5 +13,12 @@ namespace tandrel {
 // sure the network was of a letter on average.
 StripText composeText(const Strip& strip, const FoundLetters& found,
                       std::span<const std::string> letters);
+
+// Whether the text holds a digit or a currency sign.
+bool holdsFigures(std::string_view text);
+
+// Without what icons beside a text are read as: chevrons, marks and bullets at its ends. Empty if
+// no letter and no digit is left.
+std::string withoutMarks(std::string_view text);
 
 }  // namespace tandrel

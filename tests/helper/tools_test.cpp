@@ -1,8 +1,11 @@
+#include <cmath>
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "helper/app_side.h"
 #include "helper/fake_engine.h"
+#include "helper/screen_memory.h"
 
 namespace tandrel {
 namespace {
@@ -195,11 +198,10 @@ struct Wait {
 TEST_F(Tools, WaitingTellsWhatTheScreenDid) {
     for (const auto& [name, reply, says] : {
              Wait{"settled", R"({"settled":true,"changes":3,"waited_ms":1230,"still_ms":260})",
-                  "has been still for 0.3 s"},
-             Wait{"a list of changes", R"({"settled":true,"changes":[1,2],"waited_ms":1000})",
-                  "changed and has been still"},
-             Wait{"nothing", R"({"settled":true,"changes":0,"waited_ms":900})", "did not change"},
-             Wait{"video", R"({"settled":false,"changes":90,"waited_ms":5000})",
+                  "The screen changed and has been still for 0.3 s."},
+             Wait{"nothing", R"({"settled":true,"changes":0,"waited_ms":900,"still_ms":900})",
+                  "The screen has not changed for 0.9 s."},
+             Wait{"video", R"({"settled":false,"changes":90,"waited_ms":5000,"still_ms":10})",
                   "still changing after 5.0 s"},
          }) {
         engine_.answer("/settle", [reply](const HTTPRequest&) {
@@ -209,8 +211,30 @@ TEST_F(Tools, WaitingTellsWhatTheScreenDid) {
                     HasSubstr(says))
             << name;
     }
-    EXPECT_EQ(engine_.requests("/settle").at(0).query,
-              (std::map<std::string, std::string>{{"max", "2000"}, {"quiet", "250"}}));
+    const auto query = engine_.requests("/settle").at(0).query;
+    EXPECT_EQ(query.at("max"), "2000");
+    EXPECT_EQ(query.at("quiet"), "250");
+}
+
+TEST_F(Tools, WaitingCountsFromTheLastAction) {
+    const double before = millisecondsNow();
+    app_.call("iphone_go_home");
+    const double after = millisecondsNow();
+    engine_.answer("/settle", [](const HTTPRequest&) {
+        return HTTPResponse::json({{"settled", true}, {"changes", 1}, {"still_ms", 400}});
+    });
+    EXPECT_EQ(app_.callForText("iphone_wait_until_settled", {{"longest", 1}}, Outcome::done),
+              "The screen changed after your last action and has been still for 0.4 s.");
+    const auto query = engine_.requests("/settle").at(0).query;
+    const double since = std::stod(query.at("since"));
+    EXPECT_GE(since, std::floor(before));
+    EXPECT_LE(since, std::ceil(after));
+    EXPECT_GE(std::stod(query.at("max")) + since, before + 999);
+
+    engine_.answer("/home", [](const HTTPRequest&) { return HTTPResponse::error("no", 403); });
+    app_.call("iphone_go_home");
+    app_.call("iphone_wait_until_settled");
+    EXPECT_EQ(std::stod(engine_.requests("/settle").at(1).query.at("since")), since);
 }
 
 // What every app may rely on, whatever the tool.

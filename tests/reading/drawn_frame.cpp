@@ -18,6 +18,29 @@ void setColour(cairo_t* cairo, const Colour& colour) {
     cairo_set_source_rgb(cairo, colour.red, colour.green, colour.blue);
 }
 
+// One line laid out by Pango.
+struct Layout {
+    Layout(cairo_t* cairo, const std::string& words, const TextStyle& style)
+        : layout(pango_cairo_create_layout(cairo)) {
+        PangoFontDescription* font = pango_font_description_from_string(style.font.c_str());
+        pango_font_description_set_absolute_size(font, style.points * PANGO_SCALE);
+        pango_layout_set_font_description(layout, font);
+        pango_layout_set_text(layout, words.c_str(), static_cast<int>(words.size()));
+        pango_font_description_free(font);
+    }
+    ~Layout() { g_object_unref(layout); }
+    Layout(const Layout&) = delete;
+    Layout& operator=(const Layout&) = delete;
+
+    double inkWidth() const {
+        PangoRectangle ink;
+        pango_layout_get_pixel_extents(layout, &ink, nullptr);
+        return ink.width;
+    }
+
+    PangoLayout* layout;
+};
+
 }  // namespace
 
 DrawnFrame::DrawnFrame(int widthPixels, int heightPixels, int density, Colour paper)
@@ -36,20 +59,15 @@ DrawnFrame::~DrawnFrame() {
 }
 
 double DrawnFrame::text(double x, double y, const std::string& words, const TextStyle& style) {
-    cairo_t* cairo = surface_->cairo;
-    PangoLayout* layout = pango_cairo_create_layout(cairo);
-    PangoFontDescription* font = pango_font_description_from_string(style.font.c_str());
-    pango_font_description_set_absolute_size(font, style.points * PANGO_SCALE);
-    pango_layout_set_font_description(layout, font);
-    pango_layout_set_text(layout, words.c_str(), static_cast<int>(words.size()));
-    setColour(cairo, style.colour);
-    cairo_move_to(cairo, x, y);
-    pango_cairo_show_layout_line(cairo, pango_layout_get_line_readonly(layout, 0));
-    PangoRectangle ink;
-    pango_layout_get_pixel_extents(layout, &ink, nullptr);
-    pango_font_description_free(font);
-    g_object_unref(layout);
-    return ink.width;
+    const Layout layout(surface_->cairo, words, style);
+    setColour(surface_->cairo, style.colour);
+    cairo_move_to(surface_->cairo, x, y);
+    pango_cairo_show_layout_line(surface_->cairo, pango_layout_get_line_readonly(layout.layout, 0));
+    return layout.inkWidth();
+}
+
+double DrawnFrame::width(const std::string& words, const TextStyle& style) const {
+    return Layout(surface_->cairo, words, style).inkWidth();
 }
 
 void DrawnFrame::path(double x, double y, double width, double height, double radius) {

@@ -31,6 +31,8 @@ class DrawnFrame {
 
     // Text with the left end of its baseline at (x, y); returns the width of its ink in points.
     double text(double x, double y, const std::string& words, const TextStyle& style = {});
+    // The width that `text` would return.
+    double width(const std::string& words, const TextStyle& style) const;
     void rectangle(double x, double y, double width, double height, double radius, Colour fill);
     void outline(double x, double y, double width, double height, double radius, Colour line);
 

@@ -3,6 +3,7 @@
 #include "base/environment.h"
 #include "platform/linux/tesseract_strip_reader.h"
 #include "reading/frame_reader.h"
+#include "reading/trained_strip_reader.h"
 
 namespace tandrel {
 
@@ -19,8 +20,10 @@ Result<std::unique_ptr<TextRecognizer>> makeTextRecognizerWith(const TextRecogni
     const std::string folder = options.folder.empty()
                                    ? environment("TESSDATA_PREFIX").value_or(kDebianFolder)
                                    : options.folder;
-    return std::make_unique<FrameReader>(
-        std::make_unique<TesseractStripReader>(folder, options.languages), clock);
+    auto fallback = std::make_unique<TesseractStripReader>(folder, options.languages);
+    auto strips =
+        std::make_unique<TrainedStripReader>(folder, options.languages, std::move(fallback));
+    return std::make_unique<FrameReader>(std::move(strips), clock);
 }
 
 }  // namespace tandrel

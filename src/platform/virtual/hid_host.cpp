@@ -24,7 +24,7 @@ constexpr std::uint16_t kFirstModifier = 0xE0;
 constexpr std::uint16_t kLastModifier = 0xE7;
 
 std::optional<Bytes> valueOf(const GattCharacteristic& characteristic, const HidHost::Read& read) {
-    if (characteristic.value) return *characteristic.value;
+    if (characteristic.value) return characteristic.value;
     GattReadReply reply = read(characteristic.id);
     if (reply.error != AttError::none) return std::nullopt;
     return std::move(reply.value);

@@ -1,0 +1,48 @@
+#pragma once
+
+#include <span>
+#include <string>
+#include <vector>
+
+#include "base/clock.h"
+#include "reading/shared_work.h"
+#include "reading/strip_memory.h"
+
+namespace tandrel {
+
+// What became of one line.
+struct LineReading {
+    StripText text;
+    bool wasRead = false;  // false: time ran out first
+};
+
+// Reads lines of a frame: from memory where their pixels are known, else in batches by the strip
+// reader. Lines that hold digits or a currency sign are looked at twice, at different scales; where
+// the looks disagree, a third one decides and the confidence is at most kDoubt.
+class LineReader {
+ public:
+    // The most that a line's confidence is when two looks at it disagree.
+    static constexpr double kDoubt = 0.5;
+
+    // All must outlive the reader.
+    LineReader(StripReader& strips, StripMemory& memory, SharedWork& work, Clock& clock)
+        : strips_(strips), memory_(memory), work_(work), clock_(clock) {}
+
+    // One reading for each line, in their order.
+    Result<std::vector<LineReading>> read(const GrayFrame& frame, std::span<const Ink> lines,
+                                          TimePoint deadline);
+
+ private:
+    struct Job;
+    static StripText verdict(const Job& job);
+    // Has the jobs' strips read as `which` look says; those that time allows.
+    Result<void> look(const GrayFrame& frame, std::vector<Job*>& jobs, int which,
+                      TimePoint deadline);
+
+    StripReader& strips_;
+    StripMemory& memory_;
+    SharedWork& work_;
+    Clock& clock_;
+};
+
+}  // namespace tandrel

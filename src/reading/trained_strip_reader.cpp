@@ -1,0 +1,77 @@
+#include "reading/trained_strip_reader.h"
+
+#include <filesystem>
+#include <sstream>
+
+#include <fmt/format.h>
+
+#include "base/bytes.h"
+#include "base/file.h"
+#include "base/log.h"
+#include "reading/network_strip_reader.h"
+
+namespace tandrel {
+
+TrainedStripReader::TrainedStripReader(std::string folder, std::string languages,
+                                       std::unique_ptr<StripReader> fallback)
+    : folder_(std::move(folder)),
+      languages_(std::move(languages)),
+      fallback_(std::move(fallback)) {}
+
+TrainedStripReader::~TrainedStripReader() = default;
+
+Result<std::vector<StripText>> TrainedStripReader::read(std::span<const Strip> strips) {
+    const auto readers = TRY(this->readers());
+    if (readers->empty()) return fallback_->read(strips);
+    auto texts = TRY(readers->front()->read(strips));
+    // Where several languages may be on the screen, the surer reading of each line counts.
+    for (std::size_t i = 1; i < readers->size(); ++i) {
+        auto others = TRY((*readers)[i]->read(strips));
+        for (std::size_t j = 0; j < texts.size(); ++j) {
+            if (others[j].confidence > texts[j].confidence) texts[j] = std::move(others[j]);
+        }
+    }
+    return texts;
+}
+
+Result<std::shared_ptr<const TrainedStripReader::Readers>> TrainedStripReader::readers() {
+    {
+        MutexLock lock(mutex_);
+        if (readers_) return readers_;
+    }
+    // Two threads may both load at first; one set is kept.
+    auto loaded = TRY(load());
+    MutexLock lock(mutex_);
+    if (!readers_) {
+        if (loaded->empty()) log("Text is read by libtesseract, which takes several times longer.");
+        readers_ = std::move(loaded);
+    }
+    return readers_;
+}
+
+Result<std::shared_ptr<const TrainedStripReader::Readers>> TrainedStripReader::load() const {
+    auto readers = std::make_shared<Readers>();
+    std::istringstream languages(languages_);
+    for (std::string language; std::getline(languages, language, '+');) {
+        const auto path = std::filesystem::path(folder_) / (language + ".traineddata");
+        std::error_code error;
+        if (!std::filesystem::exists(path, error)) {
+            return fail(fmt::format("Tandrel can't read text: {} is missing (apt install "
+                                    "tesseract-ocr-{}).",
+                                    path.string(), language),
+                        500);
+        }
+        const std::string file = TRY(readFile(path, kLargestTrainedData));
+        auto model = parseLineModel(toBytes(file));
+        if (!model) {
+            log(fmt::format("{} is not for the built-in reader: {}", path.string(),
+                            model.error().message));
+            return std::make_shared<Readers>();
+        }
+        readers->push_back(std::make_unique<NetworkStripReader>(*std::move(model)));
+    }
+    if (readers->empty()) return fail("Tandrel can't read text: no language is chosen.", 500);
+    return readers;
+}
+
+}  // namespace tandrel
