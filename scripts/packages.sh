@@ -3,19 +3,31 @@
 #   scripts/packages.sh build|check|bench
 set -eu
 
-build="g++ cmake ninja-build ccache pkg-config python3 curl ca-certificates
-    libasio-dev nlohmann-json3-dev libfmt-dev libicu-dev
+build="
+    g++ cmake ninja-build ccache pkg-config python3 curl ca-certificates
+    nlohmann-json3-dev libfmt-dev libicu-dev
     libisal-dev libturbojpeg0-dev libpng-dev
     libtesseract-dev libleptonica-dev tesseract-ocr-eng
     libcairo2-dev libpango1.0-dev fonts-inter
-    qt6-base-dev libsdbus-c++-dev libsystemd-dev libudev-dev libcanberra-dev libxcb1-dev
-    libgtest-dev libgmock-dev dbus xvfb"
-check="clang-19 clang-tidy-19 clang-format-19 libclang-rt-19-dev llvm-19"
-bench="libbenchmark-dev libmicrohttpd-dev libswscale-dev"
+    qt6-base-dev libxcb1-dev
+    libsdbus-c++-dev libsystemd-dev
+    libudev-dev
+    libcanberra-dev
+    libgtest-dev libgmock-dev
+    dbus umockdev xvfb
+"
+bench="
+    libbenchmark-dev libmicrohttpd-dev libswscale-dev
+"
+check="
+    $bench
+    clang-19 clang-tidy-19 clang-format-19 libclang-rt-19-dev llvm-19
+    mandoc
+"
 
 case "${1:-build}" in
     build) echo $build ;;
-    check) echo $build $check $bench ;;
     bench) echo $build $bench ;;
+    check) echo $build $check ;;
     *) echo "usage: packages.sh build|check|bench" >&2; exit 2 ;;
 esac

@@ -1,9 +1,8 @@
-#include <unistd.h>
-
 #include <cstdlib>
 #include <filesystem>
 
 #include <benchmark/benchmark.h>
+#include <unistd.h>
 
 #include "platform/linux/json_user_defaults.h"
 #include "platform/linux/loopback_pair.h"

@@ -45,8 +45,9 @@ std::filesystem::path AppInfo::cliPath() const {
 
 bool AppInfo::isInApplications() const {
     const std::string path = bundle.string() + "/";
-    return isBelow(path, "/opt") || isBelow(path, (homeFolder() / ".local/opt").string()) ||
-           isBelow(path, "/usr");
+    const std::filesystem::path local = homeFolder() / ".local";
+    return isBelow(path, "/opt") || isBelow(path, "/usr") || isBelow(path, local / "opt") ||
+           isBelow(path, local / "lib");
 }
 
 std::string AppInfo::locationName() const {

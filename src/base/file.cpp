@@ -48,6 +48,20 @@ Result<void> writeAndRename(const std::string& temporary, int fd, std::string_vi
     return {};
 }
 
+// The file that a symbolic link stands for, whether or not it exists.
+Result<std::filesystem::path> followLinks(const std::filesystem::path& path) {
+    constexpr int kMostLinks = 40;  // as many as the kernel follows
+    std::error_code error;
+    std::filesystem::path target = std::filesystem::absolute(path, error);
+    for (int i = 0; i < kMostLinks && !error; ++i) {
+        if (!std::filesystem::is_symlink(std::filesystem::symlink_status(target, error))) {
+            return target;
+        }
+        target = target.parent_path() / std::filesystem::read_symlink(target, error);
+    }
+    return fail(fmt::format("can't follow {}: {}", path.string(), systemError(ELOOP)));
+}
+
 }  // namespace
 
 std::string systemError(int code) { return std::generic_category().message(code); }
@@ -78,13 +92,9 @@ Result<std::string> readFile(const std::filesystem::path& path, std::size_t limi
 }
 
 Result<void> replaceFile(const std::filesystem::path& path, std::string_view content) {
-    std::error_code error;
-    std::filesystem::path target = path;
-    if (std::filesystem::is_symlink(path, error)) {
-        target = std::filesystem::weakly_canonical(path, error);
-        if (error) return fail(fmt::format("can't follow {}: {}", path.string(), error.message()));
-    }
+    const std::filesystem::path target = TRY(followLinks(path));
     const std::filesystem::path folder = target.parent_path();
+    std::error_code error;
     std::filesystem::create_directories(folder, error);
     if (error) return fail(fmt::format("can't create {}: {}", folder.string(), error.message()));
 

@@ -5,8 +5,8 @@
 namespace tandrel {
 namespace {
 
-// Whether brackets outside strings nest no deeper than allowed; done before parsing, so that hostile
-// depth costs one linear pass.
+// Whether brackets outside strings nest no deeper than allowed; done before parsing, so that
+// hostile depth costs one linear pass.
 bool isShallow(std::string_view text) {
     int depth = 0;
     bool inString = false;

@@ -1,11 +1,11 @@
 #include "base/log.h"
 
-#include <fcntl.h>
-#include <unistd.h>
-
 #include <algorithm>
 #include <ctime>
 #include <utility>
+
+#include <fcntl.h>
+#include <unistd.h>
 
 #include "base/mutex.h"
 

@@ -22,6 +22,8 @@ class AppLog {
     // kLargestAtStart is started afresh.
     explicit AppLog(std::filesystem::path file);
     ~AppLog();
+    AppLog(const AppLog&) = delete;
+    AppLog& operator=(const AppLog&) = delete;
 
     static constexpr std::uintmax_t kLargestAtStart = 2'000'000;
 

@@ -16,7 +16,7 @@ std::filesystem::path folder(const char* variable, const char* belowHome) {
 }  // namespace
 
 std::filesystem::path homeFolder() {
-    const std::filesystem::path set = environment("HOME").value_or("");
+    std::filesystem::path set = environment("HOME").value_or("");
     if (set.is_absolute()) return set;
     if (const passwd* entry = getpwuid(getuid()); entry != nullptr && entry->pw_dir != nullptr) {
         return entry->pw_dir;

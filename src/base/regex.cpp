@@ -4,9 +4,14 @@
 #include <cstdlib>
 
 #include <unicode/regex.h>
+#include <unicode/utf16.h>
+#include <unicode/utf8.h>
 
 namespace tandrel {
 namespace {
+
+// In ICU's own steps, about a millisecond each.
+constexpr std::int32_t kMostSteps = 1000;
 
 icu::UnicodeString wide(std::string_view text) {
     return icu::UnicodeString::fromUTF8({text.data(), static_cast<std::int32_t>(text.size())});
@@ -18,8 +23,18 @@ std::string narrow(const icu::UnicodeString& text) {
     return result;
 }
 
-std::size_t utf8Length(const icu::UnicodeString& text, std::int32_t units) {
-    return narrow(text.tempSubStringBetween(0, units)).size();
+// Where in the UTF-8 text its first `units` UTF-16 units end. A bad byte sequence stands for one
+// unit, U+FFFD, as it does in the conversion.
+std::size_t bytesOfUnits(std::string_view text, std::int32_t units) {
+    const auto* bytes = reinterpret_cast<const std::uint8_t*>(text.data());
+    const auto length = static_cast<std::int32_t>(text.size());
+    std::int32_t at = 0;
+    for (std::int32_t seen = 0; seen < units && at < length;) {
+        UChar32 point = 0;
+        U8_NEXT(bytes, at, length, point);
+        seen += point < 0 ? 1 : U16_LENGTH(point);
+    }
+    return static_cast<std::size_t>(at);
 }
 
 }  // namespace
@@ -31,6 +46,7 @@ struct Regex::Compiled {
     std::unique_ptr<icu::RegexMatcher> matcher(const icu::UnicodeString& text) const {
         UErrorCode status = U_ZERO_ERROR;
         std::unique_ptr<icu::RegexMatcher> result(pattern->matcher(text, status));
+        if (result) result->setTimeLimit(kMostSteps, status);
         return U_FAILURE(status) ? nullptr : std::move(result);
     }
 };
@@ -69,7 +85,7 @@ std::optional<Regex::Match> Regex::firstMatch(std::string_view text) const {
     UErrorCode status = U_ZERO_ERROR;
     const std::int32_t start = matcher->start(status);
     const std::int32_t end = matcher->end(status);
-    return Match{utf8Length(source, start), utf8Length(source, end),
+    return Match{bytesOfUnits(text, start), bytesOfUnits(text, end),
                  narrow(source.tempSubStringBetween(start, end))};
 }
 

@@ -9,9 +9,9 @@
 namespace tandrel {
 
 // A regular expression in ICU's syntax, searched anywhere in a text. Compiling is done once, at
-// construction; a pattern that does not compile ends the program, since patterns are ours. A match
-// that takes ICU longer than its own bounds allow counts as no match. Searching is safe from any
-// number of threads at once.
+// construction; a pattern that does not compile ends the program, since patterns are ours. A search
+// that takes about a second, or more memory than ICU allows, finds nothing. Searching is safe from
+// any number of threads at once.
 class Regex {
  public:
     enum class Case { sensitive, insensitive };
@@ -31,7 +31,8 @@ class Regex {
     // The text of the first match.
     std::optional<std::string> first(std::string_view text) const;
     std::optional<Match> firstMatch(std::string_view text) const;
-    // The text of the capture group in every match, in order; a match without that group is skipped.
+    // The text of the capture group in every match, in order; a match without that group is
+    // skipped.
     std::vector<std::string> all(std::string_view text, int group = 0) const;
     // The text with every match replaced by `replacement`, taken literally.
     std::string replaceAll(std::string_view text, std::string_view replacement) const;

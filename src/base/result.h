@@ -26,16 +26,15 @@ inline std::unexpected<Error> fail(std::string message, int status = 400) {
 
 // Unwraps a Result or returns its error from the enclosing function:
 //   const Device device = TRY(find(name));
-#define TRY(expression)                                          \
-    ({                                                           \
-        auto&& tryResult = (expression);                         \
+#define TRY(expression)                                            \
+    ({                                                             \
+        auto&& tryResult = (expression);                           \
         if (!tryResult) return std::unexpected(tryResult.error()); \
-        *std::move(tryResult);                                   \
+        *std::move(tryResult);                                     \
     })
 
 // The same for Result<void>.
-#define TRY_VOID(expression)                                                    \
-    do {                                                                        \
-        if (auto tryResult = (expression); !tryResult)                          \
-            return std::unexpected(tryResult.error());                          \
+#define TRY_VOID(expression)                                                                      \
+    do {                                                                                          \
+        if (auto tryResult = (expression); !tryResult) return std::unexpected(tryResult.error()); \
     } while (false)

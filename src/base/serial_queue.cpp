@@ -1,12 +1,12 @@
 #include "base/serial_queue.h"
 
-#include <pthread.h>
-
 #include <atomic>
 #include <cstdio>
 #include <cstdlib>
 #include <deque>
 #include <map>
+
+#include <pthread.h>
 
 namespace tandrel {
 
@@ -21,7 +21,8 @@ struct SerialQueue::State {
     std::mutex afterStop;                   // callers of `sync` once the thread has gone
     std::atomic<std::thread::id> runner{};  // the thread that runs tasks right now
 
-    // Moves what is due to `ready`. Under wakeup->mutex.
+    // Moves what is due to `ready`. Under wakeup->mutex. Also done before a task is posted, so that
+    // what was due earlier runs earlier, although the thread may not have woken for it yet.
     void collectDue() {
         const TimePoint now = clock.now();
         while (!later.empty() && later.begin()->first <= now) {
@@ -66,6 +67,7 @@ void SerialQueue::post(Task task) {
     {
         std::lock_guard lock(state_->wakeup->mutex);
         if (state_->stopping) return;
+        state_->collectDue();
         state_->ready.push_back(std::move(task));
     }
     state_->wakeup->condition.notify_all();
@@ -88,6 +90,7 @@ void SerialQueue::syncTask(Task task) {
     {
         std::unique_lock lock(state_->wakeup->mutex);
         if (!state_->stopping) {
+            state_->collectDue();
             state_->ready.push_back(std::move(task));
             lock.unlock();
             state_->wakeup->condition.notify_all();

@@ -25,8 +25,8 @@ struct Device {
 
 Json toJson(const std::vector<Device>& devices);
 
-// The phone that a request names: the only one when `wanted` is empty, else the first whose id, then
-// name, then beginning of the id equals it without regard to case. The error lists the phones.
+// The phone that a request names: the only one when `wanted` is empty, else the first whose id,
+// then name, then beginning of the id equals it without regard to case. The error lists the phones.
 Result<Device> findDevice(const std::vector<Device>& devices, const std::string& wanted);
 
 }  // namespace tandrel

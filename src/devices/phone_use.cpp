@@ -43,7 +43,9 @@ std::unique_ptr<PhoneUse::Hold> PhoneUse::take(const Uuid& host, bool probe, Dur
                                                const std::stop_token& stop) {
     const TimePoint deadline = clock_.now() + patience;
     const std::stop_callback wake(stop, [this] {
-        { std::lock_guard taken(state_->wakeup->mutex); }
+        {
+            std::lock_guard taken(state_->wakeup->mutex);
+        }
         state_->wakeup->condition.notify_all();
     });
     std::unique_lock lock(state_->wakeup->mutex);

@@ -6,9 +6,9 @@
 namespace tandrel {
 namespace {
 
-constexpr int kReach = 7;          // pixels to each side of the point
-constexpr int kVisibleChange = 13; // grey levels
-constexpr int kPointerMoved = 2;   // a score above this is a jump
+constexpr int kReach = 7;           // pixels to each side of the point
+constexpr int kVisibleChange = 13;  // grey levels
+constexpr int kPointerMoved = 2;    // a score above this is a jump
 constexpr int kLowestWin = 3;
 
 }  // namespace

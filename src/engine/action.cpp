@@ -18,9 +18,10 @@ Result<ScreenPoint> point(const Json& body, const char* xKey, const char* yKey,
     if (!x || !y) return fail(fmt::format("{} and {} are required", xKey, yKey));
     if (boolMember(body, "fraction").value_or(false)) return ScreenPoint{*x, *y};
     if (!target.device) {
-        return fail(fmt::format("without a USB screen, {}/{} must be fractions (0-1) with "
-                                "fraction: true",
-                                xKey, yKey));
+        return fail(
+            fmt::format("without a USB screen, {}/{} must be fractions (0-1) with "
+                        "fraction: true",
+                        xKey, yKey));
     }
     if (!target.screenSize) return fail("no frame yet from " + target.device->name());
     return ScreenPoint{*x / target.screenSize->width, *y / target.screenSize->height};
@@ -56,7 +57,7 @@ Result<PhoneAction> parseSwipe(const Json& body, const ActionTarget& target) {
 }
 
 Result<PhoneAction> parseMove(const Json& body, const ActionTarget& target) {
-    return MoveAction{TRY(point(body, "x", "y", target))};
+    return MoveAction { TRY(point(body, "x", "y", target)) };
 }
 
 Result<PhoneAction> parseNudge(const Json& body, const ActionTarget&) {
@@ -113,7 +114,8 @@ struct Performer {
 
 }  // namespace
 
-Result<PhoneAction> parseAction(std::string_view path, const Json& body, const ActionTarget& target) {
+Result<PhoneAction> parseAction(std::string_view path, const Json& body,
+                                const ActionTarget& target) {
     for (const ActionRow& row : kActions) {
         if (row.path == path) return row.parse(body, target);
     }

@@ -36,12 +36,13 @@ struct KeyAction {
 };
 struct HomeAction {};
 
-using PhoneAction = std::variant<TapAction, SwipeAction, MoveAction, NudgeAction, TypeAction, KeyAction,
-                            HomeAction>;
+using PhoneAction = std::variant<TapAction, SwipeAction, MoveAction, NudgeAction, TypeAction,
+                                 KeyAction, HomeAction>;
 
 // Reads the body of an action request ("/tap" and so on). Pixels become fractions of the target's
 // screen. The error says which member is missing or wrong.
-Result<PhoneAction> parseAction(std::string_view path, const Json& body, const ActionTarget& target);
+Result<PhoneAction> parseAction(std::string_view path, const Json& body,
+                                const ActionTarget& target);
 
 // Blocks until the reports are sent.
 Result<void> perform(const PhoneAction& action, Input& input);

@@ -15,14 +15,16 @@ Result<Uuid> chooseHost(HIDPeripheral& hid, const HTTPRequest& request) {
         return fail("no connected Bluetooth host " + *wanted);
     }
     if (hosts.empty()) {
-        return fail(fmt::format("no iPhone connected over Bluetooth and no screen on USB: pair \"{}\" "
-                                "in its Bluetooth settings",
-                                hid.localName()));
+        return fail(
+            fmt::format("no iPhone connected over Bluetooth and no screen on USB: pair \"{}\" "
+                        "in its Bluetooth settings",
+                        hid.localName()));
     }
     if (hosts.size() > 1) {
-        return fail(fmt::format("{} Bluetooth hosts are connected and no screen is on USB, pass host "
-                                "(one of /status hosts)",
-                                hosts.size()));
+        return fail(
+            fmt::format("{} Bluetooth hosts are connected and no screen is on USB, pass host "
+                        "(one of /status hosts)",
+                        hosts.size()));
     }
     return hosts.front();
 }
@@ -35,7 +37,8 @@ std::string wantedDevice(const HTTPRequest& request) {
     return device == request.query.end() ? std::string() : device->second;
 }
 
-Result<ActionTarget> resolveTarget(Devices& devices, HIDPeripheral& hid, const HTTPRequest& request) {
+Result<ActionTarget> resolveTarget(Devices& devices, HIDPeripheral& hid,
+                                   const HTTPRequest& request) {
     ActionTarget target;
     const std::string wanted = wantedDevice(request);
     const std::vector<Device> phones = devices.all();

@@ -9,8 +9,8 @@
 
 namespace tandrel {
 
-// The one phone that an action is for: read, judged, asked about and acted on is the same phone, and
-// an action whose target has changed meanwhile is not performed.
+// The one phone that an action is for: read, judged, asked about and acted on is the same phone,
+// and an action whose target has changed meanwhile is not performed.
 struct ActionTarget {
     std::optional<Device> device;  // none: a Bluetooth host without a screen
     Uuid host;
@@ -25,7 +25,8 @@ struct ActionTarget {
 std::string wantedDevice(const HTTPRequest& request);
 
 // Chooses the phone of an action, matching it to its host first if it must. May block then.
-Result<ActionTarget> resolveTarget(Devices& devices, HIDPeripheral& hid, const HTTPRequest& request);
+Result<ActionTarget> resolveTarget(Devices& devices, HIDPeripheral& hid,
+                                   const HTTPRequest& request);
 
 // Whether the phone is still what it was: the same screen of the same size, driven by the same
 // connected host.

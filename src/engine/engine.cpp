@@ -1,10 +1,9 @@
 #include "engine/engine.h"
 
-#include <unistd.h>
-
 #include <cassert>
 
 #include <fmt/format.h>
+#include <unistd.h>
 
 #include "base/file.h"
 #include "base/log.h"
@@ -43,6 +42,7 @@ Engine::Engine(Services services, EngineSettings settings)
                .reader = reader_,
                .gate = to_.gate,
                .clock = to_.clock,
+               .paused = [this] { return paused(); },
                .addStatus = [this](Json& status) { addStatus(status); }}) {}
 
 Engine::~Engine() { stop(); }
@@ -93,10 +93,12 @@ void Engine::serveAirplay() {
         return;
     }
     auto server = std::make_unique<HTTPServer>(
-        settings_.airplayPort, [this](const HTTPRequest& request) { return handleAirplay(request); },
+        settings_.airplayPort,
+        [this](const HTTPRequest& request) { return handleAirplay(request); },
         ServerOptions{.writer = airplayReplyWriter, .peers = to_.peers});
     if (const auto started = server->start(); !started) {
-        airplayMode_ = {EngineMode::Kind::failed, cannotListen(settings_.airplayPort, started.error())};
+        airplayMode_ = {EngineMode::Kind::failed,
+                        cannotListen(settings_.airplayPort, started.error())};
         log("airplay: " + airplayMode_.detail);
         return;
     }
@@ -155,7 +157,7 @@ Result<void> Engine::setPaused(bool paused) { return to_.defaults.set("paused", 
 
 HTTPResponse Engine::handle(const HTTPRequest& request) {
     if (stopping_) return HTTPResponse::error("shutting down", 503);
-    return routes_.handle(request, paused());
+    return routes_.handle(request);
 }
 
 void Engine::addStatus(Json& status) const {
@@ -172,21 +174,23 @@ HTTPResponse Engine::handleAirplay(const HTTPRequest& request) const {
     if (request.path != "/status") {
         return HTTPResponse::json({{"ok", false}, {"error", reason}}, 503);
     }
-    return HTTPResponse::json({{"app", kOwnName},
-                               {"version", to_.info.version},
-                               {"pid", ::getpid()},
-                               {"permission", to_.permissions.screenRecording() == Permission::granted},
-                               {"candidates", Json::array()},
-                               {"error", reason}});
+    return HTTPResponse::json(
+        {{"app", kOwnName},
+         {"version", to_.info.version},
+         {"pid", ::getpid()},
+         {"permission", to_.permissions.screenRecording() == Permission::granted},
+         {"candidates", Json::array()},
+         {"error", reason}});
 }
 
 // Helpers that an AI app starts with a bare environment find the port here.
 void Engine::writeStateFile() const {
     if (to_.stateFile.empty()) return;
-    const Json state = {{"port", server_->port()},
-                        {"airplayPort", airplayServer_ ? airplayServer_->port() : settings_.airplayPort},
-                        {"pid", ::getpid()},
-                        {"version", to_.info.version}};
+    const Json state = {
+        {"port", server_->port()},
+        {"airplayPort", airplayServer_ ? airplayServer_->port() : settings_.airplayPort},
+        {"pid", ::getpid()},
+        {"version", to_.info.version}};
     if (const auto written = replaceFile(to_.stateFile, dumpJson(state) + "\n"); !written) {
         log("engine: " + written.error().message);
     }

@@ -49,8 +49,8 @@ class Engine {
         MainLoop& loop;
         Clock& clock;
         AppInfo info;
-        std::filesystem::path stateFile;     // where the port is told to helpers
-        std::vector<std::string> absences;   // sentences on what this system lacks, for /status
+        std::filesystem::path stateFile;    // where the port is told to helpers
+        std::vector<std::string> absences;  // sentences on what this system lacks, for /status
     };
 
     Engine(Services services, EngineSettings settings);

@@ -15,7 +15,8 @@ std::uint16_t parsePort(const std::optional<std::string>& text, std::uint16_t fa
     const bool negative = digits.front() == '-';
     if (negative || digits.front() == '+') digits.remove_prefix(1);
     if (negative) {
-        const bool zeros = !digits.empty() && std::ranges::all_of(digits, [](char c) { return c == '0'; });
+        const bool zeros =
+            !digits.empty() && std::ranges::all_of(digits, [](char c) { return c == '0'; });
         return zeros ? std::uint16_t{0} : fallback;
     }
     std::uint16_t port = 0;

@@ -92,7 +92,8 @@ void addText(Json& reply, const ReadText& text, const ImageScale& scale) {
 Result<SnapshotOptions> parseSnapshotOptions(const HTTPRequest& request) {
     SnapshotOptions options;
     const auto format = request.query.find("format");
-    if (format != request.query.end() && format->second != "png") options.format = ImageFormat::jpeg;
+    if (format != request.query.end() && format->second != "png")
+        options.format = ImageFormat::jpeg;
     options.maxWidth = TRY(wholeNumber(request, "maxWidth"));
     options.maxEdge = TRY(wholeNumber(request, "maxEdge"));
     return options;
@@ -119,7 +120,8 @@ HTTPResponse look(const Device& device, const SnapshotOptions& options, ScreenRe
                   {"unread", Json::array()},
                   {"frameAge", std::round(picture->latest.ageSeconds * 1000) / 1000}};
     for (const auto& [name, value] : headersOf(device, *picture)) reply[name] = headerJson(value);
-    // The frame itself is read, not the image made from it: a scaled-down picture loses small print.
+    // The frame itself is read, not the image made from it: a scaled-down picture loses small
+    // print.
     const PixelBuffer& frame = picture->latest.frame;
     const auto text = reader.read(device.id(), frame);
     if (text) {

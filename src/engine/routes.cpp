@@ -9,9 +9,11 @@ namespace tandrel {
 namespace {
 
 constexpr std::string_view kPaused =
-    "Tandrel is paused: the owner turned off control in the Tandrel menu (menu bar › Resume control)";
+    "Tandrel is paused: the owner turned off control in the Tandrel menu (menu bar › Resume "
+    "control)";
 constexpr std::string_view kChanged =
-    "Not done: the iPhone or its connection changed while Tandrel was checking this action. Read the "
+    "Not done: the iPhone or its connection changed while Tandrel was checking this action. Read "
+    "the "
     "screen again (screenshot) and repeat.";
 constexpr std::string_view kBusy =
     "Not done: Tandrel is finding out which iPhone is which right now. Try again in a minute.";
@@ -60,10 +62,10 @@ std::span<const Routes::Row> Routes::table() {
     return rows;
 }
 
-HTTPResponse Routes::handle(const HTTPRequest& request, bool paused) {
+HTTPResponse Routes::handle(const HTTPRequest& request) {
     for (const Row& row : table()) {
         if (row.method != request.method || row.path != request.path) continue;
-        if (paused && row.whilePaused == kRefused) return HTTPResponse::error(kPaused, 423);
+        if (row.whilePaused == kRefused && to_.paused()) return HTTPResponse::error(kPaused, 423);
         return (this->*row.reply)(request);
     }
     return HTTPResponse::error("not found", 404);
@@ -171,6 +173,8 @@ ScreenReading Routes::guardFrame(const ActionTarget& target) {
 }
 
 HTTPResponse Routes::performOn(const ActionTarget& target, const PhoneAction& action) {
+    // The owner may have paused while the action waited for its turn or for an answer.
+    if (to_.paused()) return HTTPResponse::error(kPaused, 423);
     if (!isUnchanged(target, to_.devices, to_.hid)) return HTTPResponse::error(kChanged, 409);
     if (const auto done = perform(action, *target.input); !done) {
         return HTTPResponse::error(done.error());

@@ -6,8 +6,8 @@
 
 #include "devices/devices.h"
 #include "engine/action.h"
-#include "engine/screen_reader.h"
 #include "engine/action_target.h"
+#include "engine/screen_reader.h"
 #include "hid/hid_peripheral.h"
 #include "http/message.h"
 #include "payments/payment_gate.h"
@@ -24,6 +24,8 @@ class Routes {
         ScreenReader& reader;
         PaymentGate& gate;
         Clock& clock;
+        // The owner's switch, as it stands at the time of the call.
+        std::function<bool()> paused;
         // What the engine itself adds to /status.
         std::function<void(Json& status)> addStatus;
     };
@@ -39,8 +41,8 @@ class Routes {
     };
     static std::span<const Row> table();
 
-    // Blocks until the reply is known, which may take minutes. `paused` is the owner's switch.
-    HTTPResponse handle(const HTTPRequest& request, bool paused);
+    // Blocks until the reply is known, which may take minutes.
+    HTTPResponse handle(const HTTPRequest& request);
 
  private:
     HTTPResponse status(const HTTPRequest& request);

@@ -19,6 +19,9 @@
 namespace tandrel {
 namespace {
 
+// Keeps the deadline within the clock's range.
+constexpr Duration kLongestTimeout = std::chrono::hours(24);
+
 // Becomes readable when a stop is requested, so that a poll can wait for it.
 class StopSignal {
  public:
@@ -38,7 +41,7 @@ class Exchange {
     Exchange(const LoopbackUrl& server, const ClientOptions& options)
         : server_(server),
           options_(options),
-          deadline_(systemClock().now() + options.timeout),
+          deadline_(systemClock().now() + std::min(options.timeout, kLongestTimeout)),
           onStop_(options.stop, [this] { stopSignal_.raise(); }) {}
 
     Result<ClientResponse> run(std::string_view request) {

@@ -50,11 +50,11 @@ class Connection {
     const std::uint64_t key;
     std::stop_source gone;  // requested when the peer closes while the request is handled
 
-    // Under the lock of ConnectionTable.
-    bool held = true;  // a thread drives it, or it waits for its handler
-    std::size_t accountedBytes = 0;
+    // Under the lock of ConnectionTable: a thread drives it, or it waits for its handler.
+    bool held = true;
 
     // Of the thread that drives it.
+    std::size_t accountedBytes = 0;
     Phase phase = Phase::reading;
     bool known = false;  // to the poll
     TimePoint lastProgress;

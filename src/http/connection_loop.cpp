@@ -38,12 +38,12 @@ ConnectionLoop::ConnectionLoop(Socket listener, std::unique_ptr<EventPoll> poll,
       handler_(std::move(handler)),
       options_(options),
       poll_(std::move(poll)),
-      table_(*poll_),
+      table_(*poll_, kListener + 1),
       threads_("pocketlink.http", {options.limits.handlers, kFreeThreads}) {}
 
 Result<void> ConnectionLoop::start() {
     if (!listen()) return systemFailure();
-    if (!threads_.start([this] { run(); })) return systemFailure();
+    if (!threads_.start([this] { run(); })) return fail("no thread for the server");
     return {};
 }
 
@@ -107,9 +107,12 @@ void ConnectionLoop::accept() {
     auto accepted = acceptFrom(listener_);
     if (!accepted) {
         const int why = errno;
-        const bool exhausted = why == EMFILE || why == ENFILE || why == ENOBUFS || why == ENOMEM;
-        if (exhausted) return acceptLater(systemError(why).c_str());
-        if (!stopping_) listen();  // the client has left again
+        if (stopping_) return;
+        const bool clientLeft = why == EAGAIN || why == ECONNABORTED || why == EINTR;
+        // What else keeps it from being accepted, such as a lack of descriptors, would do so again
+        // at once.
+        if (!clientLeft) return acceptLater(systemError(why).c_str());
+        listen();
         return;
     }
     listen();  // other threads accept while this one goes on
@@ -133,8 +136,8 @@ void ConnectionLoop::welcome(Accepted accepted) {
     const Pointer connection = table_.insert(std::move(accepted.socket));
     if (options_.peers != nullptr) {
         // Asked before the first byte is read: no other user's bytes are kept.
-        if (auto why = refusalOfPeer(*options_.peers, ends)) {
-            return refuse(connection, *std::move(why));
+        if (const auto why = refusalOfPeer(*options_.peers, ends)) {
+            return refuse(connection, *why);
         }
     }
     drive(connection);
@@ -146,7 +149,7 @@ void ConnectionLoop::drive(const Pointer& connection) {
         case Connection::Phase::reading:
             return read(connection);
         case Connection::Phase::handling:
-            return;
+            return;  // held until its reply, so no event gives it to a thread
         case Connection::Phase::replying:
             return reply(connection);
         case Connection::Phase::lingering:
@@ -170,8 +173,8 @@ void ConnectionLoop::read(const Pointer& connection) {
 void ConnectionLoop::admit(const Pointer& connection) {
     RequestParser& parser = connection->parser();
     if (parser.hasMoreToCome()) connection->expectMore();
-    if (auto why = refusalOfRequest(parser.method(), parser.head())) {
-        return refuse(connection, *std::move(why));
+    if (const auto why = refusalOfRequest(parser.method(), parser.head())) {
+        return refuse(connection, *why);
     }
     connection->phase = Connection::Phase::handling;
     if (!table_.account(*connection, options_.limits.bufferedBytes)) return end(connection);
@@ -187,7 +190,7 @@ void ConnectionLoop::handleAndNext(Pointer connection) {
 }
 
 void ConnectionLoop::handle(const Pointer& connection) {
-    // Read after the connection is in the table: either `stop` finds it there or this sees the
+    // The connection is in the table by now: either `stop` finds it there or this sees the
     // stop.
     if (stopping_) return end(connection);
     const HTTPRequest request = connection->takeRequest();
@@ -200,12 +203,15 @@ HTTPResponse ConnectionLoop::respond(const HTTPRequest& request) const {
     try {
         return handler_(request);
     } catch (const std::exception& error) {
-        log("http handler failed on " + request.path + ": " + error.what());
-        return HTTPResponse::error("Not done: something went wrong inside Tandrel.", 500);
+        log(std::string("http handler failed: ") + error.what());
+        return HTTPResponse::error(
+            "Something went wrong inside Tandrel. Read the screen "
+            "again before you go on.",
+            500);
     }
 }
 
-void ConnectionLoop::refuse(const Pointer& connection, std::string why) {
+void ConnectionLoop::refuse(const Pointer& connection, const std::string& why) {
     connection->expectMore();
     connection->setReply(options_.writer(HTTPResponse::error(why, 403)));
     reply(connection);

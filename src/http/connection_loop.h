@@ -21,6 +21,8 @@ class ConnectionLoop {
     static Result<std::unique_ptr<ConnectionLoop>> make(Socket listener, HTTPHandler handler,
                                                         const ServerOptions& options);
     ~ConnectionLoop() { stop(); }
+    ConnectionLoop(const ConnectionLoop&) = delete;
+    ConnectionLoop& operator=(const ConnectionLoop&) = delete;
 
     Result<void> start();
     enum class Stop { first, again };
@@ -48,7 +50,7 @@ class ConnectionLoop {
     void admit(const Pointer& connection);
     void handleAndNext(Pointer connection);
     void handle(const Pointer& connection);
-    void refuse(const Pointer& connection, std::string why);
+    void refuse(const Pointer& connection, const std::string& why);
     void reply(const Pointer& connection);
     void linger(const Pointer& connection);
     void park(const Pointer& connection, Watch watch);
@@ -66,7 +68,7 @@ class ConnectionLoop {
     std::atomic<bool> stopping_ = false;
     std::atomic<bool> listenerKnown_ = false;
     std::atomic<bool> acceptsLater_ = false;
-    std::atomic<bool> saidFull_ = false;
+    std::atomic<bool> saidFull_ = false;  // once, so that a full server does not fill the log
     std::atomic<bool> tickDue_ = false;
     std::mutex stopMutex_;
     HandlerThreads threads_;

@@ -1,12 +1,8 @@
 #include "http/connection_table.h"
 
+#include <utility>
+
 namespace tandrel {
-namespace {
-
-// Keys below are the poll's own and the listener's.
-constexpr std::uint64_t kFirstKey = EventPoll::kFirstFreeKey + 1;
-
-}  // namespace
 
 std::size_t ConnectionTable::size() const {
     MutexLock lock(mutex_);
@@ -14,10 +10,9 @@ std::size_t ConnectionTable::size() const {
 }
 
 ConnectionTable::Pointer ConnectionTable::insert(Socket socket) {
+    auto connection = std::make_shared<Connection>(nextKey_++, std::move(socket));
     MutexLock lock(mutex_);
-    const std::uint64_t key = kFirstKey + nextKey_++;
-    auto connection = std::make_shared<Connection>(key, std::move(socket));
-    connections_.emplace(key, connection);
+    connections_.emplace(connection->key, connection);
     return connection;
 }
 
@@ -57,7 +52,6 @@ bool ConnectionTable::release(Connection& connection, Watch watch) {
 }
 
 bool ConnectionTable::watchForClose(Connection& connection) {
-    MutexLock lock(mutex_);
     return arm(connection, Watch::peerClose);
 }
 
@@ -68,11 +62,10 @@ bool ConnectionTable::arm(Connection& connection, Watch watch) {
 }
 
 bool ConnectionTable::account(Connection& connection, std::size_t most) {
-    MutexLock lock(mutex_);
     const std::size_t held = connection.parser().heldBytes();
-    accountedBytes_ = accountedBytes_ - connection.accountedBytes + held;
-    connection.accountedBytes = held;
-    return accountedBytes_ <= most;
+    const std::size_t before = std::exchange(connection.accountedBytes, held);
+    // Unsigned arithmetic: the difference may be negative, the sum is not.
+    return accountedBytes_.fetch_add(held - before) + (held - before) <= most;
 }
 
 bool ConnectionTable::evictQuietest(TimePoint quietSince) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -19,7 +20,8 @@ class ConnectionTable {
  public:
     using Pointer = std::shared_ptr<Connection>;
 
-    explicit ConnectionTable(EventPoll& poll) : poll_(poll) {}
+    // Keys of connections begin at `firstKey`.
+    ConnectionTable(EventPoll& poll, std::uint64_t firstKey) : poll_(poll), nextKey_(firstKey) {}
 
     std::size_t size() const;
     // The new connection is held by the caller.
@@ -57,14 +59,14 @@ class ConnectionTable {
     std::vector<Pointer> all() const;
 
  private:
-    bool arm(Connection& connection, Watch watch) RUNS_ON(mutex_);
+    bool arm(Connection& connection, Watch watch);
     void forget(std::uint64_t key) RUNS_ON(mutex_);
 
     EventPoll& poll_;
     mutable Mutex mutex_;
     std::unordered_map<std::uint64_t, Pointer> connections_ OWNED_BY(mutex_);
-    std::uint64_t nextKey_ OWNED_BY(mutex_) = 0;
-    std::size_t accountedBytes_ OWNED_BY(mutex_) = 0;
+    std::atomic<std::uint64_t> nextKey_;
+    std::atomic<std::size_t> accountedBytes_ = 0;
 };
 
 }  // namespace tandrel

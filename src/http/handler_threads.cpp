@@ -80,10 +80,11 @@ void HandlerThreads::join() {
         joining_ = true;
         running.swap(threads_);
         retired.swap(retired_);
-        kept_.clear();
     }
     for (std::thread& thread : running) thread.join();
     for (std::thread& thread : retired) thread.join();
+    MutexLock lock(mutex_);
+    kept_.clear();
 }
 
 bool HandlerThreads::isCurrent() const {

@@ -16,7 +16,9 @@ struct HTTPRequest {
     std::string path;                          // percent-decoded, without the query
     std::map<std::string, std::string> query;  // percent-decoded; "+" stays a plus
     Json body = Json::object();
-    // Requested once the client's connection has closed, while the handler runs.
+    // Requested while the handler runs, once the client has closed its connection or the server
+    // stops. A client that only ends its sending looks the same and counts as gone, too, although
+    // it still gets the reply.
     std::stop_token clientGone;
 };
 

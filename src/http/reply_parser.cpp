@@ -39,6 +39,10 @@ ReplyParser::State ReplyParser::append(std::string_view chunk) {
     }
     if (!readHead(std::string_view(head_).substr(0, end))) return State::malformed;
     headRead_ = true;
+    if (length_) {
+        response_.body.reserve(
+            static_cast<std::size_t>(std::min<std::uint64_t>(*length_, mostBytes_)));
+    }
     response_.body.assign(head_.begin() + static_cast<std::ptrdiff_t>(end + kBlankLine.size()),
                           head_.end());
     std::string().swap(head_);

@@ -14,6 +14,8 @@ class Socket {
     Socket() = default;
     explicit Socket(int fd) : fd_(fd) {}
     ~Socket() { reset(); }
+    Socket(const Socket&) = delete;
+    Socket& operator=(const Socket&) = delete;
     Socket(Socket&& other) noexcept : fd_(std::exchange(other.fd_, -1)) {}
     Socket& operator=(Socket&& other) noexcept {
         if (this != &other) {

@@ -16,9 +16,13 @@ namespace tandrel {
 namespace {
 
 constexpr int kLevel = 1;
+// How much is compressed with one set of Huffman codes: less follows a screen's mix of text and
+// photo better and comes out smaller, more spends less time on making codes.
+constexpr std::uint32_t kLevelMemory = ISAL_DEF_LVL1_MEDIUM;
 constexpr std::size_t kLargestFile = 0x7fffffff;  // a chunk's length has 31 bits
-// Rows are filtered and compressed in bands of about this many bytes, small enough for the cache.
-constexpr std::size_t kBandBytes = 128 * 1024;
+// Rows are filtered and compressed in bands of about this many bytes: they stay in the cache, and
+// the C library serves blocks of this size without asking the system for fresh pages each time.
+constexpr std::size_t kBandBytes = 96 * 1024;
 
 void append32(Bytes& out, std::uint32_t value) {
     for (int shift = 24; shift >= 0; shift -= 8) {
@@ -55,14 +59,14 @@ void appendHeader(Bytes& out, const Pixels& pixels) {
     endChunk(out, chunk);
 }
 
-// One zlib stream appended to a growing buffer.
+// One zlib stream appended to `out`.
 class ZlibStream {
  public:
-    explicit ZlibStream(Bytes& out) : out_(out), used_(out.size()) {
+    explicit ZlibStream(Bytes& out) : out_(out) {
         isal_deflate_init(&stream_);
         stream_.level = kLevel;
         stream_.level_buf = memory_.get();
-        stream_.level_buf_size = ISAL_DEF_LVL1_DEFAULT;
+        stream_.level_buf_size = kLevelMemory;
         stream_.gzip_flag = IGZIP_ZLIB;
     }
 
@@ -74,42 +78,37 @@ class ZlibStream {
         stream_.avail_in = static_cast<std::uint32_t>(size);
         stream_.end_of_stream = part == Part::last;
         do {
-            if (out_.size() - used_ < kBandBytes) out_.resize(used_ + used_ / 2 + 2 * kBandBytes);
-            const std::size_t room = out_.size() - used_;
-            stream_.next_out = out_.data() + used_;
-            stream_.avail_out = static_cast<std::uint32_t>(room);
+            stream_.next_out = compressed_.get();
+            stream_.avail_out = kBandBytes;
             if (isal_deflate(&stream_) != COMP_OK) return false;
-            used_ += room - stream_.avail_out;
+            out_.insert(out_.end(), compressed_.get(), stream_.next_out);
         } while (stream_.avail_in > 0 || stream_.avail_out == 0);
         return true;
     }
 
-    // Cuts the buffer to what was written.
-    void finish() { out_.resize(used_); }
-
  private:
     Bytes& out_;
-    std::size_t used_;
     isal_zstream stream_;
-    const std::unique_ptr<std::uint8_t[]> memory_{new std::uint8_t[ISAL_DEF_LVL1_DEFAULT]};
+    const std::unique_ptr<std::uint8_t[]> memory_{new std::uint8_t[kLevelMemory]};
+    const std::unique_ptr<std::uint8_t[]> compressed_{new std::uint8_t[kBandBytes]};
 };
 
 bool appendPicture(Bytes& out, const Pixels& pixels) {
-    const std::size_t line = 1 + 3 * static_cast<std::size_t>(pixels.w);
+    RowFilter filter(pixels.w);
+    const std::size_t line = filter.lineBytes();
     const int rowsPerBand = static_cast<int>(std::max<std::size_t>(1, kBandBytes / line));
-    Bytes band(line * static_cast<std::size_t>(rowsPerBand) + 3);
+    Bytes band(line * static_cast<std::size_t>(rowsPerBand) + RowFilter::kOverrun);
     ZlibStream zlib(out);
     for (int top = 0; top < pixels.h; top += rowsPerBand) {
         const int rows = std::min(rowsPerBand, pixels.h - top);
         for (int i = 0; i < rows; ++i) {
             const int y = top + i;
-            filterRow(band.data() + line * static_cast<std::size_t>(i), pixels.row(y),
-                      y == 0 ? nullptr : pixels.row(y - 1), pixels.w);
+            filter.write(band.data() + line * static_cast<std::size_t>(i), pixels.row(y),
+                         y == 0 ? nullptr : pixels.row(y - 1));
         }
         const auto part = top + rows == pixels.h ? ZlibStream::Part::last : ZlibStream::Part::more;
         if (!zlib.add(band.data(), line * static_cast<std::size_t>(rows), part)) return false;
     }
-    zlib.finish();
     return true;
 }
 
@@ -118,6 +117,8 @@ bool appendPicture(Bytes& out, const Pixels& pixels) {
 std::optional<Bytes> encodePng(const Pixels& pixels) {
     if (pixels.w < 1 || pixels.h < 1) return std::nullopt;
     Bytes out;
+    // About what a screen comes to, so that the file is not moved while it grows.
+    out.reserve(static_cast<std::size_t>(pixels.w) * static_cast<std::size_t>(pixels.h) / 2);
     appendHeader(out, pixels);
     const std::size_t picture = beginChunk(out, "IDAT");
     if (!appendPicture(out, pixels) || out.size() > kLargestFile) return std::nullopt;

@@ -12,8 +12,10 @@ ScreenReading screenReading(PixelBuffer picture, Result<ReadText> text,
         log("payment guard: couldn't read the frame: " + text.error().message);
         return Unreadable{};
     }
-    if (text->records.size() > kMostGuardLines) {
-        log(fmt::format("payment guard: {} lines on one screen", text->records.size()));
+    std::size_t length = 0;
+    for (const auto& record : text->records) length += record.text.size() + 1;
+    if (length > kMostGuardText) {
+        log(fmt::format("payment guard: {} bytes of text on one screen", length));
         return Unreadable{};
     }
     GateFrame frame;

@@ -41,9 +41,9 @@ using ScreenReading = std::variant<GateFrame, NoFrame, Unreadable, Error>;
 ScreenReading screenReading(PixelBuffer picture, Result<ReadText> text,
                             PaymentGuard::FrameSize screen);
 
-// The limits of that: far above any real screen, and low enough that judging stays quick.
-inline constexpr std::size_t kMostGuardLines = 1'000;
-inline constexpr std::size_t kLongestGuardLine = 2'000;  // bytes
+// The limits of that, in bytes: far above any real screen, and low enough that judging ends soon.
+inline constexpr std::size_t kLongestGuardLine = 500;
+inline constexpr std::size_t kMostGuardText = 32u << 10;
 
 struct GateRoad {
     // Looks at the phone's screen now. May take as long as text recognition.

@@ -149,9 +149,8 @@ Result<Fixture> readFixture(const Place& place) {
 
 }  // namespace
 
-Result<std::vector<Fixture>> readFixtures(const std::filesystem::path& path) {
-    const std::string content = TRY(readFile(path, kLargestFixtureFile));
-    const Json json = TRY(parseJson(content));
+Result<std::vector<Fixture>> parseFixtures(std::string_view text) {
+    const Json json = TRY(parseJson(text));
     const Place list = TRY((Place{json, std::string(kWhole)}.at("cases")));
     const std::size_t count = TRY(list.listLength(kMostFixtures));
     if (count == 0) return fail("the file has no cases");
@@ -162,6 +161,11 @@ Result<std::vector<Fixture>> readFixtures(const std::filesystem::path& path) {
         fixtures.push_back(TRY(readFixture(place)));
     }
     return fixtures;
+}
+
+Result<std::vector<Fixture>> readFixtures(const std::filesystem::path& path) {
+    const std::string content = TRY(readFile(path, kLargestFixtureFile));
+    return parseFixtures(content);
 }
 
 }  // namespace tandrel::PaymentGuard

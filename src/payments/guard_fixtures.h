@@ -3,6 +3,7 @@
 #include <filesystem>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "base/result.h"
@@ -30,12 +31,13 @@ struct Fixture {
 inline constexpr std::size_t kLargestFixtureFile = 16u << 20;  // bytes
 inline constexpr std::size_t kMostFixtures = 10'000;
 inline constexpr std::size_t kMostFixtureLines = 1'000;
-inline constexpr std::size_t kLongestFixtureText = 2'000;  // bytes
+inline constexpr std::size_t kLongestFixtureText = 500;  // bytes
 
 // Reads {"cases":[{"name","frame":{"w","h"},"lines":[{"text","conf","x","y","w","h"}],
 // "action":{"kind","x","y","x2","y2","text"},"expect":{"paymentScreen","verdict","title",
 // "summary"}}]}. "conf", every member of "action" but "kind" and every member of "expect" may be
-// missing. The error names the place in the file and what is wrong there.
+// missing. The error names the place in the text and what is wrong there.
+Result<std::vector<Fixture>> parseFixtures(std::string_view text);
 Result<std::vector<Fixture>> readFixtures(const std::filesystem::path& path);
 
 }  // namespace tandrel::PaymentGuard

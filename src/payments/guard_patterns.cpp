@@ -121,6 +121,8 @@ constexpr PatternRow kRows[] = {
     {Rule::notPayee, kAnyCase,
      R"(^(the|a|an|your|my|this|pay|send|confirm|continue|money|now|passcode|side button)"
      R"(|face id|touch id)$)"},
+    // What every amount holds.
+    {Rule::currency, kAnyCase, CURRENCY},
     // A web address without its scheme, which is text to read and not a button.
     {Rule::webAddress, kAnyCase, R"(^\S+\.\S+/)"},
     // What a recognised amount or name may hold between its words.
@@ -160,13 +162,21 @@ const Regex& regex(Rule rule) {
     return *rules.byRule[static_cast<std::size_t>(rule)];
 }
 
-bool has(Rule rule, std::string_view text) { return regex(rule).has(text); }
+// An amount is looked for from every digit up to the next currency, which takes the square of the
+// length on a line of digits without one, such as a row of a table.
+static bool mayFind(Rule rule, std::string_view text) {
+    return rule != Rule::money || regex(Rule::currency).has(text);
+}
+
+bool has(Rule rule, std::string_view text) { return mayFind(rule, text) && regex(rule).has(text); }
 
 std::optional<std::string> first(Rule rule, std::string_view text) {
+    if (!mayFind(rule, text)) return std::nullopt;
     return regex(rule).first(text);
 }
 
 std::vector<std::string> all(Rule rule, std::string_view text, int group) {
+    if (!mayFind(rule, text)) return {};
     return regex(rule).all(text, group);
 }
 

@@ -32,6 +32,7 @@ enum class Rule {
     iban,
     card,
     notPayee,
+    currency,
     webAddress,
     spaces,
     numeric,

@@ -53,8 +53,11 @@ bool hasLength(std::string_view text, std::size_t least, std::size_t most) {
     return length >= least && length <= most;
 }
 
-// The rules of one line, in their order; `next` is the line below it, or none.
-void collectPayees(const std::string& line, const std::string* next,
+enum class Amount { none, shown };
+
+// The rules of one line, in their order. `amount` says whether it holds one; `next` is the line
+// below it, or none.
+void collectPayees(const std::string& line, Amount amount, const std::string* next,
                    std::vector<std::string>& payees) {
     const auto inlined = all(Rule::payeeInline, line, 1);
     if (!inlined.empty()) keep(payees, firstGraphemes(norm(inlined.front()), kLongestPayee));
@@ -71,7 +74,7 @@ void collectPayees(const std::string& line, const std::string* next,
         keep(payees, norm(paid.front()));
     }
 
-    if (has(Rule::money, line) || has(Rule::moneyLine, line)) {
+    if (amount == Amount::shown || has(Rule::moneyLine, line)) {
         for (std::string name : all(Rule::payeeTo, line, 1)) {
             if (const auto cut = regex(Rule::payeeCut).firstMatch(name)) name.resize(cut->start);
             name = trimmed(name);
@@ -118,8 +121,10 @@ std::string norm(std::string_view text) {
 Details details(const std::vector<std::string>& texts) {
     Details result;
     for (std::size_t i = 0; i < texts.size(); ++i) {
-        for (const auto& amount : all(Rule::money, texts[i])) keep(result.amounts, norm(amount));
-        collectPayees(texts[i], i + 1 < texts.size() ? &texts[i + 1] : nullptr, result.payees);
+        const auto amounts = all(Rule::money, texts[i]);
+        for (const auto& amount : amounts) keep(result.amounts, norm(amount));
+        collectPayees(texts[i], amounts.empty() ? Amount::none : Amount::shown,
+                      i + 1 < texts.size() ? &texts[i + 1] : nullptr, result.payees);
     }
     return result;
 }

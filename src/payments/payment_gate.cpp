@@ -216,10 +216,12 @@ std::optional<PaymentGate::Decision> PaymentGate::settle(Question& question,
     if (question.deadline - clock_.now() < kTooLateToAskAgain) {
         return Decision{tryAgain(fmt::format(kChangedAfterApproval, now.summary())), ""};
     }
+    const bool elsewhere = *guarded != question.guarded;
     question.guarded = *guarded;
     if (auto why = assess(*guarded, *frame)) question.why = std::move(*why);
     question.asked = std::move(guarded->action);
     question.frame = std::move(*frame);
+    if (elsewhere) question.what = wording(question.asked, question.frame);
     return std::nullopt;
 }
 

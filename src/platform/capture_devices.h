@@ -39,7 +39,8 @@ class CaptureDevices {
     // Called on a thread of the backend after a device came or went. Set once, before any other
     // call that could cause it; an empty function ends the calls and waits for one under way.
     virtual void setOnDevicesChanged(std::function<void()> changed) = 0;
-    // Asks the owner for access to cameras where the system wants that; the answer may come at once.
+    // Asks the owner for access to cameras where the system wants that; the answer may come at
+    // once.
     virtual void requestAccess(std::function<void(bool granted)> answer) = 0;
     // Starts capturing. May block for a moment. The error is the system's sentence.
     virtual Result<std::unique_ptr<CaptureSession>> open(const CaptureDeviceInfo& device,

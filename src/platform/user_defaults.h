@@ -19,6 +19,10 @@ class UserDefaults {
     // Kept when the call returns without error. Every other key stays as it was.
     virtual Result<void> set(std::string_view key, bool value) = 0;
     virtual Result<void> set(std::string_view key, std::string value) = 0;
+    // A literal is a text; without this it would be taken for a bool.
+    Result<void> set(std::string_view key, const char* value) {
+        return set(key, std::string(value));
+    }
 };
 
 }  // namespace tandrel

@@ -109,17 +109,17 @@ void multiplyRows(const PackedMatrix& matrix, const std::int8_t* rows, int rowBy
 
 void multiply(const PackedMatrix& matrix, const std::int8_t* rows, int rowBytes, int count,
               float* out) {
-    auto next = [&](int done) {
-        rows += static_cast<std::ptrdiff_t>(done) * rowBytes;
-        out += static_cast<std::ptrdiff_t>(done) * matrix.paddedOutputs();
-        count -= done;
+    int row = 0;
+    const auto input = [&] { return rows + static_cast<std::ptrdiff_t>(row) * rowBytes; };
+    const auto output = [&] {
+        return out + static_cast<std::ptrdiff_t>(row) * matrix.paddedOutputs();
     };
-    for (; count >= kRowsAtOnce; next(kRowsAtOnce)) {
-        multiplyRows<kRowsAtOnce>(matrix, rows, rowBytes, out);
+    for (; count - row >= kRowsAtOnce; row += kRowsAtOnce) {
+        multiplyRows<kRowsAtOnce>(matrix, input(), rowBytes, output());
     }
-    for (; count >= 4; next(4)) multiplyRows<4>(matrix, rows, rowBytes, out);
-    for (; count >= 2; next(2)) multiplyRows<2>(matrix, rows, rowBytes, out);
-    if (count == 1) multiplyRows<1>(matrix, rows, rowBytes, out);
+    for (; count - row >= 4; row += 4) multiplyRows<4>(matrix, input(), rowBytes, output());
+    for (; count - row >= 2; row += 2) multiplyRows<2>(matrix, input(), rowBytes, output());
+    if (count > row) multiplyRows<1>(matrix, input(), rowBytes, output());
 }
 
 void lstmCell(const float* gates, int size, float* state, std::int8_t* output) {

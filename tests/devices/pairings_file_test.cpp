@@ -1,8 +1,8 @@
 #include "devices/pairings_file.h"
 
-#include <gtest/gtest.h>
-
 #include <fstream>
+
+#include <gtest/gtest.h>
 
 #include "support/temporary_folder.h"
 

@@ -26,8 +26,8 @@ TEST(PointerCheck, ChangeStartsAtThirteenLevels) {
         std::uint8_t level;
         int changed;
     };
-    for (const Row& row : {Row{"darker by 12", 88, 0}, Row{"darker by 13", 87, 1},
-                           Row{"brighter by 13", 113, 1}}) {
+    for (const Row& row :
+         {Row{"darker by 12", 88, 0}, Row{"darker by 13", 87, 1}, Row{"brighter by 13", 113, 1}}) {
         SCOPED_TRACE(row.name);
         Thumbnail after = grey(100);
         paint(after, 27, 68, 0, row.level);

@@ -1,7 +1,7 @@
-#include <gtest/gtest.h>
-
 #include <future>
 #include <thread>
+
+#include <gtest/gtest.h>
 
 #include "engine/running_engine.h"
 #include "image/image_reader.h"
@@ -57,7 +57,8 @@ TEST_F(Api, LookReadsTheScreenInTheDeliveredPicturesPixels) {
 }
 
 TEST_F(Api, ActionsReachThePhone) {
-    EXPECT_EQ(engine.post("/tap", settingsIcon()).json(), Json({{"ok", true}, {"device", "VIRTUAL-0001"}}));
+    EXPECT_EQ(engine.post("/tap", settingsIcon()).json(),
+              Json({{"ok", true}, {"device", "VIRTUAL-0001"}}));
     EXPECT_TRUE(phoneShows("settings"));
     engine.post("/home", Json::object());
     EXPECT_TRUE(phoneShows("home"));
@@ -140,9 +141,10 @@ TEST_F(Api, PictureSizes) {
         int width;
         int height;
     };
-    for (const Row& row : {Row{"", 1206, 2622}, Row{"?maxEdge=900", 414, 900},
-                           Row{"?maxWidth=400&maxEdge=600", 276, 600}, Row{"?maxEdge=9000", 1206, 2622},
-                           Row{"?format=jpg&maxWidth=100", 100, 217}}) {
+    for (const Row& row :
+         {Row{"", 1206, 2622}, Row{"?maxEdge=900", 414, 900},
+          Row{"?maxWidth=400&maxEdge=600", 276, 600}, Row{"?maxEdge=9000", 1206, 2622},
+          Row{"?format=jpg&maxWidth=100", 100, 217}}) {
         const ClientResponse reply = engine.get(std::string("/screenshot") + row.query);
         ASSERT_EQ(reply.status, 200) << row.query;
         EXPECT_EQ(reply.headers.at("x-image-width"), std::to_string(row.width)) << row.query;
@@ -161,7 +163,8 @@ TEST_F(Api, PictureSizes) {
 TEST_F(Api, PauseStopsActionsAndNotLooking) {
     engine.awaitMatched();
     ASSERT_TRUE(engine.wiring().engine().setPaused(true));
-    for (const char* path : {"/tap", "/swipe", "/move", "/nudge", "/type", "/key", "/home", "/match"}) {
+    for (const char* path :
+         {"/tap", "/swipe", "/move", "/nudge", "/type", "/key", "/home", "/match"}) {
         EXPECT_EQ(RunningEngine::errorOf(engine.post(path, settingsIcon()), 423),
                   "Tandrel is paused: the owner turned off control in the Tandrel menu (menu bar › "
                   "Resume control)")
@@ -186,8 +189,9 @@ TEST_F(Api, APhoneThatIsGoneIsSaid) {
     engine.awaitMatched();
     engine.phone().disconnectBluetooth();
     while (!engine.get("/status").json()["hosts"].empty()) std::this_thread::yield();
-    EXPECT_EQ(RunningEngine::errorOf(engine.post("/home", Json::object()), 400),
-              "Virtual iPhone has no Bluetooth connection: pair \"Tandrel\" in its Bluetooth settings");
+    EXPECT_EQ(
+        RunningEngine::errorOf(engine.post("/home", Json::object()), 400),
+        "Virtual iPhone has no Bluetooth connection: pair \"Tandrel\" in its Bluetooth settings");
     engine.phone().unplug();
     while (!engine.get("/status").json()["devices"].empty()) std::this_thread::yield();
     EXPECT_EQ(RunningEngine::errorOf(engine.get("/screenshot"), 400),

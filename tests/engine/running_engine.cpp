@@ -1,9 +1,9 @@
 #include "engine/running_engine.h"
 
-#include <gtest/gtest.h>
-
 #include <algorithm>
 #include <cstdlib>
+
+#include <gtest/gtest.h>
 
 namespace tandrel {
 namespace {
@@ -11,8 +11,9 @@ namespace {
 // Everything the wiring reads from the environment. Set before any thread of this engine starts.
 void setEnvironment(const std::filesystem::path& home, const std::string& phones) {
     ::setenv("HOME", home.c_str(), 1);
-    for (const char* name : {"XDG_CONFIG_HOME", "XDG_DATA_HOME", "XDG_STATE_HOME",
-                             "TANDREL_APPROVALS_LOG", "TANDREL_ENGINE_URL", "TANDREL_AIRPLAY_URL"}) {
+    for (const char* name :
+         {"XDG_CONFIG_HOME", "XDG_DATA_HOME", "XDG_STATE_HOME", "TANDREL_APPROVALS_LOG",
+          "TANDREL_ENGINE_URL", "TANDREL_AIRPLAY_URL"}) {
         ::unsetenv(name);
     }
     ::setenv("TANDREL_VIRTUAL_PHONE", phones.c_str(), 1);

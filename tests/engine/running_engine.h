@@ -18,9 +18,11 @@ class RunningEngine {
  public:
     static constexpr const char* kDefaultPhone = "1";
 
-    // `phones` as in TANDREL_VIRTUAL_PHONE. An engine started again with the same `home` is a restart.
-    explicit RunningEngine(const std::string& phones = kDefaultPhone,
-                           std::shared_ptr<TemporaryFolder> home = std::make_shared<TemporaryFolder>());
+    // `phones` as in TANDREL_VIRTUAL_PHONE. An engine started again with the same `home` is a
+    // restart.
+    explicit RunningEngine(
+        const std::string& phones = kDefaultPhone,
+        std::shared_ptr<TemporaryFolder> home = std::make_shared<TemporaryFolder>());
 
     ClientResponse get(const std::string& target);
     ClientResponse post(const std::string& target, const Json& body);

@@ -70,6 +70,11 @@ std::string RawClient::read(std::size_t bytes) {
     return all;
 }
 
+bool RawClient::closedWithoutReply() {
+    const std::string reply = readAll();
+    return reply.empty() || reply == "<reset>";
+}
+
 void RawClient::awaitPeerClose() {
     pollfd wait{socket_.fd(), POLLRDHUP, 0};
     ::poll(&wait, 1, static_cast<int>(std::chrono::milliseconds(kPatience).count()));

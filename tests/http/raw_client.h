@@ -34,8 +34,8 @@ class RawClient {
     std::string readAll();
     // Like readAll, but only up to `bytes`.
     std::string read(std::size_t bytes);
-    // Whether the server has closed without a word.
-    bool closedWithoutReply() { return readAll().empty(); }
+    // Whether the server closes, or resets because of bytes that it did not read, without a word.
+    bool closedWithoutReply();
     bool connected() const { return static_cast<bool>(socket_); }
     explicit operator bool() const { return connected(); }
     std::uint16_t ownPort() const { return boundPort(socket_); }

@@ -196,7 +196,9 @@ TEST_F(ServedUnderLoad, StopsWithEveryKindOfConnectionOpen) {
     server->stop();
     EXPECT_EQ(threadsNamed("pocketlink.http"), 0);
     EXPECT_TRUE(gate.awaitLeft(8));
-    for (RawClient& client : idle) EXPECT_EQ(client.readAll(), "");
+    for (auto* group : {&idle, &slow, &waiting}) {
+        for (RawClient& client : *group) EXPECT_TRUE(client.closedWithoutReply());
+    }
     EXPECT_FALSE(RawClient(server->port()).connected());
 }
 
@@ -250,8 +252,7 @@ TEST_F(ServedUnderLoad, BoundsTheBytesOfUnfinishedRequests) {
     first.send(part).send(std::string(400'000, ' '));
     RawClient tooMuch(server->port());
     tooMuch.send("POST /ok HTTP/1.1\r\nContent-Length: 2000000\r\n\r\n");
-    const std::string reply = tooMuch.send(std::string(1'500'000, ' ')).readAll();
-    EXPECT_TRUE(reply.empty() || reply == "<reset>");
+    EXPECT_TRUE(tooMuch.send(std::string(1'500'000, ' ')).closedWithoutReply());
     EXPECT_EQ(firstLineOf(first.send(std::string(100'000, ' ')).readAll()), kOk);
     EXPECT_EQ(get(), kOk);
 }

@@ -84,6 +84,13 @@ TEST_F(PaymentGateTest, AnApprovalHoldsForTheScreenThatWasApproved) {
     EXPECT_THAT(events(), ElementsAre(kAsked, "approved: tap “Confirm”: €25.00 to Ilse Varga"));
 }
 
+// Known limit: what is compared is the payment, not the label under the point.
+TEST_F(PaymentGateTest, AnotherLabelForTheSamePaymentIsTheSame) {
+    screens_ = {transfer(), frameOf({"Recipient", "Ilse Varga", "Amount", "€25.00", "Delete"})};
+    owner_.answer({kApprove});
+    EXPECT_EQ(run(tapOnRow(4)).status, 200);
+}
+
 TEST_F(PaymentGateTest, AChangedPaymentIsAskedAgain) {
     screens_ = {transfer(), transfer("€2,500.00")};
     owner_.answer({kApprove, kApprove});
@@ -182,6 +189,7 @@ TEST_F(PaymentGateTest, AnApprovalIsForThePlaceThatWasShown) {
     ASSERT_EQ(owner_.asked.size(), 2u);
     EXPECT_EQ(owner_.asked[1].why, "an unlabelled spot on a payment screen showing €25.00");
     EXPECT_EQ(owner_.asked[1].place, (PlaceOnScreen{0.5, 0.9}));
+    EXPECT_EQ(owner_.asked[1].what, "tap the screen");
 }
 
 // --- what goes ahead without a look, and what does not

@@ -1,13 +1,13 @@
 #include "support/child_program.h"
 
+#include <csignal>
+#include <stdexcept>
+
 #include <fcntl.h>
 #include <poll.h>
 #include <spawn.h>
 #include <sys/wait.h>
 #include <unistd.h>
-
-#include <csignal>
-#include <stdexcept>
 
 namespace tandrel {
 namespace {
@@ -53,7 +53,8 @@ ChildProgram::~ChildProgram() {
 
 bool ChildProgram::readMore() {
     pollfd waiting{pipe_, POLLIN, 0};
-    if (::poll(&waiting, 1, kPatienceMilliseconds) <= 0) throw std::runtime_error("no output: " + output_);
+    if (::poll(&waiting, 1, kPatienceMilliseconds) <= 0)
+        throw std::runtime_error("no output: " + output_);
     char chunk[4096];
     const ssize_t count = ::read(pipe_, chunk, sizeof chunk);
     if (count <= 0) return false;

@@ -56,7 +56,9 @@ void ManualClock::wakeAttached() {
         }
     }
     for (const auto& wakeup : alive) {
-        { std::lock_guard taken(wakeup->mutex); }
+        {
+            std::lock_guard taken(wakeup->mutex);
+        }
         wakeup->condition.notify_all();
     }
 }

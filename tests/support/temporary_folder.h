@@ -10,7 +10,8 @@ namespace tandrel {
 class TemporaryFolder {
  public:
     TemporaryFolder() {
-        std::string name = (std::filesystem::temp_directory_path() / "tandrel-test-XXXXXX").string();
+        std::string name =
+            (std::filesystem::temp_directory_path() / "tandrel-test-XXXXXX").string();
         path_ = ::mkdtemp(name.data());
     }
     ~TemporaryFolder() {

@@ -24,6 +24,8 @@ class DesktopNotifications final : public Notifications {
         queue_.stop();
         if (sound_ != nullptr) ca_context_destroy(sound_);
     }
+    DesktopNotifications(const DesktopNotifications&) = delete;
+    DesktopNotifications& operator=(const DesktopNotifications&) = delete;
 
     void post(const std::string& identifier, const std::string& title,
               const std::string& text) override {

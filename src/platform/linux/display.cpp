@@ -1,8 +1,8 @@
 #include "platform/linux/display.h"
 
-#include <xcb/xcb.h>
-
 #include <cstdlib>
+
+#include <xcb/xcb.h>
 
 #include "base/environment.h"
 

@@ -27,6 +27,8 @@ class ImageCaptureDevices final : public CaptureDevices {
     };
     explicit ImageCaptureDevices(Options options, Clock& clock = systemClock());
     ~ImageCaptureDevices() override;
+    ImageCaptureDevices(const ImageCaptureDevices&) = delete;
+    ImageCaptureDevices& operator=(const ImageCaptureDevices&) = delete;
 
     static constexpr Duration kLookInterval = std::chrono::milliseconds(500);
 

@@ -74,8 +74,8 @@ void ImagePlayer::startRound() {
     files_ = std::filesystem::is_directory(options_.path, error)
                  ? imagesIn(options_.path)
                  : std::vector<std::filesystem::path>{options_.path};
-    std::erase_if(loaded_, [this](const auto& entry) {
-        return !std::ranges::binary_search(files_, entry.first);
+    std::erase_if(loaded_, [&files = files_](const auto& entry) {
+        return !std::ranges::binary_search(files, entry.first);
     });
 }
 

@@ -22,6 +22,8 @@ class ImagePlayer final : public CaptureSession {
     // Loads the first image on the caller's thread; the error names the file.
     static Result<std::unique_ptr<CaptureSession>> open(Options options, Clock& clock);
     ~ImagePlayer() override;
+    ImagePlayer(const ImagePlayer&) = delete;
+    ImagePlayer& operator=(const ImagePlayer&) = delete;
 
     static constexpr Duration kShortestInterval = std::chrono::milliseconds(5);
     static constexpr std::size_t kMostFiles = 10'000;

@@ -26,6 +26,7 @@ class JsonUserDefaults final : public UserDefaults {
 
     std::optional<bool> boolValue(std::string_view key) const override;
     std::optional<std::string> textValue(std::string_view key) const override;
+    using UserDefaults::set;
     Result<void> set(std::string_view key, bool value) override;
     Result<void> set(std::string_view key, std::string value) override;
 

@@ -14,6 +14,8 @@ class LinuxMainLoop final : public MainLoop {
     explicit LinuxMainLoop(Clock& clock = systemClock());
     // What was posted and not run is dropped; timers that are still held do nothing any more.
     ~LinuxMainLoop() override;
+    LinuxMainLoop(const LinuxMainLoop&) = delete;
+    LinuxMainLoop& operator=(const LinuxMainLoop&) = delete;
 
     // A repeating timer that falls behind skips the turns it missed; `interval` is at least this.
     static constexpr Duration kShortestInterval = std::chrono::milliseconds(1);

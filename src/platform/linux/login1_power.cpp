@@ -1,5 +1,6 @@
 #include "platform/linux/login1_power.h"
 
+#include <fcntl.h>
 #include <fmt/format.h>
 #include <pthread.h>
 
@@ -83,12 +84,14 @@ void Login1Power::takeInhibitor() {
         .withArguments(std::string("sleep"), std::string("Tandrel"),
                        std::string("Control of the phone is handed back first"),
                        std::string("delay"))
-        .uponReplyInvoke([this](const sdbus::Error* error, sdbus::UnixFd inhibitor) {
+        .uponReplyInvoke([this](const sdbus::Error* error, const sdbus::UnixFd& inhibitor) {
             if (error != nullptr) {
                 log("power: the computer won't wait before it sleeps: " + error->getMessage());
                 return;
             }
-            inhibitor_ = std::make_shared<FileDescriptor>(inhibitor.release());
+            // The library's own duplicate would be inherited by programs that are started.
+            inhibitor_ =
+                std::make_shared<FileDescriptor>(::fcntl(inhibitor.get(), F_DUPFD_CLOEXEC, 0));
         });
 }
 

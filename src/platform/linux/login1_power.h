@@ -22,6 +22,8 @@ class Login1Power final : public Power {
     // for tests.
     explicit Login1Power(MainLoop& loop, const std::string& busAddress = "");
     ~Login1Power() override;
+    Login1Power(const Login1Power&) = delete;
+    Login1Power& operator=(const Login1Power&) = delete;
 
     void setOnSleep(std::function<void()> willSleep) override;
     void setOnWake(std::function<void()> didWake) override;

@@ -31,4 +31,19 @@ const TouchArea* DisplayList::areaAt(Point point, double scroll) const {
     return topmost(content.areas, {point.x, point.y + scroll});
 }
 
+std::optional<Point> DisplayList::find(std::string_view label, double scroll, double height) const {
+    std::optional<Point> found;
+    const auto search = [&](const DisplayLayer& layer, double offset) {
+        for (const TouchArea& area : layer.areas) {
+            const Point center{area.rect.center().x, area.rect.center().y - offset};
+            if (area.label != label || center.y < 0 || center.y >= height) continue;
+            const TouchArea* there = areaAt(center, scroll);
+            if (there != nullptr && there->label == label) found = center;
+        }
+    };
+    search(content, scroll);
+    search(bars, 0);
+    return found;
+}
+
 }  // namespace tandrel

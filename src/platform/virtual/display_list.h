@@ -1,7 +1,9 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
+#include <string_view>
 #include <variant>
 #include <vector>
 
@@ -97,6 +99,9 @@ struct DisplayList {
 
     // The topmost area at a point of the screen; none when there is nothing to touch.
     const TouchArea* areaAt(Point point, double scroll) const;
+    // Where on a screen of this height the middle of the topmost area with the label can be
+    // touched.
+    std::optional<Point> find(std::string_view label, double scroll, double height) const;
 };
 
 }  // namespace tandrel

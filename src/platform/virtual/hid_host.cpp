@@ -1,13 +1,13 @@
 #include "platform/virtual/hid_host.h"
 
 #include <algorithm>
-#include <optional>
 
 namespace tandrel {
 namespace {
 
 constexpr std::string_view kHidService = "00001812-0000-1000-8000-00805F9B34FB";
 constexpr std::string_view kReportMap = "2A4B";
+constexpr std::string_view kControlPoint = "2A4C";
 constexpr std::string_view kReport = "2A4D";
 constexpr std::string_view kReportReference = "2908";
 constexpr std::string_view kBatteryLevel = "2A19";
@@ -24,7 +24,7 @@ constexpr std::uint16_t kFirstModifier = 0xE0;
 constexpr std::uint16_t kLastModifier = 0xE7;
 
 std::optional<Bytes> valueOf(const GattCharacteristic& characteristic, const HidHost::Read& read) {
-    if (characteristic.value) return *characteristic.value;
+    if (characteristic.value) return characteristic.value;
     GattReadReply reply = read(characteristic.id);
     if (reply.error != AttError::none) return std::nullopt;
     return std::move(reply.value);
@@ -87,7 +87,9 @@ Result<HidHost> HidHost::discover(const std::vector<GattService>& services, cons
             const bool extra =
                 characteristic.uuid == kBatteryLevel || characteristic.uuid == kServiceChanged;
             if (extra) host.subscriptions_.push_back(characteristic.id);
+            if (characteristic.uuid == kServiceChanged) host.serviceChanged_ = characteristic.id;
             if (service.uuid != kHidService) continue;
+            if (characteristic.uuid == kControlPoint) host.controlPoint_ = characteristic.id;
             if (characteristic.uuid == kReportMap) descriptor = valueOf(characteristic, read);
             if (const auto id = inputReportId(characteristic)) {
                 host.inputReports_.emplace(characteristic.id, *id);
@@ -101,10 +103,6 @@ Result<HidHost> HidHost::discover(const std::vector<GattService>& services, cons
                   [&](const auto& report) { return host.map_.reportBytes(report.second) == 0; });
     if (host.inputReports_.empty()) return fail("the peripheral has no input reports");
     return host;
-}
-
-bool HidHost::isSubscribed(CharacteristicId characteristic) const {
-    return std::ranges::find(subscriptions_, characteristic) != subscriptions_.end();
 }
 
 std::vector<InputEvent> HidHost::receive(CharacteristicId characteristic,

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <functional>
 #include <map>
+#include <optional>
 #include <set>
 #include <span>
 #include <vector>
@@ -28,7 +29,9 @@ class HidHost {
     // What a host subscribes to: the input reports and, where there are, battery level and Service
     // Changed; in the order of the services.
     const std::vector<CharacteristicId>& subscriptions() const { return subscriptions_; }
-    bool isSubscribed(CharacteristicId characteristic) const;
+    // None where the peripheral has no such characteristic.
+    std::optional<CharacteristicId> serviceChanged() const { return serviceChanged_; }
+    std::optional<CharacteristicId> controlPoint() const { return controlPoint_; }
 
     // What one notification tells. A characteristic that brings no input report, and a report that
     // is shorter than the map says, tell nothing.
@@ -41,6 +44,8 @@ class HidHost {
     HidReportMap map_;
     std::map<CharacteristicId, std::uint8_t> inputReports_;
     std::vector<CharacteristicId> subscriptions_;
+    std::optional<CharacteristicId> serviceChanged_;
+    std::optional<CharacteristicId> controlPoint_;
     bool buttonDown_ = false;
     std::map<std::uint8_t, std::set<std::uint16_t>> held_;  // keys and controls by report id
 };

@@ -168,7 +168,7 @@ class MapReader {
             HidReportMap::kMostUsages - std::min(usages_.size(), HidReportMap::kMostUsages)) {
             return error("too many usages");
         }
-        for (std::uint32_t usage = first; usage <= last; ++usage) usages_.push_back(usage);
+        for (std::uint32_t i = 0; i <= last - first; ++i) usages_.push_back(first + i);
         return {};
     }
 

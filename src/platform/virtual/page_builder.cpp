@@ -133,7 +133,7 @@ void PageBuilder::addRow(const Row& row, const Rect& place) {
     if (!row.toggle.empty()) {
         addSwitch(row, place);
         right -= 60;
-    } else if (row.tap && !row.tap->go.empty()) {
+    } else if (row.tap) {
         addShape(GlyphShape{{right - 12, place.y + (kRowHeight - 15) / 2, 15, 15},
                             findGlyph("chevron"),
                             theme_.placeholder});

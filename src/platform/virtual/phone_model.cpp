@@ -3,25 +3,11 @@
 #include <algorithm>
 #include <cmath>
 
-#include "base/unicode.h"
 #include "platform/virtual/keyboard_layout.h"
+#include "platform/virtual/text_entry.h"
 
 namespace tandrel {
 namespace {
-
-constexpr double kDragStart = 10;              // points that a touch may wander and still be a tap
-constexpr double kHomeSwipeZone = 24;          // points from the bottom edge
-constexpr double kHomeSwipe = 80;              // points upwards
-constexpr double kSlideDone = 0.9;             // of a slide control's length
-constexpr std::size_t kLongestEntry = 10'000;  // bytes of a field or of the search
-constexpr std::string_view kAssistiveTouch = "assistiveTouch";
-constexpr std::string_view kDarkMode = "darkMode";
-
-constexpr std::uint16_t kReturn = 0x28;
-constexpr std::uint16_t kEscape = 0x29;
-constexpr std::uint16_t kBackspace = 0x2A;
-constexpr std::uint16_t kSpace = 0x2C;
-constexpr std::uint16_t kKeyH = 0x0B;
 
 // Slow motion is finer and fast motion coarser than the counts, as pointers do.
 double accelerated(int counts) { return counts * (0.6 + std::abs(counts) / 64.0); }
@@ -32,11 +18,6 @@ void note(std::vector<Value>& list, Value value) {
     list.push_back(std::move(value));
 }
 
-void removeLast(std::string& text) {
-    const auto count = graphemeCount(text);
-    if (count > 0) text = firstGraphemes(text, count - 1);
-}
-
 }  // namespace
 
 PhoneModel::PhoneModel(const Scenario& scenario, Fonts& fonts)
@@ -44,56 +25,48 @@ PhoneModel::PhoneModel(const Scenario& scenario, Fonts& fonts)
     const PhoneTraits& phone = scenario.phone;
     state_.width = phone.width / phone.scale;
     state_.height = phone.height / phone.scale;
-    for (const Page& page : scenario.pages) {
-        for (const Item& item : page.items) {
-            const auto* rows = std::get_if<RowsItem>(&item);
-            if (rows == nullptr) continue;
-            for (const Row& row : rows->rows) {
-                if (!row.toggle.empty()) state_.toggles.emplace(row.toggle, row.on);
-            }
-        }
-    }
-    state_.toggles.insert_or_assign(std::string(kAssistiveTouch), phone.assistiveTouch);
-    state_.toggles.insert_or_assign(std::string(kDarkMode), phone.appearance == Appearance::dark);
+    state_.toggles = scenario.switches();
     locked_ = phone.screen != ScreenPower::awake;
     asleep_ = phone.screen == ScreenPower::asleep;
     showPage(scenario.start);
 }
 
 void PhoneModel::receive(const InputEvent& event, TimePoint now) {
-    std::visit([&](const auto& any) { receive(any, now); }, event);
+    std::visit([&](const auto& any) { handle(any, now); }, event);
 }
 
-void PhoneModel::receive(const PointerTo& event, TimePoint now) {
-    placePointer(toPoint(event.to), now);
+void PhoneModel::handle(const PointerTo& event, TimePoint) { placePointer(toPoint(event.to)); }
+
+void PhoneModel::handle(const PointerBy& event, TimePoint) {
+    const Point from = pointerPlace();
+    placePointer({from.x + accelerated(event.dx), from.y + accelerated(event.dy)});
 }
 
-void PhoneModel::receive(const PointerBy& event, TimePoint now) {
-    const Point from = pointer_.value_or(Point{state_.width / 2, state_.height / 2});
-    placePointer({from.x + accelerated(event.dx), from.y + accelerated(event.dy)}, now);
-}
-
-void PhoneModel::placePointer(Point at, TimePoint) {
+void PhoneModel::placePointer(Point at) {
     const Point place{std::clamp(at.x, 0.0, state_.width), std::clamp(at.y, 0.0, state_.height)};
     ++record_.pointerMoves;
     if (pointer_ != place) ++pointerRevision_;
     pointer_ = place;
-    if (touch_) drag(place);
+    drag(place);
 }
 
-void PhoneModel::receive(ButtonEvent event, TimePoint now) {
+Point PhoneModel::pointerPlace() const {
+    return pointer_.value_or(Point{state_.width / 2, state_.height / 2});
+}
+
+void PhoneModel::handle(ButtonEvent event, TimePoint now) {
+    using Effect = TouchGesture::Effect;
     if (event == ButtonEvent::up) return release(now);
-    press(pointer_.value_or(Point{state_.width / 2, state_.height / 2}), now,
-          isOn(kAssistiveTouch));
+    press(pointerPlace(), now, isOn(kAssistiveTouchSwitch) ? Effect::taken : Effect::ignored);
 }
 
-void PhoneModel::receive(const ConsumerEvent& event, TimePoint) {
+void PhoneModel::handle(const ConsumerEvent& event, TimePoint) {
     note(record_.consumers, event);
     if (asleep_) return wake();
     if (event.usage == kAcHome) goHome();
 }
 
-void PhoneModel::receive(const KeyEvent& event, TimePoint) {
+void PhoneModel::handle(const KeyEvent& event, TimePoint) {
     note(record_.keys, event);
     const bool command = (event.modifiers & kCommandKeys) != 0;
     const Shift shift = (event.modifiers & kShiftKeys) != 0 ? Shift::down : Shift::up;
@@ -102,44 +75,45 @@ void PhoneModel::receive(const KeyEvent& event, TimePoint) {
     if (record_.typed.size() < kLongestEntry) record_.typed += text;
     if (asleep_) return wake();
     if (locked_) return;
-    if (command && event.usage == kKeyH) return goHome();
-    if (command && event.usage == kSpace) return openSearch();
+    if (command && event.usage == kHKey) return goHome();
+    if (command && event.usage == kSpaceKey) return toggleSearch();
     if (command) return;
     if (searching_) return typeIntoSearch(event.usage, text);
-    if (!state_.focus.empty()) typeIntoField(event.usage, text);
+    typeIntoField(event.usage, text);
 }
 
-void PhoneModel::openSearch() {
+void PhoneModel::toggleSearch() {
     searching_ = !searching_;
     query_.clear();
     screenChanged();
 }
 
 void PhoneModel::typeIntoSearch(std::uint16_t usage, std::string_view text) {
-    if (usage == kReturn) {
+    if (usage == kEscapeKey) return toggleSearch();
+    if (usage == kReturnKey) {
         const auto found = searchIcons(scenario_, query_);
-        if (!found.empty()) perform(found.front()->tap);
+        if (!found.empty()) openFromSearch(found.front()->tap);
         return;
     }
-    if (usage == kEscape) searching_ = false;
-    if (usage == kBackspace) removeLast(query_);
-    if (query_.size() + text.size() <= kLongestEntry) query_ += text;
+    enterKey(query_, usage, text);
     screenChanged();
 }
 
+void PhoneModel::openFromSearch(const Action& action) {
+    if (searching_) toggleSearch();
+    perform(action);
+}
+
 void PhoneModel::typeIntoField(std::uint16_t usage, std::string_view text) {
-    const FieldItem* field = findField(state_.focus);
+    const FieldItem* field = page_->findField(state_.focus);
     if (field == nullptr) return;
-    if (usage == kReturn && field->kind == FieldKind::line) {
-        const auto submit = field->submit;
+    if (usage == kEscapeKey) return focus("");
+    if (usage == kReturnKey && field->kind == FieldKind::line) {
         focus("");
-        if (submit) perform(*submit);
+        if (field->submit) perform(*field->submit);
         return;
     }
-    if (usage == kEscape) return focus("");
-    std::string& entry = state_.fields.try_emplace(field->name, field->text).first->second;
-    if (usage == kBackspace) removeLast(entry);
-    if (entry.size() + text.size() <= kLongestEntry) entry += text;
+    enterKey(state_.fields.try_emplace(field->name, field->text).first->second, usage, text);
     screenChanged();
 }
 
@@ -148,106 +122,97 @@ void PhoneModel::focus(const std::string& field) {
     screenChanged();
 }
 
-const FieldItem* PhoneModel::findField(std::string_view name) const {
-    for (const Item& item : page_->items) {
-        const auto* field = std::get_if<FieldItem>(&item);
-        if (field != nullptr && field->name == name) return field;
-    }
-    return nullptr;
-}
-
 void PhoneModel::touch(TouchPhase phase, ScreenFraction at, TimePoint now) {
-    switch (phase) {
-        case TouchPhase::down:
-            return press(toPoint(at), now, true);
-        case TouchPhase::move:
-            return drag(toPoint(at));
-        case TouchPhase::up:
-            drag(toPoint(at));
-            return release(now);
-    }
+    if (phase == TouchPhase::down) return press(toPoint(at), now, TouchGesture::Effect::taken);
+    drag(toPoint(at));
+    if (phase == TouchPhase::up) release(now);
 }
 
-void PhoneModel::press(Point at, TimePoint now, bool effective) {
+void PhoneModel::press(Point at, TimePoint now, TouchGesture::Effect effect) {
     if (touch_) return;
-    Touch touch{.area = {},
-                .start = at,
-                .last = at,
-                .startScroll = scroll_,
-                .ignored = !effective || asleep_,
-                .dragging = false,
-                .since = now};
-    if (effective && asleep_) wake();
-    if (!touch.ignored) {
-        if (const TouchArea* area = display().areaAt(at, scroll_)) touch.area = *area;
+    const bool wakes = asleep_ && effect == TouchGesture::Effect::taken;
+    TouchGesture::Beginning beginning{.at = at,
+                                      .time = now,
+                                      .effect = asleep_ ? TouchGesture::Effect::ignored : effect,
+                                      .area = {},
+                                      .page = page_->name,
+                                      .visit = visit_,
+                                      .scroll = scroll_};
+    if (wakes) wake();
+    if (beginning.effect == TouchGesture::Effect::taken) {
+        if (const TouchArea* area = display().areaAt(at, scroll_)) beginning.area = *area;
     }
-    touch_ = std::move(touch);
+    touch_.emplace(std::move(beginning));
 }
 
 void PhoneModel::drag(Point to) {
     if (!touch_) return;
-    touch_->last = to;
-    const double dx = to.x - touch_->start.x;
-    const double dy = to.y - touch_->start.y;
-    if (std::hypot(dx, dy) > kDragStart) touch_->dragging = true;
-    if (!touch_->dragging || touch_->ignored || locked_) return;
-    if (std::holds_alternative<SlideTarget>(touch_->area.target)) {
-        state_.slide = touch_->area.label;
-        state_.slideOffset = dx;
+    touch_->moveTo(to);
+    if (!touch_->isDrag() || !isCurrent(*touch_) || locked_ || searching_) return;
+    const auto& beginning = touch_->beginning();
+    if (std::holds_alternative<SlideTarget>(beginning.area.target)) {
+        state_.slide = beginning.area.label;
+        state_.slideOffset = touch_->right();
         return screenChanged();
     }
-    const double scroll = std::clamp(touch_->startScroll - dy, 0.0, scrollEnd());
+    const double scroll = std::clamp(beginning.scroll + touch_->up(), 0.0, scrollEnd());
     if (scroll == scroll_) return;
     scroll_ = scroll;
-    screenChanged(false);
+    ++screenRevision_;
+}
+
+// The screen took it and still shows what was touched.
+bool PhoneModel::isCurrent(const TouchGesture& touch) const {
+    return touch.isTaken() && touch.beginning().visit == visit_ && !asleep_;
 }
 
 void PhoneModel::release(TimePoint now) {
     if (!touch_) return;
-    const Touch touch = *std::exchange(touch_, std::nullopt);
+    const TouchGesture touch = *touch_;
+    touch_.reset();
+    const auto& beginning = touch.beginning();
     using Kind = VirtualTouch::Kind;
-    const bool ignored = touch.ignored || (locked_ && !touch.dragging);
-    note(record_.touches, {.kind = ignored          ? Kind::ignored
-                                   : touch.dragging ? Kind::drag
-                                                    : Kind::tap,
-                           .from = toFraction(touch.start),
-                           .to = toFraction(touch.last),
-                           .page = page_->name,
-                           .hit = touch.area.label,
-                           .seconds = toSeconds(now - touch.since)});
-    if (!ignored) finishTouch(touch);
+    VirtualTouch noted{.kind = touch.isDrag() ? Kind::drag : Kind::tap,
+                       .from = toFraction(beginning.at),
+                       .to = toFraction(touch.last()),
+                       .page = beginning.page,
+                       .hit = beginning.area.label,
+                       .seconds = toSeconds(now - beginning.time)};
+    const bool takenWhenLocked = touch.isSwipeUp();
+    if (!isCurrent(touch) || (locked_ && !takenWhenLocked)) noted.kind = Kind::ignored;
+    const bool ignored = noted.kind == Kind::ignored;
+    note(record_.touches, std::move(noted));
+    endSlide();
+    if (!ignored) finish(touch);
 }
 
-bool PhoneModel::endedAsHomeSwipe(const Touch& touch) const {
-    return touch.start.y >= state_.height - kHomeSwipeZone &&
-           touch.start.y - touch.last.y >= kHomeSwipe;
+void PhoneModel::endSlide() {
+    if (state_.slide.empty()) return;
+    state_.slide.clear();
+    state_.slideOffset = 0;
+    screenChanged();
 }
 
-void PhoneModel::finishTouch(const Touch& touch) {
+void PhoneModel::finish(const TouchGesture& touch) {
     if (locked_) {
-        if (touch.start.y - touch.last.y < kHomeSwipe) return;
         if (!scenario_.phone.passcode) return unlock();
         prompt_ = LockPrompt::passcode;
         return screenChanged();
     }
-    if (endedAsHomeSwipe(touch)) return goHome();
-    if (!touch.dragging) return activate(touch.area);
-    const auto* slide = std::get_if<SlideTarget>(&touch.area.target);
-    if (slide == nullptr) return;
-    const bool done = touch.last.x - touch.start.x >= kSlideDone * slide->distance;
-    state_.slide.clear();
-    state_.slideOffset = 0;
-    screenChanged();
-    if (done) perform(slide->done);
+    if (touch.isHomeSwipe(state_.height)) return goHome();
+    const TouchArea& area = touch.beginning().area;
+    if (!touch.isDrag()) return activate(area);
+    const auto* slide = std::get_if<SlideTarget>(&area.target);
+    if (slide != nullptr && touch.isSlideDone(*slide)) perform(slide->done);
 }
 
 void PhoneModel::activate(const TouchArea& area) {
     if (const auto* action = std::get_if<Action>(&area.target)) return perform(*action);
     if (const auto* toggle = std::get_if<ToggleTarget>(&area.target)) return flip(toggle->name);
     if (const auto* field = std::get_if<FieldTarget>(&area.target)) return focus(field->name);
-    if (std::holds_alternative<SearchTarget>(area.target)) return openSearch();
+    if (std::holds_alternative<SearchTarget>(area.target)) return toggleSearch();
     if (const auto* result = std::get_if<SearchResultTarget>(&area.target)) {
-        return perform(result->open);
+        return openFromSearch(result->open);
     }
     if (!state_.focus.empty()) focus("");
 }
@@ -326,14 +291,14 @@ void PhoneModel::rotate() {
     screenChanged();
 }
 
-void PhoneModel::screenChanged(bool relayout) {
-    if (relayout) display_.reset();
+void PhoneModel::screenChanged() {
+    display_.reset();
     ++screenRevision_;
 }
 
 const DisplayList& PhoneModel::display() {
     if (display_) return *display_;
-    state_.appearance = isOn(kDarkMode) ? Appearance::dark : Appearance::light;
+    state_.appearance = isOn(kDarkModeSwitch) ? Appearance::dark : Appearance::light;
     if (locked_) {
         display_ = layOutLockScreen(scenario_.phone, state_, prompt_);
     } else if (searching_) {
@@ -352,8 +317,14 @@ PhoneModel::Look PhoneModel::look() {
               .height = state_.height,
               .scroll = locked_ || searching_ ? 0 : scroll_,
               .pointer = {}};
-    if (!asleep_ && isOn(kAssistiveTouch)) look.pointer = pointer_;
+    if (!asleep_ && isOn(kAssistiveTouchSwitch)) look.pointer = pointer_;
     return look;
+}
+
+std::optional<ScreenFraction> PhoneModel::find(std::string_view label) {
+    if (asleep_) return std::nullopt;
+    const auto place = display().find(label, scroll_, state_.height);
+    return place ? std::optional(toFraction(*place)) : std::nullopt;
 }
 
 const VirtualPhoneRecord& PhoneModel::record() {

@@ -11,6 +11,7 @@
 #include "platform/virtual/layout.h"
 #include "platform/virtual/phone_record.h"
 #include "platform/virtual/scenario.h"
+#include "platform/virtual/touch_gesture.h"
 
 namespace tandrel {
 
@@ -45,6 +46,8 @@ class PhoneModel {
         std::optional<Point> pointer;
     };
     Look look();
+    // The middle of the topmost thing with this label that can be seen.
+    std::optional<ScreenFraction> find(std::string_view label);
     // Raised whenever the screen changed apart from the pointer, and whenever the pointer did.
     std::uint64_t screenRevision() const { return screenRevision_; }
     std::uint64_t pointerRevision() const { return pointerRevision_; }
@@ -57,41 +60,33 @@ class PhoneModel {
     const VirtualPhoneRecord& record();
 
  private:
-    struct Touch {
-        TouchArea area;  // as it was when the touch began
-        Point start;
-        Point last;
-        double startScroll = 0;
-        bool ignored = false;
-        bool dragging = false;
-        TimePoint since;
-    };
+    void handle(const PointerTo& event, TimePoint now);
+    void handle(const PointerBy& event, TimePoint now);
+    void handle(ButtonEvent event, TimePoint now);
+    void handle(const KeyEvent& event, TimePoint now);
+    void handle(const ConsumerEvent& event, TimePoint now);
 
-    void receive(const PointerTo& event, TimePoint now);
-    void receive(const PointerBy& event, TimePoint now);
-    void receive(ButtonEvent event, TimePoint now);
-    void receive(const KeyEvent& event, TimePoint now);
-    void receive(const ConsumerEvent& event, TimePoint now);
-
-    void placePointer(Point at, TimePoint now);
-    void press(Point at, TimePoint now, bool effective);
+    void placePointer(Point at);
+    Point pointerPlace() const;
+    void press(Point at, TimePoint now, TouchGesture::Effect effect);
     void drag(Point to);
     void release(TimePoint now);
-    void finishTouch(const Touch& touch);
+    bool isCurrent(const TouchGesture& touch) const;
+    void finish(const TouchGesture& touch);
+    void endSlide();
     void activate(const TouchArea& area);
-    bool endedAsHomeSwipe(const Touch& touch) const;
+    void toggleSearch();
     void typeIntoSearch(std::uint16_t usage, std::string_view text);
+    void openFromSearch(const Action& action);
     void typeIntoField(std::uint16_t usage, std::string_view text);
-    void openSearch();
     void focus(const std::string& field);
-    const FieldItem* findField(std::string_view name) const;
     void flip(const std::string& toggle);
     bool isOn(std::string_view toggle) const;
     const DisplayList& display();
-    void screenChanged(bool relayout = true);
+    void screenChanged();
+    double scrollEnd();
     Point toPoint(ScreenFraction at) const;
     ScreenFraction toFraction(Point at) const;
-    double scrollEnd();
 
     const Scenario& scenario_;
     Fonts& fonts_;
@@ -99,7 +94,7 @@ class PhoneModel {
     LayoutState state_;
     std::optional<DisplayList> display_;
     VirtualPhoneRecord record_;
-    std::optional<Touch> touch_;
+    std::optional<TouchGesture> touch_;
     std::optional<Point> pointer_;
     LockPrompt prompt_ = LockPrompt::none;
     bool locked_ = false;

@@ -11,7 +11,8 @@ namespace tandrel {
 
 // One touch from down to up, by the pointer's button or by a finger.
 struct VirtualTouch {
-    // ignored: the phone slept or was locked, or AssistiveTouch was off
+    // ignored: the phone slept, was locked, showed another page in the end, or AssistiveTouch was
+    // off
     enum class Kind { tap, drag, ignored };
     Kind kind = Kind::tap;
     ScreenFraction from;

@@ -58,7 +58,7 @@ Result<std::string> memberName(const JsonPlace& from, std::string_view member) {
 Result<PhoneTraits> readPhone(const JsonPlace& from) {
     TRY_VOID(from.object({"id", "name", "host", "width", "height", "scale", "keyboard",
                           "appearance", "screen", "passcode", "assistiveTouch", "paired", "plugged",
-                          "clock", "date"}));
+                          "staleCache", "clock", "date"}));
     PhoneTraits phone;
     phone.id = TRY(memberName(from, "id"));
     phone.name = TRY(memberName(from, "name"));
@@ -79,6 +79,7 @@ Result<PhoneTraits> readPhone(const JsonPlace& from) {
     TRY_VOID(readTruth(from, "assistiveTouch", phone.assistiveTouch));
     TRY_VOID(readTruth(from, "paired", phone.paired));
     TRY_VOID(readTruth(from, "plugged", phone.plugged));
+    TRY_VOID(readTruth(from, "staleCache", phone.staleCache));
     phone.clock = from.find("clock") ? TRY(memberName(from, "clock")) : "9:41";
     phone.date = from.find("date")   ? TRY(memberName(from, "date")) : "Tuesday, January 9";
     return phone;
@@ -134,6 +135,30 @@ Result<PageNames> readPageNames(const std::vector<JsonPlace>& pages) {
 const Page* Scenario::find(std::string_view page) const {
     const auto found = std::ranges::find(pages, page, &Page::name);
     return found == pages.end() ? nullptr : &*found;
+}
+
+std::map<std::string, bool, std::less<>> Scenario::switches() const {
+    std::map<std::string, bool, std::less<>> switches;
+    switches.emplace(kAssistiveTouchSwitch, phone.assistiveTouch);
+    switches.emplace(kDarkModeSwitch, phone.appearance == Appearance::dark);
+    for (const Page& page : pages) {
+        for (const Item& item : page.items) {
+            const auto* rows = std::get_if<RowsItem>(&item);
+            if (rows == nullptr) continue;
+            for (const Row& row : rows->rows) {
+                if (!row.toggle.empty()) switches.emplace(row.toggle, row.on);
+            }
+        }
+    }
+    return switches;
+}
+
+const FieldItem* Page::findField(std::string_view field) const {
+    for (const Item& item : items) {
+        const auto* found = std::get_if<FieldItem>(&item);
+        if (found != nullptr && found->name == field) return found;
+    }
+    return nullptr;
 }
 
 Result<Scenario> parseScenario(std::string_view text, const std::string& file) {

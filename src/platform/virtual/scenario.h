@@ -1,6 +1,8 @@
 #pragma once
 
 #include <filesystem>
+#include <functional>
+#include <map>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -34,8 +36,9 @@ struct PhoneTraits {
     bool assistiveTouch = true;
     bool paired = true;
     bool plugged = true;
-    std::string clock;  // "9:41"
-    std::string date;   // "Tuesday, January 9"
+    bool staleCache = false;  // knows older services until it is told that they changed
+    std::string clock;        // "9:41"
+    std::string date;         // "Tuesday, January 9"
 };
 
 // Something goes wrong with the phone, as its verbs of the same name do.
@@ -124,6 +127,10 @@ struct SpaceItem {
 using Item = std::variant<IconsItem, RowsItem, TextItem, ButtonItem, FieldItem, ImageItem,
                           SlideItem, SpaceItem>;
 
+// The switches that set the phone itself.
+inline constexpr std::string_view kAssistiveTouchSwitch = "assistiveTouch";
+inline constexpr std::string_view kDarkModeSwitch = "darkMode";
+
 enum class PageKind { home, list, article, sheet };
 
 struct LaterAction {
@@ -140,6 +147,8 @@ struct Page {
     std::optional<Action> sideButton;  // on a double click of the side button
     std::optional<LaterAction> later;
     std::vector<Item> items;
+
+    const FieldItem* findField(std::string_view field) const;
 };
 
 struct Scenario {
@@ -150,6 +159,8 @@ struct Scenario {
 
     // None when there is no page of the name; every name inside a scenario that was read has one.
     const Page* find(std::string_view page) const;
+    // Every switch, the phone's own among them, as it stands at first.
+    std::map<std::string, bool, std::less<>> switches() const;
 };
 
 inline constexpr std::size_t kLargestScenario = 1'000'000;  // bytes

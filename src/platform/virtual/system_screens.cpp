@@ -25,11 +25,25 @@ void addResult(DisplayLayer& layer, const Icon& icon, const Rect& place, const T
     layer.areas.push_back({place, icon.label, SearchResultTarget{icon.tap}});
 }
 
-// 0 when the label begins with the query, 1 when a later word does, 2 when none does.
-int misfit(const std::string& label, const std::string& query) {
+// What begins with the query: the label, one of its later words, or nothing.
+enum class Fit { beginning, word, none };
+
+Fit fitOf(const std::string& label, const std::string& query) {
     const std::string text = lowerCased(label);
-    if (text.starts_with(query)) return 0;
-    return text.contains(" " + query) ? 1 : 2;
+    if (text.starts_with(query)) return Fit::beginning;
+    return text.contains(" " + query) ? Fit::word : Fit::none;
+}
+
+std::vector<const Icon*> iconsOf(const Scenario& scenario) {
+    std::vector<const Icon*> all;
+    for (const Page& page : scenario.pages) {
+        for (const Item& item : page.items) {
+            const auto* icons = std::get_if<IconsItem>(&item);
+            if (icons == nullptr) continue;
+            for (const Icon& icon : icons->icons) all.push_back(&icon);
+        }
+    }
+    return all;
 }
 
 }  // namespace
@@ -110,17 +124,12 @@ std::vector<const Icon*> searchIcons(const Scenario& scenario, const std::string
     const std::string wanted = lowerCased(trimmed(query));
     std::vector<const Icon*> found;
     if (wanted.empty()) return found;
-    for (const Page& page : scenario.pages) {
-        for (const Item& item : page.items) {
-            const auto* icons = std::get_if<IconsItem>(&item);
-            if (icons == nullptr) continue;
-            for (const Icon& icon : icons->icons) {
-                if (misfit(icon.label, wanted) < 2) found.push_back(&icon);
-            }
+    const auto icons = iconsOf(scenario);
+    for (const Fit fit : {Fit::beginning, Fit::word}) {
+        for (const Icon* icon : icons) {
+            if (fitOf(icon->label, wanted) == fit) found.push_back(icon);
         }
     }
-    std::ranges::stable_sort(found, {},
-                             [&wanted](const Icon* icon) { return misfit(icon->label, wanted); });
     return found;
 }
 

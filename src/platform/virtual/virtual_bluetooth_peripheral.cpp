@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <optional>
+#include <set>
+#include <utility>
 
 #include "base/log.h"
 #include "platform/virtual/hid_host.h"
@@ -34,13 +36,17 @@ class VirtualBluetoothPeripheral final : public BluetoothPeripheral {
     struct Central {
         VirtualPhone* phone = nullptr;
         bool inRange = false;
+        bool stale = false;           // goes by services it remembers from another time
         std::optional<HidHost> host;  // while connected
+        std::set<CharacteristicId> subscribed;
         PhoneSubscriptionPtr links;
     };
 
     void later(std::function<void()> task, Duration delay = {});
     void linkChanged(std::size_t index, bool inRange);
     void connect(Central& central);
+    void connectStale(Central& central);
+    void subscribe(Central& central, CharacteristicId characteristic);
     void disconnect(Central& central);
 
     BluetoothPeripheralDelegate& delegate_;
@@ -57,7 +63,11 @@ VirtualBluetoothPeripheral::VirtualBluetoothPeripheral(const std::vector<Virtual
                                                        SerialQueue& queue)
     : delegate_(delegate), queue_(queue) {
     later([this] { delegate_.stateChanged(BluetoothState::poweredOn); });
-    for (VirtualPhone* phone : phones) centrals_.emplace_back().phone = phone;
+    for (VirtualPhone* phone : phones) {
+        Central& central = centrals_.emplace_back();
+        central.phone = phone;
+        central.stale = phone->traits().staleCache;
+    }
     for (std::size_t i = 0; i < centrals_.size(); ++i) {
         // Called on the phone's thread, where only the weak hold may be copied.
         const auto changed = [this, i, alive = std::weak_ptr(alive_)](PhoneLinks links) {
@@ -85,7 +95,10 @@ void VirtualBluetoothPeripheral::addService(const GattService& service) {
 
 void VirtualBluetoothPeripheral::removeAllServices() {
     services_.clear();
-    for (Central& central : centrals_) central.host.reset();
+    for (Central& central : centrals_) {
+        central.host.reset();
+        central.subscribed.clear();
+    }
 }
 
 void VirtualBluetoothPeripheral::startAdvertising(const std::string&,
@@ -121,17 +134,34 @@ void VirtualBluetoothPeripheral::connect(Central& central) {
     });
     if (!host) return log(central.phone->traits().name + ": " + host.error().message);
     central.host = std::move(*host);
+    if (central.stale) return connectStale(central);
     const auto subscriptions = central.host->subscriptions();
-    for (const CharacteristicId characteristic : subscriptions) {
-        delegate_.subscribed(id, characteristic);
+    for (const CharacteristicId characteristic : subscriptions) subscribe(central, characteristic);
+}
+
+// A phone that remembers older services finds no reports where it looks for them; all it does is to
+// tell the control point that it is awake, and to wait for Service Changed.
+void VirtualBluetoothPeripheral::connectStale(Central& central) {
+    const auto serviceChanged = central.host->serviceChanged();
+    const auto controlPoint = central.host->controlPoint();
+    if (serviceChanged) subscribe(central, *serviceChanged);
+    constexpr std::uint8_t kExitSuspend = 1;
+    if (controlPoint) {
+        delegate_.write({{.central = central.phone->traits().host,
+                          .characteristic = *controlPoint,
+                          .value = {kExitSuspend}}});
     }
+}
+
+void VirtualBluetoothPeripheral::subscribe(Central& central, CharacteristicId characteristic) {
+    central.subscribed.insert(characteristic);
+    delegate_.subscribed(central.phone->traits().host, characteristic);
 }
 
 void VirtualBluetoothPeripheral::disconnect(Central& central) {
     if (!central.host) return;
-    const auto subscriptions = central.host->subscriptions();
     central.host.reset();
-    for (const CharacteristicId characteristic : subscriptions) {
+    for (const CharacteristicId characteristic : std::exchange(central.subscribed, {})) {
         delegate_.unsubscribed(central.phone->traits().host, characteristic);
     }
 }
@@ -143,7 +173,7 @@ Delivery VirtualBluetoothPeripheral::updateValue(CharacteristicId characteristic
     for (Central& central : centrals_) {
         const bool addressed =
             std::ranges::find(centrals, central.phone->traits().host) != centrals.end();
-        if (addressed && central.host && central.host->isSubscribed(characteristic)) {
+        if (addressed && central.host && central.subscribed.contains(characteristic)) {
             receivers.push_back(&central);
         }
     }
@@ -154,6 +184,12 @@ Delivery VirtualBluetoothPeripheral::updateValue(CharacteristicId characteristic
         return Delivery::refused;
     }
     for (Central* central : receivers) {
+        if (central->stale && central->host->serviceChanged() == characteristic) {
+            central->stale = false;
+            central->host.reset();
+            later([this, central] { connect(*central); });
+            continue;
+        }
         auto events = central->host->receive(characteristic, value);
         if (!events.empty()) central->phone->receive(std::move(events));
     }

@@ -168,10 +168,16 @@ void VirtualPhone::setLinks(PhoneLinks links) {
     for (const auto& [token, changed] : linkWatchers_) changed(links);
 }
 
-template <typename Watcher>
-PhoneSubscriptionPtr VirtualPhone::subscription(std::map<int, Watcher>& watchers, int token) {
-    return std::make_unique<PhoneSubscription>(
-        [this, &watchers, token] { onQueue([&watchers, token] { watchers.erase(token); }); });
+// No two watchers of any kind have the same token.
+PhoneSubscriptionPtr VirtualPhone::subscription(int token) {
+    return std::make_unique<PhoneSubscription>([this, token] {
+        onQueue([this, token] {
+            queue_.assertCurrent();
+            frameWatchers_.erase(token);
+            linkWatchers_.erase(token);
+            recordWatchers_.erase(token);
+        });
+    });
 }
 
 PhoneSubscriptionPtr VirtualPhone::watchFrames(View view, FrameSink sink) {
@@ -183,7 +189,7 @@ PhoneSubscriptionPtr VirtualPhone::watchFrames(View view, FrameSink sink) {
         frameWatchers_.emplace(token, FrameWatcher{view, std::move(sink)});
         startTicking();
     });
-    return subscription(frameWatchers_, token);
+    return subscription(token);
 }
 
 PhoneSubscriptionPtr VirtualPhone::watchLinks(std::function<void(PhoneLinks)> changed) {
@@ -194,7 +200,7 @@ PhoneSubscriptionPtr VirtualPhone::watchLinks(std::function<void(PhoneLinks)> ch
         changed(links_);
         linkWatchers_.emplace(token, std::move(changed));
     });
-    return subscription(linkWatchers_, token);
+    return subscription(token);
 }
 
 void VirtualPhone::startTicking() {
@@ -229,6 +235,15 @@ PixelBuffer VirtualPhone::frameFor(View view) {
     if (view == View::display) return painter_.paint(model_);
     if (!links_.plugged || frozen_) return {};
     return black_ ? blackFrame_ : painter_.paint(model_);
+}
+
+std::optional<ScreenFraction> VirtualPhone::find(const std::string& label) {
+    std::optional<ScreenFraction> place;
+    onQueue([&] {
+        queue_.assertCurrent();
+        place = model_.find(label);
+    });
+    return place;
 }
 
 PhoneLinks VirtualPhone::links() {
@@ -272,7 +287,7 @@ bool VirtualPhone::awaitRecord(std::function<bool(const VirtualPhoneRecord&)> fi
             return done;
         });
     });
-    const auto watching = subscription(recordWatchers_, token);
+    const auto watching = subscription(token);
     return signal->wait(timeoutSeconds);
 }
 

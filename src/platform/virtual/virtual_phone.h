@@ -95,6 +95,10 @@ class VirtualPhone {
     // Called on the phone's thread with the links as they are, at once and after each change.
     PhoneSubscriptionPtr watchLinks(std::function<void(PhoneLinks)> changed);
 
+    // Where the thing with this label (a row's text, an icon's label, a field's name) is on the
+    // screen; none when it cannot be seen. A row with a switch gives the switch.
+    std::optional<ScreenFraction> find(const std::string& label);
+
     PhoneLinks links();
     VirtualPhoneRecord record();
     // What the phone itself shows now.
@@ -117,8 +121,7 @@ class VirtualPhone {
     void onQueue(const std::function<void()>& task);
     void act(const std::function<void(PhoneModel&)>& deed);
     void setTrouble(Trouble trouble, TroublePhase phase);
-    template <typename Watcher>
-    PhoneSubscriptionPtr subscription(std::map<int, Watcher>& watchers, int token);
+    PhoneSubscriptionPtr subscription(int token);
 
     void followUp() RUNS_ON(queue_);
     void scheduleLater() RUNS_ON(queue_);

@@ -1,0 +1,127 @@
+#include "base/app_info.h"
+
+#include <cstdlib>
+#include <fstream>
+#include <map>
+
+#include <gtest/gtest.h>
+
+#include "base/environment.h"
+#include "base/paths.h"
+#include "support/temporary_folder.h"
+
+namespace tandrel {
+namespace {
+
+// Sets variables for one test and puts them back. These tests run on one thread.
+class Variables {
+ public:
+    void set(const std::string& name, const char* value) {
+        before_.try_emplace(name, environment(name.c_str()));
+        if (value == nullptr) {
+            ::unsetenv(name.c_str());
+        } else {
+            ::setenv(name.c_str(), value, 1);
+        }
+    }
+    Variables() = default;
+    ~Variables() {
+        const auto before = before_;
+        for (const auto& [name, value] : before) set(name, value ? value->c_str() : nullptr);
+    }
+    Variables(const Variables&) = delete;
+    Variables& operator=(const Variables&) = delete;
+
+ private:
+    std::map<std::string, std::optional<std::string>> before_;
+};
+
+AppInfo infoFrom(const std::string& json) {
+    const TemporaryFolder bundle;
+    std::filesystem::create_directories(bundle.path() / "share/tandrel");
+    std::ofstream(bundle.path() / "share/tandrel/info.json") << json;
+    return AppInfo::load(bundle.path());
+}
+
+TEST(AppInfo, TheVersionIsTheFirstThatIsText) {
+    struct Row {
+        const char* json;
+        const char* version;
+    };
+    const Row rows[] = {
+        {R"({"TandrelVersion": "1.2", "CFBundleShortVersionString": "9"})", "1.2"},
+        {R"({"TandrelVersion": 1.2, "CFBundleShortVersionString": "9"})", "9"},
+        {R"({"TandrelVersion": null})", "dev"},
+        {"[]", "dev"},
+        {"not JSON", "dev"},
+        {"", "dev"},
+    };
+    for (const Row& row : rows) EXPECT_EQ(infoFrom(row.json).version, row.version) << row.json;
+    EXPECT_EQ(AppInfo::load("/nonexistent").version, "dev");
+}
+
+TEST(AppInfo, NamesHaveDefaults) {
+    const AppInfo info = infoFrom(R"({"PocketLinkBluetoothName": "Keys"})");
+    EXPECT_EQ(info.bluetoothName, "Keys");
+    EXPECT_EQ(info.supportFolderName, "PocketLink");
+}
+
+TEST(AppInfo, WhereItRunsFrom) {
+    Variables variables;
+    variables.set("HOME", "/home/ann");
+    struct Row {
+        const char* bundle;
+        const char* location;
+        bool inApplications;
+    };
+    const Row rows[] = {
+        {"/Volumes/Tandrel/Tandrel", "the disk image", false},
+        {"/media/ann/Tandrel", "the disk image", false},
+        {"/Volumes/x/AppTranslocation/Downloads/Tandrel", "the disk image", false},
+        {"/tmp/AppTranslocation/Downloads/Tandrel", "a temporary copy macOS made", false},
+        {"/home/ann/Downloads/Tandrel", "your Downloads folder", false},
+        {"/home/ann/Downloads", "your Downloads folder", false},
+        {"/home/ann/MyDownloads/Tandrel", "Tandrel", false},
+        {"/VolumesX/Tandrel", "Tandrel", false},
+        {"/opt/Tandrel", "Tandrel", true},
+        {"/optional/Tandrel", "Tandrel", false},
+        {"/usr/local/lib/tandrel", "tandrel", true},
+        {"/home/ann/.local/opt/Tandrel", "Tandrel", true},
+        {"/home/ann/.local/lib/tandrel", "tandrel", true},
+        {"/home/annette/.local/opt/Tandrel", "Tandrel", false},
+    };
+    for (const Row& row : rows) {
+        AppInfo info;
+        info.bundle = row.bundle;
+        EXPECT_EQ(info.locationName(), row.location) << row.bundle;
+        EXPECT_EQ(info.isInApplications(), row.inApplications) << row.bundle;
+    }
+}
+
+TEST(AppInfo, TheHelperLiesInTheBundleThatIsShown) {
+    AppInfo info;
+    info.bundle = "/opt/Tandrel";
+    EXPECT_EQ(info.cliPath(), "/opt/Tandrel/bin/tandrel");
+    info.bundleOverride = "/shown";
+    EXPECT_EQ(info.cliPath(), "/shown/bin/tandrel");
+}
+
+TEST(Paths, VariablesCountOnlyWhenAbsolute) {
+    Variables variables;
+    variables.set("HOME", "/home/ann");
+    variables.set("XDG_CONFIG_HOME", "/elsewhere");
+    variables.set("XDG_DATA_HOME", "relative");
+    variables.set("XDG_STATE_HOME", "");
+    EXPECT_EQ(configHome(), "/elsewhere");
+    EXPECT_EQ(dataHome(), "/home/ann/.local/share");
+    EXPECT_EQ(stateHome(), "/home/ann/.local/state");
+    variables.set("XDG_CONFIG_HOME", nullptr);
+    EXPECT_EQ(configHome(), "/home/ann/.config");
+    for (const char* home : {static_cast<const char*>(nullptr), "", "relative"}) {
+        variables.set("HOME", home);
+        EXPECT_TRUE(homeFolder().is_absolute());
+    }
+}
+
+}  // namespace
+}  // namespace tandrel

@@ -1,0 +1,3 @@
+import { tryClient } from './typescript_2.mjs';
+
+await tryClient('legacy', 'legacy');

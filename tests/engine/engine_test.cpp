@@ -1,0 +1,45 @@
+#include "engine/engine.h"
+
+#include <gtest/gtest.h>
+
+#include "base/file.h"
+#include "engine/running_engine.h"
+
+namespace tandrel {
+namespace {
+
+TEST(Engine, TellsHelpersItsPortAndTakesThatBack) {
+    const auto home = std::make_shared<TemporaryFolder>();
+    const auto file = home->path() / ".local/state/tandrel/engine.json";
+    {
+        RunningEngine engine(RunningEngine::kDefaultPhone, home);
+        const Json state = *parseJson(*readFile(file, 10'000));
+        EXPECT_EQ("http://127.0.0.1:" + state["port"].dump(), engine.wiring().engine().ownURL());
+    }
+    EXPECT_FALSE(std::filesystem::exists(file));
+}
+
+TEST(Engine, FreesBothPortsWhenItStops) {
+    RunningEngine engine;
+    Engine& running = engine.wiring().engine();
+    const auto portOf = [](const std::string& url) { return LoopbackUrl::parse(url)->port; };
+    const std::uint16_t ports[] = {portOf(running.ownURL()), portOf(running.ownAirplayURL())};
+    running.stop();
+    for (const std::uint16_t port : ports) {
+        HTTPServer again(port, [](const HTTPRequest&) { return HTTPResponse(); });
+        EXPECT_TRUE(again.start()) << port;
+    }
+}
+
+TEST(Engine, AirplayPortSaysThatThereIsNoPicture) {
+    RunningEngine engine;
+    const LoopbackUrl port = *LoopbackUrl::parse(engine.wiring().engine().ownAirplayURL());
+    EXPECT_EQ(httpGet(port, "/status")->json()["app"], "Tandrel");
+    EXPECT_EQ(httpGet(port, "/quit")->json(), Json({{"ok", true}}));
+    const auto frame = httpGet(port, "/frame.png");
+    EXPECT_EQ(frame->status, 503);
+    EXPECT_EQ(frame->json(), Json({{"ok", false}, {"error", "no capture"}}));
+}
+
+}  // namespace
+}  // namespace tandrel

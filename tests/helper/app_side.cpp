@@ -1,0 +1,149 @@
+#include "helper/app_side.h"
+
+#include <array>
+#include <stdexcept>
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <poll.h>
+#include <spawn.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include "helper/conversation.h"
+
+namespace tandrel {
+namespace {
+
+constexpr int kPatienceMilliseconds = 60'000;
+
+std::array<int, 2> makePipe() {
+    std::array<int, 2> ends{};
+    if (::pipe2(ends.data(), O_CLOEXEC) != 0) throw std::runtime_error("pipe");
+    return ends;
+}
+
+}  // namespace
+
+AppSide::AppSide(CallTimes times) {
+    const auto input = makePipe();
+    const auto output = makePipe();
+    toHelper_ = input[1];
+    fromHelper_ = output[0];
+    helper_ = std::jthread([in = input[0], out = output[1], times] {
+        converse(in, out, "1.2.3", times);
+        ::close(in);
+        ::close(out);
+    });
+}
+
+AppSide::AppSide(const Environment& environment) {
+    const auto input = makePipe();
+    const auto output = makePipe();
+    toHelper_ = input[1];
+    fromHelper_ = output[0];
+    std::vector<std::string> texts = {TANDREL_BIN_DIR "/tandrel", "mcp"};
+    for (const auto& [name, value] : environment) texts.push_back(name + "=" + value);
+    std::vector<char*> words = {texts[0].data(), texts[1].data(), nullptr};
+    std::vector<char*> settings;
+    for (std::size_t i = 2; i < texts.size(); ++i) settings.push_back(texts[i].data());
+    settings.push_back(nullptr);
+    posix_spawn_file_actions_t actions;
+    posix_spawn_file_actions_init(&actions);
+    posix_spawn_file_actions_adddup2(&actions, input[0], STDIN_FILENO);
+    posix_spawn_file_actions_adddup2(&actions, output[1], STDOUT_FILENO);
+    const int error =
+        ::posix_spawn(&program_, words.front(), &actions, nullptr, words.data(), settings.data());
+    posix_spawn_file_actions_destroy(&actions);
+    ::close(input[0]);
+    ::close(output[1]);
+    if (error != 0) throw std::runtime_error("cannot start the helper");
+}
+
+AppSide::~AppSide() {
+    endInput();
+    if (helper_.joinable()) helper_.join();
+    if (program_ > 0) wait();
+    endOutput();
+}
+
+void AppSide::send(const Json& message) { sendText(message.dump() + "\n"); }
+
+void AppSide::sendText(std::string_view bytes) {
+    while (!bytes.empty()) {
+        const ssize_t count = ::write(toHelper_, bytes.data(), bytes.size());
+        if (count <= 0) throw std::runtime_error("the helper reads no more");
+        bytes.remove_prefix(static_cast<std::size_t>(count));
+    }
+}
+
+void AppSide::endInput() {
+    if (toHelper_ >= 0) ::close(toHelper_);
+    toHelper_ = -1;
+}
+
+void AppSide::endOutput() {
+    if (fromHelper_ >= 0) ::close(fromHelper_);
+    fromHelper_ = -1;
+}
+
+int AppSide::wait() {
+    int status = 0;
+    if (::waitpid(program_, &status, 0) != program_) throw std::runtime_error("no such program");
+    program_ = -1;
+    return WIFSIGNALED(status) ? -WTERMSIG(status) : WEXITSTATUS(status);
+}
+
+Json AppSide::receive() {
+    while (true) {
+        if (const auto end = received_.find('\n'); end != std::string::npos) {
+            const Json message = Json::parse(received_.substr(0, end));
+            received_.erase(0, end + 1);
+            return message;
+        }
+        pollfd ready{fromHelper_, POLLIN, 0};
+        if (::poll(&ready, 1, kPatienceMilliseconds) <= 0) throw std::runtime_error("no answer");
+        std::array<char, 65536> piece{};
+        const ssize_t count = ::read(fromHelper_, piece.data(), piece.size());
+        if (count <= 0) {
+            EXPECT_EQ(received_, "") << "the last line has no end";
+            return nullptr;
+        }
+        received_.append(piece.data(), static_cast<std::size_t>(count));
+    }
+}
+
+std::vector<Json> AppSide::receiveRest() {
+    std::vector<Json> messages;
+    for (Json message = receive(); !message.is_null(); message = receive()) {
+        messages.push_back(std::move(message));
+    }
+    return messages;
+}
+
+Json AppSide::call(std::string_view tool, const Json& arguments) {
+    const int id = nextId_++;
+    send(callRequest(id, tool, arguments));
+    while (true) {
+        Json message = receive();
+        if (message.is_null()) throw std::runtime_error("the helper ended");
+        if (message.value("id", Json()) == id) return message.at("result");
+    }
+}
+
+std::string AppSide::callForText(std::string_view tool, const Json& arguments, Outcome outcome) {
+    const Json result = call(tool, arguments);
+    const std::string text = result.at("content").at(0).at("text");
+    EXPECT_EQ(result.at("isError"), outcome == Outcome::refused) << text;
+    return text;
+}
+
+Json request(const Json& id, std::string_view method, const Json& params) {
+    return {{"jsonrpc", "2.0"}, {"id", id}, {"method", method}, {"params", params}};
+}
+
+Json callRequest(const Json& id, std::string_view tool, const Json& arguments) {
+    return request(id, "tools/call", {{"name", tool}, {"arguments", arguments}});
+}
+
+}  // namespace tandrel

@@ -1,0 +1,242 @@
+#include "helper/calls.h"
+
+#include <atomic>
+#include <future>
+#include <set>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "helper/app_side.h"
+#include "helper/fake_engine.h"
+
+namespace tandrel {
+namespace {
+
+using testing::HasSubstr;
+using testing::IsEmpty;
+using Outcome = AppSide::Outcome;
+
+Json cancelled(const Json& id) {
+    return {{"jsonrpc", "2.0"},
+            {"method", "notifications/cancelled"},
+            {"params", {{"requestId", id}, {"reason", "changed my mind"}}}};
+}
+
+Json callWithToken(const Json& id, std::string_view tool, const Json& token) {
+    Json message = callRequest(id, tool);
+    message["params"]["_meta"]["progressToken"] = token;
+    return message;
+}
+
+class UnderWay : public testing::Test {
+ protected:
+    // Lets a request of `path` wait until `release`.
+    void hold(const std::string& path) {
+        engine_.answer(path, [released = released_.get_future().share()](const HTTPRequest&) {
+            released.wait();
+            return HTTPResponse::json({{"ok", true}});
+        });
+    }
+    void release() { released_.set_value(); }
+
+    // Lets a request of `path` wait until the helper has closed it.
+    void holdUntilClosed(const std::string& path) {
+        engine_.answer(path, [this](const HTTPRequest& request) {
+            awaitClientGone(request);
+            closed_.set_value();
+            return HTTPResponse::error("nobody reads this");
+        });
+    }
+    void awaitClosed() { closed_.get_future().get(); }
+
+    std::promise<void> released_;
+    std::promise<void> closed_;
+    FakeEngine engine_;
+};
+
+TEST_F(UnderWay, CallsAreAnsweredAsTheyFinish) {
+    hold("/home");
+    AppSide app;
+    app.send(callRequest("slow", "iphone_go_home"));
+    engine_.await("/home");
+    app.send(callRequest("quick", "iphone_get_status"));
+    app.send(request("list", "tools/list"));
+    const Json ids = {app.receive().at("id"), app.receive().at("id")};
+    EXPECT_THAT(ids, testing::UnorderedElementsAre("quick", "list"));
+    release();
+    EXPECT_EQ(app.receive().at("id"), "slow");
+}
+
+TEST_F(UnderWay, MoreCallsThanThreadsAreAllAnsweredOnce) {
+    hold("/home");
+    AppSide app;
+    for (int i = 0; i < 40; ++i) app.send(callRequest(i, "iphone_go_home"));
+    engine_.await("/home", WorkerThreads::kMostThreads);
+    app.send(request("still there", "ping"));
+    EXPECT_EQ(app.receive().at("id"), "still there");
+    release();
+    std::set<int> ids;
+    for (int i = 0; i < 40; ++i) ids.insert(app.receive().at("id").get<int>());
+    EXPECT_EQ(ids.size(), 40U);
+    app.endInput();
+    EXPECT_THAT(app.receiveRest(), IsEmpty());
+}
+
+TEST_F(UnderWay, TooManyCallsAreRefusedAtOnce) {
+    hold("/home");
+    AppSide app;
+    const int most = static_cast<int>(WorkerThreads::kMostThreads + WorkerThreads::kMostWaiting);
+    for (int i = 0; i < most + 1; ++i) {
+        app.send(callRequest(i, "iphone_go_home"));
+        if (i + 1 == static_cast<int>(WorkerThreads::kMostThreads)) engine_.await("/home", 16);
+    }
+    const Json refusal = app.receive();
+    EXPECT_EQ(refusal.at("id"), most);
+    EXPECT_EQ(refusal.at("result").at("isError"), true);
+    release();
+    for (int i = 0; i < most; ++i) EXPECT_EQ(app.receive().at("result").at("isError"), false);
+}
+
+TEST_F(UnderWay, CancellingClosesTheRequestAndIsNotAnswered) {
+    holdUntilClosed("/tap");
+    AppSide app;
+    app.send(callRequest(7, "iphone_tap", {{"x", 0.5}, {"y", 0.5}, {"units", "fractions"}}));
+    engine_.await("/tap");
+    app.send(cancelled("7"));  // another id: text is not a number
+    app.send(cancelled(7));
+    awaitClosed();
+    app.send(request(8, "ping"));
+    EXPECT_EQ(app.receive().at("id"), 8);
+    app.endInput();
+    EXPECT_THAT(app.receiveRest(), IsEmpty());
+}
+
+TEST_F(UnderWay, ACancelledCallThatWaitsForAThreadIsNeverSent) {
+    hold("/home");
+    AppSide app;
+    const int threads = static_cast<int>(WorkerThreads::kMostThreads);
+    for (int i = 0; i < threads; ++i) app.send(callRequest(i, "iphone_go_home"));
+    app.send(callRequest("late", "iphone_type", {{"text", "x"}}));
+    app.send(cancelled("late"));
+    app.send(request("seen", "ping"));
+    EXPECT_EQ(app.receive().at("id"), "seen");
+    release();
+    for (int i = 0; i < threads; ++i) EXPECT_TRUE(app.receive().at("id").is_number());
+    app.endInput();
+    EXPECT_THAT(app.receiveRest(), IsEmpty());
+    EXPECT_THAT(engine_.requests("/type"), IsEmpty());
+}
+
+TEST_F(UnderWay, AnIdIsFreeAgainOnlyOnceItIsAnswered) {
+    hold("/home");
+    AppSide app;
+    app.send(callRequest(1, "iphone_go_home"));
+    app.send(callRequest(1, "iphone_get_status"));
+    EXPECT_EQ(app.receive().at("error").at("code"), -32600);
+    release();
+    EXPECT_TRUE(app.receive().contains("result"));
+    app.send(callRequest(1, "iphone_get_status"));
+    EXPECT_TRUE(app.receive().contains("result"));
+}
+
+TEST_F(UnderWay, ProgressCountsTheOwnersSecondsDown) {
+    hold("/home");
+    std::atomic<int> count = 0;
+    engine_.answer("/status", [&](const HTTPRequest&) {
+        const int now = ++count;
+        if (now == 3) release();
+        return HTTPResponse::json({{"asking", 42.5 - now}});
+    });
+    AppSide app(CallTimes{.betweenStatus = std::chrono::milliseconds(1)});
+    app.send(callWithToken(1, "iphone_go_home", "token-1"));
+    std::vector<Json> told;
+    Json message = app.receive();
+    for (; message.contains("method"); message = app.receive()) told.push_back(message);
+    EXPECT_EQ(message.at("id"), 1);
+    ASSERT_GE(told.size(), 2U);
+    double last = -1;
+    for (const Json& progress : told) {
+        EXPECT_EQ(progress.at("method"), "notifications/progress");
+        EXPECT_FALSE(progress.contains("id"));
+        EXPECT_EQ(progress.at("params").at("progressToken"), "token-1");
+        EXPECT_GT(progress.at("params").at("progress").get<double>(), last);
+        last = progress.at("params").at("progress");
+        EXPECT_GT(progress.at("params").at("total").get<double>(), last);
+    }
+    EXPECT_THAT(told[0].at("params").at("message").get<std::string>(), HasSubstr("42 s left"));
+    EXPECT_THAT(told[1].at("params").at("message").get<std::string>(), HasSubstr("41 s left"));
+    app.endInput();
+    EXPECT_THAT(app.receiveRest(), IsEmpty());
+}
+
+TEST_F(UnderWay, NothingIsToldUnlessTheAppAskedAndTheOwnerIsAsked) {
+    struct Case {
+        const char* name;
+        Json token;
+        Json status;
+    };
+    for (const Case& row : {Case{"no token", nullptr, {{"asking", 40}}},
+                            Case{"token of a wrong kind", 1.5, {{"asking", 40}}},
+                            Case{"nobody asked", "t", {{"paused", false}}}}) {
+        SCOPED_TRACE(row.name);
+        std::promise<void> polled;
+        std::atomic<int> count = 0;
+        engine_.answer("/status", [&](const HTTPRequest&) {
+            if (++count == 3) polled.set_value();
+            return HTTPResponse::json(row.status);
+        });
+        engine_.answer("/home", [&](const HTTPRequest&) {
+            polled.get_future().wait();
+            return HTTPResponse::json({{"ok", true}});
+        });
+        AppSide app(CallTimes{.betweenStatus = std::chrono::milliseconds(1)});
+        app.send(callWithToken(1, "iphone_go_home", row.token));
+        EXPECT_EQ(app.receive().value("id", Json()), 1);
+    }
+}
+
+TEST_F(UnderWay, AnOwnerWhoDoesNotAnswerInTimeMeansNo) {
+    holdUntilClosed("/home");
+    engine_.answer("/status",
+                   [](const HTTPRequest&) { return HTTPResponse::json({{"asking", 1.0}}); });
+    AppSide app(CallTimes{.longest = std::chrono::seconds(2),
+                          .betweenStatus = std::chrono::milliseconds(1)});
+    EXPECT_EQ(
+        app.callForText("iphone_go_home", Json::object(), Outcome::refused),
+        "Not done: the owner didn't answer the payment request on their Mac within 2 seconds, "
+        "so it counts as a no. Repeat the action only if the owner asks you to.");
+    awaitClosed();
+}
+
+TEST_F(UnderWay, AnEngineThatDoesNotAnswerInTimeIsNotTheOwner) {
+    holdUntilClosed("/home");
+    AppSide app(CallTimes{.longest = std::chrono::milliseconds(200),
+                          .betweenStatus = std::chrono::milliseconds(1)});
+    EXPECT_THAT(app.callForText("iphone_go_home", Json::object(), Outcome::refused),
+                HasSubstr("look at the screen before you repeat it"));
+    awaitClosed();
+}
+
+TEST_F(UnderWay, WhatIsUnderWayAtTheEndOfInputIsClosedAndAnswered) {
+    holdUntilClosed("/home");
+    AppSide app;
+    app.send(callRequest(1, "iphone_go_home"));
+    engine_.await("/home");
+    app.endInput();
+    awaitClosed();
+    const auto rest = app.receiveRest();
+    ASSERT_EQ(rest.size(), 1U);
+    EXPECT_EQ(rest[0].at("id"), 1);
+    EXPECT_EQ(rest[0].at("result").at("isError"), true);
+}
+
+TEST_F(UnderWay, AnAppThatReadsNothingDoesNotKeepTheHelperAlive) {
+    AppSide app;
+    for (int i = 0; i < 100; ++i) app.send(request(i, "tools/list"));
+    app.endInput();
+    // The destructor waits for the helper to end, with far more to say than a pipe holds.
+}
+
+}  // namespace
+}  // namespace tandrel

@@ -1,0 +1,174 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "helper/app_side.h"
+
+namespace tandrel {
+namespace {
+
+Json statelessMeta(const char* version = "2026-07-28") {
+    return {{"io.modelcontextprotocol/protocolVersion", version},
+            {"io.modelcontextprotocol/clientCapabilities", Json::object()}};
+}
+
+// What one line is answered with, before any handshake. `expected` holds what the answer must hold.
+struct Exchange {
+    const char* name;
+    const char* line;
+    const char* expected;
+};
+
+void PrintTo(const Exchange& exchange, std::ostream* out) { *out << exchange.name; }
+
+class OneLine : public testing::TestWithParam<Exchange> {};
+
+TEST_P(OneLine, IsAnsweredAtOnce) {
+    AppSide app;
+    app.sendText(std::string(GetParam().line) + "\n");
+    const Json answer = app.receive();
+    const Json expected = Json::parse(GetParam().expected);
+    EXPECT_EQ(answer.at("jsonrpc"), "2.0");
+    EXPECT_EQ(answer.at("id"), expected.at("id")) << answer;
+    if (expected.contains("code")) {
+        EXPECT_EQ(answer.at("error").at("code"), expected["code"]) << answer;
+        EXPECT_THAT(answer.at("error").at("message").get<std::string>(),
+                    testing::HasSubstr(expected.value("says", "")));
+        EXPECT_EQ(answer.at("error").value("data", Json()), expected.value("data", Json()));
+    } else {
+        Json merged = answer.at("result");
+        merged.merge_patch(expected.at("result"));
+        EXPECT_EQ(answer.at("result"), merged);
+    }
+}
+
+// clang-format off
+constexpr Exchange kExchanges[] = {
+    {"not JSON", R"({"jsonrpc")", R"({"id":null,"code":-32700})"},
+    {"not UTF-8", "{\"jsonrpc\":\"2.0\",\"id\":1,\"method\":\"\xff\"}", R"({"id":null,"code":-32700})"},
+    {"a number", "7", R"({"id":null,"code":-32600})"},
+    {"no version", R"({"id":1,"method":"ping"})", R"({"id":1,"code":-32600,"says":"jsonrpc"})"},
+    {"version 1", R"({"jsonrpc":"1.0","id":"a","method":"ping"})", R"({"id":"a","code":-32600})"},
+    {"no method", R"({"jsonrpc":"2.0","id":1})", R"({"id":1,"code":-32600,"says":"method"})"},
+    {"method is no text", R"({"jsonrpc":"2.0","id":1,"method":5})", R"({"id":1,"code":-32600})"},
+    {"id null", R"({"jsonrpc":"2.0","id":null,"method":"ping"})", R"({"id":null,"code":-32600,"says":"id"})"},
+    {"id fraction", R"({"jsonrpc":"2.0","id":1.5,"method":"ping"})", R"({"id":null,"code":-32600,"says":"id"})"},
+    {"id object", R"({"jsonrpc":"2.0","id":{},"method":"ping"})", R"({"id":null,"code":-32600,"says":"id"})"},
+    {"id zero", R"({"jsonrpc":"2.0","id":0,"method":"ping"})", R"({"id":0,"result":{}})"},
+    {"id largest", R"({"jsonrpc":"2.0","id":9223372036854775807,"method":"ping"})", R"({"id":9223372036854775807,"result":{}})"},
+    {"id empty text", R"({"jsonrpc":"2.0","id":"","method":"ping"})", R"({"id":"","result":{}})"},
+    {"params is a list", R"({"jsonrpc":"2.0","id":1,"method":"ping","params":[]})", R"({"id":1,"code":-32602})"},
+    {"params is null", R"({"jsonrpc":"2.0","id":1,"method":"ping","params":null})", R"({"id":1,"result":{}})"},
+    {"carriage return", "{\"jsonrpc\":\"2.0\",\"id\":1,\"method\":\"ping\"}\r", R"({"id":1,"result":{}})"},
+
+    {"unknown method before the handshake", R"({"jsonrpc":"2.0","id":"p","method":"resources/list"})", R"({"id":"p","code":-32601,"says":"resources/list"})"},
+    {"unknown method, stateless", R"({"jsonrpc":"2.0","id":1,"method":"prompts/list","params":{"_meta":{"io.modelcontextprotocol/protocolVersion":"2026-07-28","io.modelcontextprotocol/clientCapabilities":{}}}})", R"({"id":1,"code":-32601})"},
+    {"ping is gone from the stateless version", R"({"jsonrpc":"2.0","id":1,"method":"ping","params":{"_meta":{"io.modelcontextprotocol/protocolVersion":"2026-07-28","io.modelcontextprotocol/clientCapabilities":{}}}})", R"({"id":1,"code":-32601})"},
+    {"discover without metadata", R"({"jsonrpc":"2.0","id":1,"method":"server/discover"})", R"({"id":1,"code":-32601})"},
+    {"metadata without a version", R"({"jsonrpc":"2.0","id":1,"method":"server/discover","params":{"_meta":{"io.modelcontextprotocol/clientCapabilities":{}}}})", R"({"id":1,"code":-32602,"says":"protocolVersion"})"},
+    {"metadata without capabilities", R"({"jsonrpc":"2.0","id":1,"method":"tools/list","params":{"_meta":{"io.modelcontextprotocol/protocolVersion":"2026-07-28"}}})", R"({"id":1,"code":-32602,"says":"clientCapabilities"})"},
+    {"version of the future", R"({"jsonrpc":"2.0","id":1,"method":"server/discover","params":{"_meta":{"io.modelcontextprotocol/protocolVersion":"2099-01-01","io.modelcontextprotocol/clientCapabilities":{}}}})", R"({"id":1,"code":-32022,"data":{"supported":["2026-07-28"],"requested":"2099-01-01"}})"},
+    {"handshake's version without a handshake", R"({"jsonrpc":"2.0","id":1,"method":"tools/list","params":{"_meta":{"io.modelcontextprotocol/protocolVersion":"2025-11-25","io.modelcontextprotocol/clientCapabilities":{}}}})", R"({"id":1,"code":-32022,"data":{"supported":["2026-07-28"],"requested":"2025-11-25"}})"},
+
+    {"handshake 2024", R"({"jsonrpc":"2.0","id":1,"method":"initialize","params":{"protocolVersion":"2024-11-05"}})", R"({"id":1,"result":{"protocolVersion":"2024-11-05","capabilities":{"tools":{"listChanged":false}},"serverInfo":{"name":"tandrel","version":"1.2.3"}}})"},
+    {"handshake March 2025", R"({"jsonrpc":"2.0","id":1,"method":"initialize","params":{"protocolVersion":"2025-03-26"}})", R"({"id":1,"result":{"protocolVersion":"2025-03-26"}})"},
+    {"handshake June 2025", R"({"jsonrpc":"2.0","id":1,"method":"initialize","params":{"protocolVersion":"2025-06-18"}})", R"({"id":1,"result":{"protocolVersion":"2025-06-18"}})"},
+    {"handshake November 2025", R"({"jsonrpc":"2.0","id":1,"method":"initialize","params":{"protocolVersion":"2025-11-25"}})", R"({"id":1,"result":{"protocolVersion":"2025-11-25"}})"},
+    {"handshake with the stateless version", R"({"jsonrpc":"2.0","id":1,"method":"initialize","params":{"protocolVersion":"2026-07-28"}})", R"({"id":1,"result":{"protocolVersion":"2025-11-25"}})"},
+    {"handshake without a version", R"({"jsonrpc":"2.0","id":1,"method":"initialize"})", R"({"id":1,"code":-32602})"},
+
+    {"unknown tool", R"({"jsonrpc":"2.0","id":1,"method":"tools/call","params":{"name":"rm"}})", R"({"id":1,"code":-32602,"says":"Unknown tool"})"},
+    {"no tool", R"({"jsonrpc":"2.0","id":1,"method":"tools/call"})", R"({"id":1,"code":-32602})"},
+    {"arguments is a list", R"({"jsonrpc":"2.0","id":1,"method":"tools/call","params":{"name":"iphone_tap","arguments":[1,2]}})", R"({"id":1,"code":-32602})"},
+    {"a page that was never given", R"({"jsonrpc":"2.0","id":1,"method":"tools/list","params":{"cursor":"2"}})", R"({"id":1,"code":-32602})"},
+    {"a batch before the handshake", R"([{"jsonrpc":"2.0","id":1,"method":"ping"}])", R"({"id":null,"code":-32600,"says":"2025-03-26"})"},
+};
+// clang-format on
+
+INSTANTIATE_TEST_SUITE_P(Protocol, OneLine, testing::ValuesIn(kExchanges));
+
+TEST(Protocol, NotificationsAndRepliesAreNotAnswered) {
+    AppSide app;
+    app.sendText("\n \t\r\n");
+    app.sendText(R"({"jsonrpc":"2.0","method":"notifications/initialized"})"
+                 "\n");
+    app.sendText(R"({"jsonrpc":"2.0","method":"notifications/unheard-of","params":[]})"
+                 "\n");
+    app.sendText(R"({"jsonrpc":"2.0","method":"notifications/cancelled","params":{"requestId":9}})"
+                 "\n");
+    app.sendText(R"({"jsonrpc":"2.0","method":"notifications/cancelled"})"
+                 "\n");
+    app.sendText(R"({"jsonrpc":"2.0","method":"tools/call","params":{"name":"iphone_go_home"}})"
+                 "\n");
+    app.sendText(R"({"jsonrpc":"2.0","id":3,"result":{}})"
+                 "\n");
+    app.sendText(R"({"jsonrpc":"2.0","id":3,"error":{"code":1,"message":"no"}})"
+                 "\n");
+    app.send(request(4, "ping"));
+    EXPECT_EQ(app.receive(), Json::parse(R"({"jsonrpc":"2.0","id":4,"result":{}})"));
+    app.endInput();
+    EXPECT_THAT(app.receiveRest(), testing::IsEmpty());
+}
+
+TEST(Protocol, AnOverlongLineIsRefusedAndTheNextOneServed) {
+    AppSide app;
+    app.sendText(R"({"jsonrpc":"2.0","id":1,"method":")" + std::string(5 << 20, 'x') + "\"}\n");
+    app.send(request(2, "ping"));
+    EXPECT_EQ(app.receive().at("error").at("code"), -32600);
+    EXPECT_EQ(app.receive().at("id"), 2);
+}
+
+TEST(Protocol, DiscoverSaysWhatIsServed) {
+    AppSide app;
+    app.send(request("probe", "server/discover", {{"_meta", statelessMeta()}}));
+    const Json answer = app.receive();
+    EXPECT_EQ(answer.at("id"), "probe");
+    const Json& result = answer.at("result");
+    EXPECT_EQ(result.at("resultType"), "complete");
+    EXPECT_EQ(result.at("supportedVersions"), Json::parse(R"(["2026-07-28"])"));
+    EXPECT_EQ(result.at("capabilities"), Json::parse(R"({"tools":{"listChanged":false}})"));
+    EXPECT_EQ(result.at("ttlMs"), 300000);
+    EXPECT_EQ(result.at("cacheScope"), "public");
+    EXPECT_EQ(result.at("_meta").at("io.modelcontextprotocol/serverInfo").at("version"), "1.2.3");
+}
+
+TEST(Protocol, ListsDifferOnlyInWhatTheStatelessVersionAdds) {
+    AppSide app;
+    app.send(request(1, "tools/list"));
+    app.send(request(2, "tools/list", {{"_meta", statelessMeta()}}));
+    const Json old = app.receive().at("result");
+    Json stateless = app.receive().at("result");
+    EXPECT_EQ(old.size(), 1U);
+    EXPECT_EQ(stateless.at("resultType"), "complete");
+    EXPECT_EQ(stateless.at("ttlMs"), 300000);
+    EXPECT_EQ(stateless.at("cacheScope"), "public");
+    EXPECT_EQ(stateless.at("tools"), old.at("tools"));
+}
+
+TEST(Protocol, BothGenerationsAreServedSideBySide) {
+    AppSide app;
+    app.send(request(1, "initialize", {{"protocolVersion", "2025-06-18"}}));
+    app.receive();
+    app.send(request(2, "tools/call", {{"name", "iphone_tap"}, {"_meta", statelessMeta()}}));
+    EXPECT_EQ(app.receive().at("result").at("resultType"), "complete");
+    app.send(request(3, "tools/call", {{"name", "iphone_tap"}}));
+    EXPECT_FALSE(app.receive().at("result").contains("resultType"));
+}
+
+TEST(Protocol, ABatchIsAnsweredInOneArray) {
+    AppSide app;
+    app.send(request(1, "initialize", {{"protocolVersion", "2025-03-26"}}));
+    app.receive();
+    app.send(Json::array({request(2, "ping"), Json({{"jsonrpc", "2.0"}, {"method", "x"}}), 5,
+                          callRequest(3, "iphone_tap"), request(4, "nope")}));
+    std::vector<Json> ids;
+    for (const Json& reply : app.receive()) ids.push_back(reply.at("id"));
+    EXPECT_THAT(ids, testing::UnorderedElementsAre(2, Json(nullptr), 3, 4));
+    app.sendText("[]\n");
+    EXPECT_EQ(app.receive().at("error").at("code"), -32600);
+    app.send(Json::array({{{"jsonrpc", "2.0"}, {"method", "x"}}}));
+    app.send(Json(std::vector<Json>(65, request(5, "ping"))));
+    EXPECT_EQ(app.receive().at("error").at("code"), -32600);
+}
+
+}  // namespace
+}  // namespace tandrel

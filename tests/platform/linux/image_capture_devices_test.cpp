@@ -1,0 +1,212 @@
+#include "platform/linux/image_capture_devices.h"
+
+#include <condition_variable>
+#include <deque>
+#include <fstream>
+#include <mutex>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "base/file.h"
+#include "support/manual_clock.h"
+#include "support/temporary_folder.h"
+
+namespace tandrel {
+namespace {
+
+using namespace std::chrono_literals;
+using testing::ElementsAre;
+namespace fs = std::filesystem;
+
+constexpr int kLargestName = 64;
+
+// An image of this test is a text file holding its width; anything else is not an image.
+Result<PixelBuffer> loadWidth(const fs::path& file) {
+    const std::string text = TRY(readFile(file, kLargestName));
+    const int width = std::atoi(text.c_str());
+    if (width < 1) return fail("this is not an image");
+    return PixelBuffer::make(width, 1, nullptr);
+}
+
+// Takes frames and hands them out one by one.
+class Frames {
+ public:
+    FrameSink sink() {
+        return [this](const PixelBuffer& frame) {
+            std::lock_guard lock(mutex_);
+            frames_.push_back(frame);
+            changed_.notify_all();
+        };
+    }
+    // The next frame's width; 0 when none comes.
+    int next() {
+        std::unique_lock lock(mutex_);
+        if (!changed_.wait_for(lock, 10s, [this] { return !frames_.empty(); })) return 0;
+        const int width = frames_.front().width();
+        frames_.pop_front();
+        return width;
+    }
+    bool isEmpty() {
+        std::lock_guard lock(mutex_);
+        return frames_.empty();
+    }
+
+ private:
+    std::mutex mutex_;
+    std::condition_variable changed_;
+    std::deque<PixelBuffer> frames_;
+};
+
+class ImageCaptureTest : public testing::Test {
+ protected:
+    fs::path put(const fs::path& name, const std::string& text) {
+        const fs::path file = folder_.path() / name;
+        fs::create_directories(file.parent_path());
+        std::ofstream(file) << text;
+        return file;
+    }
+    fs::path at(const fs::path& name) const { return folder_.path() / name; }
+
+    std::unique_ptr<ImageCaptureDevices> sources(std::vector<fs::path> paths) {
+        return std::make_unique<ImageCaptureDevices>(
+            ImageCaptureDevices::Options{.paths = std::move(paths), .load = loadWidth}, clock_);
+    }
+    // One source of this path, opened.
+    std::unique_ptr<CaptureSession> play(const fs::path& path) {
+        devices_ = sources({path});
+        auto session = devices_->open(devices_->devices().at(0), frames_.sink());
+        if (!session) ADD_FAILURE() << session.error().message;
+        return session ? *std::move(session) : nullptr;
+    }
+    std::string openError(const fs::path& path) {
+        devices_ = sources({path});
+        const auto session = devices_->open(devices_->devices().at(0), frames_.sink());
+        return session ? "opened" : session.error().message;
+    }
+    // The widths of the next frames, one for each turn of the beat.
+    std::vector<int> nextFrames(int count) {
+        std::vector<int> widths;
+        for (int i = 0; i < count; ++i) {
+            widths.push_back(frames_.next());
+            clock_.advance(100ms);
+        }
+        return widths;
+    }
+
+    TemporaryFolder folder_;
+    ManualClock clock_;
+    Frames frames_;
+    std::unique_ptr<ImageCaptureDevices> devices_;
+};
+
+TEST_F(ImageCaptureTest, APathIsAPhoneWhileItExists) {
+    const auto devices =
+        sources({put("My iPhone.png", "1"), put("Tour.v2/1.png", "1").parent_path(),
+                 at("missing.png"), at("./My iPhone.png")});
+    const auto found = devices->devices();
+    ASSERT_EQ(found.size(), 2U);
+    EXPECT_EQ(found[0].name, "My iPhone");
+    EXPECT_EQ(found[0].modelId, "iOS Device (images)");
+    EXPECT_EQ(found[1].name, "Tour.v2");
+    EXPECT_NE(found[0].id, found[1].id);
+}
+
+TEST_F(ImageCaptureTest, PluggingAndUnpluggingIsReported) {
+    const fs::path file = at("phone.png");
+    std::mutex mutex;
+    std::condition_variable changed;
+    std::deque<std::size_t> counts;
+    const auto devices = sources({file});
+    devices->setOnDevicesChanged([&] {
+        std::lock_guard lock(mutex);
+        counts.push_back(devices->devices().size());
+        changed.notify_all();
+    });
+    const auto countAfterALook = [&] {
+        clock_.advance(ImageCaptureDevices::kLookInterval);
+        std::unique_lock lock(mutex);
+        changed.wait_for(lock, 10s, [&] { return !counts.empty(); });
+        const std::size_t count = counts.empty() ? 99 : counts.front();
+        counts.clear();
+        return count;
+    };
+    put("phone.png", "1");
+    EXPECT_EQ(countAfterALook(), 1U);
+    fs::remove(file);
+    EXPECT_EQ(countAfterALook(), 0U);
+    put("phone.png", "1");
+    EXPECT_EQ(countAfterALook(), 1U);
+    devices->setOnDevicesChanged({});
+}
+
+TEST_F(ImageCaptureTest, AFolderPlaysItsImagesByNameOverAndOver) {
+    put("tour/b.JPG", "2");
+    put("tour/a.png", "1");
+    put("tour/c.jpeg", "3");
+    put("tour/notes.txt", "9");
+    const auto session = play(at("tour"));
+    EXPECT_THAT(nextFrames(4), ElementsAre(1, 2, 3, 1));
+    put("tour/aa.png", "7");
+    EXPECT_THAT(nextFrames(5), ElementsAre(2, 3, 1, 7, 2)) << "seen at the next round";
+}
+
+TEST_F(ImageCaptureTest, AStillImageComesAgainAndChangesWithItsFile) {
+    put("phone.png", "5");
+    const auto session = play(at("phone.png"));
+    EXPECT_THAT(nextFrames(3), ElementsAre(5, 5, 5));
+    fs::rename(put("new", "6"), at("phone.png"));
+    frames_.next();  // may have been on its way
+    clock_.advance(100ms);
+    EXPECT_THAT(nextFrames(2), ElementsAre(6, 6));
+}
+
+TEST_F(ImageCaptureTest, AnImageThatBreaksWhileItPlaysMissesItsTurn) {
+    put("tour/a.png", "1");
+    put("tour/b.png", "junk");
+    put("tour/c.png", "3");
+    const auto session = play(at("tour"));
+    EXPECT_EQ(frames_.next(), 1);
+    while (frames_.isEmpty()) clock_.advance(100ms);
+    EXPECT_EQ(frames_.next(), 3);
+}
+
+TEST_F(ImageCaptureTest, NoFrameComesAfterTheSessionEnds) {
+    put("phone.png", "5");
+    auto session = play(at("phone.png"));
+    EXPECT_EQ(frames_.next(), 5);
+    session.reset();
+    clock_.advance(1s);
+    EXPECT_TRUE(frames_.isEmpty());
+}
+
+TEST_F(ImageCaptureTest, WhatCannotBeShownSaysWhichFile) {
+    EXPECT_EQ(openError(put("notes.png", "hello")),
+              "can't show " + at("notes.png").string() + ": this is not an image");
+    EXPECT_EQ(openError(put("big.png", std::string(100, '1'))),
+              "can't read " + at("big.png").string() + ": it is larger than 64 bytes");
+    EXPECT_EQ(openError(put("empty/readme.txt", "1").parent_path()),
+              "there is no PNG or JPEG file in " + at("empty").string());
+    EXPECT_EQ(openError(put("tour/a.png", "x").parent_path()),
+              "can't show " + at("tour/a.png").string() + ": this is not an image");
+}
+
+TEST_F(ImageCaptureTest, ADeviceThatWasUnpluggedOrNeverWasCannotBeOpened) {
+    devices_ = sources({put("phone.png", "1")});
+    const auto phone = devices_->devices().at(0);
+    fs::remove(at("phone.png"));
+    EXPECT_FALSE(devices_->open(phone, frames_.sink()));
+    const auto other = devices_->open({"image:/etc/passwd", "", "", true}, frames_.sink());
+    ASSERT_FALSE(other);
+    EXPECT_EQ(other.error().message, "there is no image source image:/etc/passwd");
+}
+
+TEST(ImagePaths, SplitAtColons) {
+    using Paths = std::vector<fs::path>;
+    EXPECT_EQ(ImageCaptureDevices::parsePaths("a.png:/b/c:x y"), (Paths{"a.png", "/b/c", "x y"}));
+    EXPECT_EQ(ImageCaptureDevices::parsePaths(":a::b:"), (Paths{"a", "b"}));
+    EXPECT_EQ(ImageCaptureDevices::parsePaths(""), Paths{});
+}
+
+}  // namespace
+}  // namespace tandrel

@@ -1,0 +1,127 @@
+#include "platform/virtual/hid_report_map.h"
+
+#include <random>
+
+#include <gmock/gmock.h>
+
+#include "platform/virtual/virtual_support.h"
+
+namespace tandrel {
+namespace {
+
+using test::hex;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+constexpr std::uint32_t kX = 0x10030;
+constexpr std::uint32_t kY = 0x10031;
+constexpr std::uint32_t kWheel = 0x10038;
+
+HidReportMap map() { return *HidReportMap::parse(test::keyboardAndPointers()); }
+
+TEST(HidReportMap, KnowsTheLengthOfEachReport) {
+    const auto read = map();
+    EXPECT_EQ(read.reportBytes(1), 8u);
+    EXPECT_EQ(read.reportBytes(2), 5u);
+    EXPECT_EQ(read.reportBytes(3), 4u);
+    EXPECT_EQ(read.reportBytes(4), 2u);
+    EXPECT_EQ(read.reportBytes(5), 0u);
+}
+
+// Usage and value of each field that is not zero, in the order of the report.
+std::vector<std::pair<std::uint32_t, int>> nonZero(std::uint8_t id, std::string_view report) {
+    std::vector<std::pair<std::uint32_t, int>> values;
+    for (const HidValue& value : map().decode(id, hex(report))) {
+        if (value.value != 0) values.emplace_back(value.usage, value.value);
+    }
+    return values;
+}
+
+TEST(HidReportMap, DecodesReports) {
+    EXPECT_THAT(nonZero(1, "02 00 0b 00 00 00 00 00"),
+                ElementsAre(std::pair(0x700E1u, 1), std::pair(0x7000Bu, 1)));
+    EXPECT_THAT(nonZero(1, "00 ff 00 00 00 00 00 65"), ElementsAre(std::pair(0x70065u, 1)));
+    EXPECT_THAT(nonZero(2, "00 00 40 ff 7f"),
+                ElementsAre(std::pair(kX, 16384), std::pair(kY, 32767)));
+    EXPECT_THAT(nonZero(3, "01 81 7f ff"), ElementsAre(std::pair(0x90001u, 1), std::pair(kX, -127),
+                                                       std::pair(kY, 127), std::pair(kWheel, -1)));
+    EXPECT_THAT(nonZero(4, "23 02"), ElementsAre(std::pair(0xC0223u, 1)));
+}
+
+TEST(HidReportMap, LeavesOutNullValuesAndUnknownReports) {
+    EXPECT_THAT(nonZero(1, "00 00 66 00 00 00 00 00"), IsEmpty());  // past the key usages
+    EXPECT_THAT(nonZero(2, "00 00 80 00 00"), IsEmpty());           // X past its maximum
+    EXPECT_THAT(nonZero(3, "00 80 00 00"), IsEmpty());              // -128 below the minimum
+    EXPECT_THAT(nonZero(4, "00 04"), IsEmpty());
+    EXPECT_THAT(nonZero(2, "01 00 00 00"), IsEmpty());  // a byte short
+    EXPECT_THAT(nonZero(9, "01 00 00 00"), IsEmpty());
+}
+
+TEST(HidReportMap, PushedStateComesBack) {
+    // 8 bits of X, then push, 16 bits of Y, pop, and again 8 bits of wheel.
+    const auto read = HidReportMap::parse(
+        hex("05 01 85 07 15 00 25 7f 75 08 95 01 09 30 81 02 a4 75 10 09 31 81 02 b4 09 38 81 02"));
+    ASSERT_TRUE(read);
+    EXPECT_EQ(read->reportBytes(7), 4u);
+    EXPECT_EQ(read->decode(7, hex("01 02 00 03")).back().value, 3);
+}
+
+// The largest number there is once made the range endless.
+TEST(HidReportMap, RangeMayEndAtTheLargestUsage) {
+    const auto read =
+        HidReportMap::parse(hex("1b fe ff ff ff 2b ff ff ff ff 15 00 25 01 75 01 95 02 81 02"));
+    ASSERT_TRUE(read);
+    EXPECT_EQ(read->inputs().at(0).usages, (std::vector<std::uint32_t>{0xFFFFFFFE, 0xFFFFFFFF}));
+}
+
+TEST(HidReportMap, RefusesWhatItCannotTrust) {
+    struct Row {
+        const char* name;
+        const char* bytes;
+        const char* error;
+    };
+    const Row rows[] = {
+        {"cut off", "05", "report map, byte 0: the last item is cut off"},
+        {"cut off later", "05 01 26 ff", "report map, byte 2: the last item is cut off"},
+        {"long item", "fe 01 00 00", "report map, byte 0: long items are not in use"},
+        {"report id 0", "85 00", "report map, byte 0: a report id is from 1 to 255"},
+        {"no size", "95 01 81 02", "report map, byte 2: a field has no size"},
+        {"33 bits", "75 21 95 01 81 02", "report map, byte 4: a field has no size"},
+        {"long report", "75 20 95 11 81 02", "report map, byte 4: a report is too long"},
+        {"endless report", "75 20 97 ff ff ff ff 81 02",
+         "report map, byte 7: a report is too long"},
+        {"end without begin", "c0", "report map, byte 0: a collection ends that did not begin"},
+        {"begin without end", "a1 01", "report map, byte 2: a collection does not end"},
+        {"pop without push", "b4", "report map, byte 0: pop without push"},
+        {"range backwards", "19 05 29 01",
+         "report map, byte 2: a usage range ends before it begins"},
+        {"huge range", "1b 00 00 00 00 2b ff ff ff ff", "report map, byte 5: too many usages"},
+        {"range without start", "29 05", "report map, byte 0: a usage maximum without a minimum"},
+    };
+    for (const Row& row : rows) {
+        const auto read = HidReportMap::parse(hex(row.bytes));
+        ASSERT_FALSE(read) << row.name;
+        EXPECT_EQ(read.error().message, row.error) << row.name;
+    }
+    EXPECT_FALSE(HidReportMap::parse(Bytes(4097, 0xC0)));
+}
+
+TEST(HidReportMap, SurvivesChangedBytes) {
+    std::minstd_rand random(1);
+    const Bytes report(64, 0xA5);
+    for (int round = 0; round < 20'000; ++round) {
+        Bytes bytes = test::keyboardAndPointers();
+        for (int change = 0; change < 4; ++change) {
+            bytes[random() % bytes.size()] = static_cast<std::uint8_t>(random());
+        }
+        bytes.resize(random() % (bytes.size() + 1));
+        const auto read = HidReportMap::parse(bytes);
+        if (!read) continue;
+        for (std::uint8_t id = 0; id < 8; ++id) {
+            EXPECT_LE(read->decode(id, report).size(), 8u * 64u);
+        }
+    }
+}
+
+}  // namespace
+}  // namespace tandrel
