@@ -19,6 +19,9 @@ constexpr std::size_t kMostFrames = 4;
 // Below this nearly everything is an icon or a texture; figures are kept however unsure, so that
 // nothing that may be an amount is lost.
 constexpr double kLeastConfidence = 0.3;
+// Leaves and waves now and then look like letters, but rarely like letters that the network is sure
+// of.
+constexpr double kLeastConfidenceOnPicture = 0.8;
 // Far beyond any screen; more would take too long even to look at.
 constexpr std::int64_t kMostPixels = 64'000'000;
 
@@ -33,8 +36,9 @@ TextRecord recordOf(const StripText& read, const PixelBox& box) {
             .height = static_cast<double>(box.height())};
 }
 
-bool isWorthTelling(const TextRecord& record) {
+bool isWorthTelling(const TextRecord& record, const TextLine& line) {
     if (record.text.empty()) return false;
+    if (line.onPicture) return record.confidence >= kLeastConfidenceOnPicture;
     return record.confidence >= kLeastConfidence || holdsFigures(record.text);
 }
 
@@ -73,10 +77,9 @@ Result<ReadText> FrameReader::read(const PixelBuffer& image) {
 Result<ReadText> FrameReader::readChanged(const PixelBuffer& image) {
     const TimePoint deadline = clock_.now() + kTimeToRead;
     const GrayFrame frame = GrayFrame::from(image);
+    const std::vector<TextLine> found = findLines(frame);
     std::vector<Ink> lines;
-    for (const PixelBox& box : findLines(frame)) {
-        if (const auto ink = findInk(frame, box)) lines.push_back(*ink);
-    }
+    for (const TextLine& line : found) lines.push_back(line.ink);
     LineReader reader(*strips_, memory_, work_, clock_);
     const auto readings = TRY(reader.read(frame, lines, deadline));
     ReadText result;
@@ -86,7 +89,7 @@ Result<ReadText> FrameReader::readChanged(const PixelBuffer& image) {
             continue;
         }
         TextRecord record = recordOf(readings[i].text, lines[i].box);
-        if (isWorthTelling(record)) result.records.push_back(std::move(record));
+        if (isWorthTelling(record, found[i])) result.records.push_back(std::move(record));
     }
     return result;
 }

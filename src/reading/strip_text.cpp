@@ -4,8 +4,10 @@
 #include <array>
 #include <cctype>
 #include <cmath>
+#include <cstring>
 
 #include "base/unicode.h"
+#include "reading/components.h"
 
 namespace tandrel {
 
@@ -13,6 +15,8 @@ namespace {
 
 // A gap this wide, in heights of the ink, is a space even where the network saw none.
 constexpr double kSpaceGap = 0.30;
+// Figures have wide bearings where they stand in columns, above all "1".
+constexpr double kFigureGap = 0.6;
 constexpr std::uint8_t kInkBelow = 170;
 // Letters of real words at screen quality are nearly always above this.
 constexpr double kSureLetter = 0.75;
@@ -50,7 +54,8 @@ std::vector<Gap> wideGaps(const Strip& strip) {
 // For each letter whether it follows a wide gap in which the network found no space.
 std::vector<bool> followsGap(const Strip& strip, std::span<const FoundLetter> found,
                              std::span<const std::string> letters) {
-    constexpr int kNear = 6;  // columns by which the network's places may be off
+    // Columns by which the network's places may be off.
+    constexpr int kEarly = 9, kNear = 6;
     auto columnOf = [](const FoundLetter& at) {
         return at.step * StripScores::kColumnsPerStep + StripScores::kColumnsPerStep / 2;
     };
@@ -58,7 +63,7 @@ std::vector<bool> followsGap(const Strip& strip, std::span<const FoundLetter> fo
     for (const Gap& gap : wideGaps(strip)) {
         const bool hasSpace = std::ranges::any_of(found, [&](const FoundLetter& at) {
             return letters[static_cast<std::size_t>(at.letter)] == " " &&
-                   columnOf(at) >= gap.begin - kNear && columnOf(at) <= gap.end + kNear;
+                   columnOf(at) >= gap.begin - kEarly && columnOf(at) <= gap.end + kNear;
         });
         const auto behind = std::ranges::find_if(found, [&](const FoundLetter& at) {
             return columnOf(at) >= (gap.begin + gap.end) / 2;
@@ -161,13 +166,21 @@ bool isOddDigit(const Word& word, std::span<const Word> others) {
     return false;
 }
 
+// A magnifier, a radio button or another round icon before the text.
+bool isRoundIcon(const Word& word) {
+    constexpr std::array<std::string_view, 6> kRound = {"Q", "O", "©", "®", "@", "&"};
+    return std::ranges::find(kRound, word.text) != kRound.end();
+}
+
 bool isSure(const Word& word) { return word.leastProbability >= kSureLetter; }
 
 // The words from the first to the last that is no icon; all of them if none is sure.
 std::span<const Word> withoutIcons(std::span<const Word> words) {
     if (std::ranges::none_of(words, isSure)) return words;
     auto isIcon = [&](const Word& word) { return looksLikeIcon(word) || isOddDigit(word, words); };
-    while (words.size() > 1 && isIcon(words.front())) words = words.subspan(1);
+    while (words.size() > 1 && (isIcon(words.front()) || isRoundIcon(words.front()))) {
+        words = words.subspan(1);
+    }
     while (words.size() > 1 && isIcon(words.back())) words = words.first(words.size() - 1);
     return words;
 }
@@ -207,10 +220,47 @@ StripText composeText(const Strip& strip, const FoundLetters& found,
     return result;
 }
 
+bool contradictsInk(const Strip& strip, std::string_view text) {
+    std::vector<std::uint8_t> mask(strip.pixels.size());
+    std::ranges::transform(strip.pixels, mask.begin(),
+                           [](std::uint8_t v) { return v < kInkBelow; });
+    const auto parts = connectedComponents(mask.data(), strip.columns, Strip::kRows);
+    PixelBox all{strip.columns, Strip::kRows, 0, 0};
+    int digitBottom = 0;
+    for (const Component& part : parts) all.include(part.box);
+    std::vector<int> bottoms;
+    for (const Component& part : parts) {
+        if (part.box.height() * 2 > all.height()) bottoms.push_back(part.box.bottom);
+    }
+    if (bottoms.empty()) return true;
+    std::ranges::sort(bottoms);
+    digitBottom = bottoms[bottoms.size() / 2];
+    const auto marks = std::ranges::count_if(parts, [&](const Component& part) {
+        const bool isSmall =
+            part.box.height() * 5 <= all.height() * 2 && part.box.width() * 3 <= all.height();
+        return isSmall && part.area > 1 && part.box.top * 2 > all.top + digitBottom &&
+               part.box.bottom * 8 >= digitBottom * 7;
+    });
+    const auto expected =
+        std::ranges::count_if(text, [](char c) { return std::strchr(".,:;!?", c) && c; });
+    return marks != expected;
+}
+
 bool holdsFigures(std::string_view text) {
     if (text.find_first_of("0123456789$") != std::string_view::npos) return true;
     for (const std::string_view sign : {"€", "£", "¥"}) {
         if (text.contains(sign)) return true;
+    }
+    return false;
+}
+
+bool mayMisspellSign(std::string_view text) {
+    for (std::size_t at = 0; (at = text.find('S', at)) != std::string_view::npos; ++at) {
+        const std::string_view rest = text.substr(at + 1);
+        const std::size_t figures = std::min(rest.size(), rest.find_first_not_of("0123456789.,"));
+        if (figures > 0 && rest.substr(0, figures).find_first_of(".,") != std::string_view::npos) {
+            return true;
+        }
     }
     return false;
 }
