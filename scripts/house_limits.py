@@ -48,7 +48,8 @@ GUARDED_HEADERS = [
             r"^(sdbus-c\+\+/.*|systemd/.*|dbus/.*|libudev\.h|canberra\.h|X11/.*|xcb/.*"
             r"|linux/videodev2\.h|libv4l.*|tesseract/.*|leptonica/.*)$"
         ),
-        ("src/platform/linux/", "tests/platform/linux/", "bench/linux/", "bench/reading/"),
+        ("src/platform/linux/", "tests/platform/linux/", "bench/linux/", "bench/reading/",
+         "tests/app/"),
         "D-Bus, udev, sound, X11, V4L2 and Tesseract",
     ),
 ]

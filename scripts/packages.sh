@@ -14,7 +14,7 @@ build="
     libudev-dev
     libcanberra-dev
     libgtest-dev libgmock-dev
-    dbus umockdev xvfb
+    libxcb-xtest0-dev dbus umockdev xvfb
 "
 bench="
     libbenchmark-dev libmicrohttpd-dev libswscale-dev

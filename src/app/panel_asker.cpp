@@ -1,7 +1,6 @@
 #include "app/panel_asker.h"
 
 #include <atomic>
-#include <memory>
 
 #include <fmt/format.h>
 
@@ -21,26 +20,27 @@ std::string nextNotificationId() {
 PanelAsker::PanelAsker(MainLoop& loop, Notifications& notifications, Clock& clock)
     : loop_(loop), notifications_(notifications), clock_(clock) {}
 
+PanelAsker::~PanelAsker() = default;
+
 ApprovalAnswer PanelAsker::ask(const ApprovalRequest& request, TimePoint deadline,
                                std::stop_token withdrawn) {
     const auto box = std::make_shared<AnswerBox>(clock_);
-    // The panel lives on the main thread only; this thread hands the holder on and never looks in.
-    const auto holder = std::make_shared<std::unique_ptr<ApprovalPrompt>>();
-    const std::string notification = nextNotificationId();
+    const std::string id = nextNotificationId();
     loop_.post([=, this] {
-        *holder = std::make_unique<ApprovalPrompt>(
+        auto& prompt = prompts_[id];
+        prompt = std::make_unique<ApprovalPrompt>(
             request, deadline, clock_, [box](ApprovalAnswer answer) { box->put(answer); });
-        (*holder)->open();
+        prompt->open();
         notifications_.playAttentionSound();
-        notifications_.post(notification, "Tandrel: approve a payment",
+        notifications_.post(id, "Tandrel: approve a payment",
                             fmt::format("Your AI wants to {} on your iPhone. Answer in the Tandrel "
                                         "window.",
                                         request.what));
     });
     const ApprovalAnswer answer = box->wait(deadline, withdrawn);
     loop_.post([=, this] {
-        holder->reset();
-        notifications_.withdraw(notification);
+        prompts_.erase(id);
+        notifications_.withdraw(id);
     });
     return answer;
 }

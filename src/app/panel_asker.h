@@ -1,16 +1,25 @@
 #pragma once
 
+#include <map>
+#include <memory>
+#include <string>
+
 #include "payments/asker.h"
 #include "platform/main_loop.h"
 #include "platform/notifications.h"
 
 namespace tandrel {
 
+class ApprovalPrompt;
+
 // Asks the owner in a panel on this computer's screen, with a sound, and a desktop notification
 // that only points to the panel.
 class PanelAsker final : public Asker {
  public:
     PanelAsker(MainLoop& loop, Notifications& notifications, Clock& clock);
+
+    // Main thread, once nobody asks any more; closes panels that are still open.
+    ~PanelAsker() override;
 
     // Any thread but the main one; blocks until the answer, the deadline or the withdrawal.
     ApprovalAnswer ask(const ApprovalRequest& request, TimePoint deadline,
@@ -20,6 +29,8 @@ class PanelAsker final : public Asker {
     MainLoop& loop_;
     Notifications& notifications_;
     Clock& clock_;
+    // By the identifier of their notification; main thread only.
+    std::map<std::string, std::unique_ptr<ApprovalPrompt>> prompts_;
 };
 
 }  // namespace tandrel

@@ -1,0 +1,128 @@
+#include <csignal>
+#include <future>
+#include <thread>
+
+#include <gtest/gtest.h>
+
+#include "app/running_program.h"
+#include "app/x_display.h"
+
+namespace tandrel {
+namespace {
+
+using Key = XDisplay::Key;
+using namespace std::chrono_literals;
+
+// The application on a display of its own, asking about the price button of the phone's shop.
+class Panel : public testing::Test {
+ protected:
+    // Where the buttons are, from the panel's lower left corner.
+    static constexpr int kDenyX = 124;
+    static constexpr int kApproveX = 336;
+    static constexpr int kButtonsAboveBottom = 45;
+    static constexpr double kTimeout = 40;
+
+    void SetUp() override {
+        display = XDisplay::open();
+        if (!display) GTEST_SKIP() << "Xvfb is not installed";
+        program = std::make_unique<RunningProgram>(
+            ChildProgram::Environment{{"DISPLAY", display->name()},
+                                      {"TANDREL_VIRTUAL_PHONE", "1"},
+                                      {"TANDREL_GUARD_TIMEOUT", "40"}});
+        program->awaitMatched();
+        tap(0.15, 0.13);  // Shop
+        tap(0.5, 0.2);    // Canvas tote bag
+        ask();
+    }
+
+    void tap(double x, double y) {
+        ASSERT_EQ(program->post("/tap", {{"x", x}, {"y", y}, {"fraction", true}}).status, 200);
+        program->get("/settle");
+    }
+
+    void ask() {
+        reply = std::async(std::launch::async, [this] {
+            return program->post("/tap", {{"x", 0.5}, {"y", 0.59}, {"fraction", true}});
+        });
+        while (!window) window = display->find("Tandrel: approve a payment");
+        display->focus(*window);
+    }
+
+    void click(int fromLeft) {
+        display->click(window->x + fromLeft, window->y + window->height - kButtonsAboveBottom);
+    }
+
+    // Does it again and again until the question is over, for at most the panel's time.
+    template <typename Deed>
+    bool repeatUntilAnswered(Deed deed, int times) {
+        for (int i = 0; i < times; ++i) {
+            deed();
+            if (reply.wait_for(200ms) == std::future_status::ready) return true;
+        }
+        return false;
+    }
+
+    bool phoneShows(const std::string& text) const {
+        return toText(program->get("/look?maxEdge=200").body).find(text) != std::string::npos;
+    }
+
+    std::unique_ptr<XDisplay> display;
+    std::unique_ptr<RunningProgram> program;
+    std::optional<XDisplay::Window> window;
+    std::future<ClientResponse> reply;
+};
+
+TEST_F(Panel, ApprovesByMouseAndNotInTheFirstSecond) {
+    click(kApproveX);
+    const bool wasEarly = program->get("/status").json().value("asking", 0.0) > kTimeout - 0.9;
+    if (wasEarly) {
+        EXPECT_EQ(reply.wait_for(300ms), std::future_status::timeout) << "not armed yet";
+    }
+    ASSERT_TRUE(repeatUntilAnswered([this] { click(kApproveX); }, 100));
+    EXPECT_EQ(reply.get().status, 200);
+    program->get("/settle");
+    EXPECT_TRUE(phoneShows("side button"));
+    EXPECT_FALSE(display->find("Tandrel: approve a payment"));
+}
+
+TEST_F(Panel, DeniesByMouse) {
+    ASSERT_TRUE(repeatUntilAnswered([this] { click(kDenyX); }, 100));
+    const ClientResponse denied = reply.get();
+    EXPECT_EQ(denied.status, 403);
+    EXPECT_EQ(
+        denied.json()["error"],
+        "The owner denied this on their Mac (tap “€12.50”: €12.50). Don't retry this payment.");
+    EXPECT_FALSE(phoneShows("side button"));
+}
+
+TEST_F(Panel, NoKeyApproves) {
+    const std::vector<Key> sequences[] = {{Key::enter},
+                                          {Key::tab, Key::enter},
+                                          {Key::tab, Key::space},
+                                          {Key::tab, Key::tab, Key::space}};
+    for (const auto& keys : sequences) {
+        const auto press = [&] {
+            for (const Key key : keys) display->press(key);
+        };
+        if (!repeatUntilAnswered(press, 10)) display->press(Key::escape);
+        EXPECT_EQ(reply.get().status, 403);
+        window.reset();
+        if (&keys != &sequences[3]) ask();
+    }
+    EXPECT_FALSE(phoneShows("side button"));
+}
+
+TEST_F(Panel, EscapeDeniesAtOnce) {
+    display->press(Key::escape);
+    ASSERT_EQ(reply.wait_for(30s), std::future_status::ready);
+    EXPECT_EQ(reply.get().status, 403);
+}
+
+TEST_F(Panel, ClosesWhenTheProgramEnds) {
+    program->process().signal(SIGINT);
+    EXPECT_EQ(program->process().wait(), 0);
+    reply.wait();
+}
+
+}  // namespace
+}  // namespace tandrel
