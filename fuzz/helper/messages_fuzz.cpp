@@ -20,7 +20,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     for (const Tool& tool : tools()) {
         const auto checked = checkArguments(tool.name, tool.parameters, *arguments);
         // What was accepted once is accepted as it came out.
-        if (checked && checkArguments(tool.name, tool.parameters, *checked) != checked) std::abort();
+        if (checked && checkArguments(tool.name, tool.parameters, *checked) != checked)
+            std::abort();
     }
     return 0;
 }

@@ -23,11 +23,13 @@ class AnswerBox {
         wakeup_->condition.notify_all();
     }
 
-    // Blocks until there is an answer, the deadline passes or the question is withdrawn; the last two
-    // are a time-out.
+    // Blocks until there is an answer, the deadline passes or the question is withdrawn; the last
+    // two are a time-out.
     ApprovalAnswer wait(TimePoint deadline, const std::stop_token& withdrawn) {
         const std::stop_callback wake(withdrawn, [this] {
-            { std::lock_guard taken(wakeup_->mutex); }
+            {
+                std::lock_guard taken(wakeup_->mutex);
+            }
             wakeup_->condition.notify_all();
         });
         std::unique_lock lock(wakeup_->mutex);

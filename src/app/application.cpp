@@ -4,6 +4,7 @@
 #include <cstdio>
 
 #include <fmt/format.h>
+#include <sys/resource.h>
 
 #include "app/panel_asker.h"
 #include "app/phone_window.h"
@@ -45,12 +46,36 @@ std::vector<std::unique_ptr<PhoneWindow>> openWindows(const Backends& backends, 
     return windows;
 }
 
+// Connections, frames and pipes of a busy hour need more files than the usual soft limit of 1024.
+void raiseFileLimit() {
+    constexpr rlim_t kFiles = 8192;
+    rlimit limit{};
+    if (::getrlimit(RLIMIT_NOFILE, &limit) != 0 || limit.rlim_cur >= kFiles) return;
+    limit.rlim_cur = std::min(limit.rlim_max, kFiles);
+    if (::setrlimit(RLIMIT_NOFILE, &limit) != 0) log("can't raise the limit of open files");
+}
+
+// Serves until the main loop is told to end.
+int serve(Wiring& wiring, const AppInfo& info, MainLoop& loop, bool hasDisplay,
+          const std::stop_token& stopping) {
+    wiring.engine().start(stopping);
+    const auto windows = openWindows(wiring.backends(), hasDisplay);
+    sayWelcome(wiring, info);
+    const int status = loop.run();
+    wiring.engine().stop();
+    return status;
+}
+
 }  // namespace
 
 int runApplication(const Arguments& arguments) {
+    // Declared before what may call them from its own thread to the end.
+    std::unique_ptr<MainLoop> loop;
+    std::stop_source stopping;
     StopSignals stopSignals;
+    raiseFileLimit();
     Clock& clock = systemClock();
-    AppInfo info = AppInfo::load(AppInfo::bundleOfThisProgram());
+    const AppInfo info = AppInfo::load(AppInfo::bundleOfThisProgram());
     AppLog::setShared(std::make_shared<AppLog>(AppFiles::of(info).log));
     auto backends = Backends::open(info, clock);
     if (!backends) {
@@ -59,19 +84,16 @@ int runApplication(const Arguments& arguments) {
     }
     const bool hasDisplay = prepareDisplay();
     const bool askHere = std::ranges::count(arguments, "--ask-here") > 0;
-    const auto loop = makeMainLoop(hasDisplay);
-    std::stop_source stopping;
-    if (const auto listening = stopSignals.deliver(*loop, [&] { loop->quit(0); }); !listening) {
-        log(listening.error().message);
-    }
+    loop = makeMainLoop(hasDisplay);
+    const auto listening = stopSignals.deliver([&] {
+        stopping.request_stop();
+        loop->quit(0);
+    });
+    if (!listening) log(listening.error().message);
     const auto notifications = makeDesktopNotifications();
     const auto asker = makeAsker(hasDisplay, askHere, *loop, *notifications, clock);
     Wiring wiring(std::move(*backends), info, *loop, *asker, clock);
-    wiring.engine().start(stopping.get_token());
-    const auto windows = openWindows(wiring.backends(), hasDisplay);
-    sayWelcome(wiring, info);
-    const int status = loop->run();
-    wiring.engine().stop();
+    const int status = serve(wiring, info, *loop, hasDisplay, stopping.get_token());
     AppLog::setShared(nullptr);
     return status;
 }

@@ -1,9 +1,5 @@
 #include "app/approval_prompt.h"
 
-#include <algorithm>
-#include <cmath>
-#include <vector>
-
 #include <QCloseEvent>
 #include <QCoreApplication>
 #include <QGuiApplication>
@@ -13,6 +9,9 @@
 #include <QPushButton>
 #include <QScreen>
 #include <QVBoxLayout>
+#include <algorithm>
+#include <cmath>
+#include <vector>
 
 #include "app/screen_picture.h"
 
@@ -42,9 +41,7 @@ constexpr const char* kStyle = R"(
 // Prompts on the screen, in the order they were shown.
 std::vector<ApprovalPrompt*> openPrompts;
 
-QString translated(const char* text) {
-    return QCoreApplication::translate("ApprovalPrompt", text);
-}
+QString translated(const char* text) { return QCoreApplication::translate("ApprovalPrompt", text); }
 
 QLabel* label(const char* name, const QString& text) {
     auto* result = new QLabel(text);
@@ -87,8 +84,9 @@ void ApprovalPrompt::build(const ApprovalRequest& request) {
         picture->setAlignment(Qt::AlignTop);
         picture->setAccessibleName(translated("The iPhone's screen with the place of the action"));
         columns->addWidget(picture);
-        width += picture->pixmap().width() / static_cast<int>(picture->pixmap().devicePixelRatio()) +
-                 kMargin;
+        width +=
+            picture->pixmap().width() / static_cast<int>(picture->pixmap().devicePixelRatio()) +
+            kMargin;
         height = std::max(height, kPictureHeight + 2 * kMargin);
     }
     setFixedWidth(width);
@@ -103,11 +101,13 @@ QWidget* ApprovalPrompt::buildText(const ApprovalRequest& request) {
     const auto text = [](const std::string& utf8) { return QString::fromStdString(utf8); };
     rows->addWidget(label("product", "Tandrel"));
     rows->addWidget(label("title", text(request.title)));
-    rows->addWidget(label("body", translated("Your AI wants to %1 on your iPhone. The screen shows %2.")
-                                      .arg(text(request.what), text(request.summary))));
-    rows->addWidget(label("small", translated("Approve lets this one action through. If the amount or "
-                                              "recipient changes before it happens, Tandrel asks "
-                                              "again.")));
+    rows->addWidget(
+        label("body", translated("Your AI wants to %1 on your iPhone. The screen shows %2.")
+                          .arg(text(request.what), text(request.summary))));
+    rows->addWidget(
+        label("small", translated("Approve lets this one action through. If the amount or "
+                                  "recipient changes before it happens, Tandrel asks "
+                                  "again.")));
     rows->addStretch(1);
     countdown_ = label("countdown", {});
     rows->addWidget(countdown_);
@@ -145,11 +145,12 @@ void ApprovalPrompt::open() {
     raise();
     activateWindow();
     // A click that was meant for another window must not approve.
-    QTimer::singleShot(std::chrono::duration_cast<std::chrono::milliseconds>(kArmedAfter), this, [this] {
-        deny_->setEnabled(true);
-        approve_->setEnabled(true);
-        deny_->setFocus();
-    });
+    QTimer::singleShot(std::chrono::duration_cast<std::chrono::milliseconds>(kArmedAfter), this,
+                       [this] {
+                           deny_->setEnabled(true);
+                           approve_->setEnabled(true);
+                           deny_->setFocus();
+                       });
 }
 
 void ApprovalPrompt::answer(ApprovalAnswer answer) {

@@ -1,10 +1,9 @@
 #pragma once
 
-#include <functional>
-#include <memory>
-
 #include <QTimer>
 #include <QWidget>
+#include <functional>
+#include <memory>
 
 #include "base/clock.h"
 #include "payments/asker.h"
@@ -15,8 +14,8 @@ class QPushButton;
 namespace tandrel {
 
 // The panel that asks the owner about one payment. It floats above other windows, takes no answer
-// during its first second, and no single key press approves: Escape denies, Approve wants the mouse.
-// Main thread only.
+// during its first second, and no single key press approves: Escape denies, Approve wants the
+// mouse. Main thread only.
 class ApprovalPrompt final : public QWidget {
  public:
     using Answered = std::function<void(ApprovalAnswer)>;

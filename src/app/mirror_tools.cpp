@@ -8,7 +8,8 @@
 namespace tandrel {
 
 std::optional<int> runMirrorTool(const Arguments& arguments) {
-    MirrorServices services{.out = std::cout, .err = std::cerr, .makeRecognizer = makeTextRecognizer};
+    MirrorServices services{
+        .out = std::cout, .err = std::cerr, .makeRecognizer = makeTextRecognizer};
     return mirrorCommand(arguments, services);
 }
 

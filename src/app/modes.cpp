@@ -38,7 +38,9 @@ int renderSteps(const Arguments&) {
     return 0;
 }
 
-int changeSetting(const Arguments& arguments) { return setSetting(arguments, AppFiles::of(appInfo())); }
+int changeSetting(const Arguments& arguments) {
+    return setSetting(arguments, AppFiles::of(appInfo()));
+}
 
 int showApprovals(const Arguments& arguments) {
     const bool json = arguments.size() > 1 && arguments[1] == "--json";
@@ -65,6 +67,7 @@ int printHelp(const Arguments&) {
     fmt::print(
         "Tandrel lets an AI assistant see and operate an iPhone.\n\n"
         "usage: tandrel-app              start the application; Ctrl-C ends it\n"
+        "       tandrel-app --ask-here   the same, and ask about payments on this terminal\n"
         "       tandrel-app OPTION       one of the options below\n"
         "       tandrel-app TOOL ...     a picture tool (ocr, detect-rect)\n\noptions:\n");
     for (const Mode& mode : kModes) {

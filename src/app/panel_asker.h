@@ -6,8 +6,8 @@
 
 namespace tandrel {
 
-// Asks the owner in a panel on this computer's screen, with a sound, and a desktop notification that
-// only points to the panel.
+// Asks the owner in a panel on this computer's screen, with a sound, and a desktop notification
+// that only points to the panel.
 class PanelAsker final : public Asker {
  public:
     PanelAsker(MainLoop& loop, Notifications& notifications, Clock& clock);

@@ -13,7 +13,7 @@
 namespace tandrel {
 namespace {
 
-constexpr int kBezel = 14;          // points
+constexpr int kBezel = 14;  // points
 constexpr double kCornerRadius = 38;
 constexpr double kShareOfDisplay = 0.85;
 
@@ -26,21 +26,21 @@ struct PhoneWindow::Latest {
     bool announced OWNED_BY(mutex) = false;
 };
 
-PhoneWindow::PhoneWindow(VirtualPhone& phone)
-    : phone_(phone), latest_(std::make_shared<Latest>()) {
+PhoneWindow::PhoneWindow(VirtualPhone& phone) : phone_(phone), latest_(std::make_shared<Latest>()) {
     setWindowTitle(QString::fromStdString(phone.traits().name));
     const double shape = static_cast<double>(phone.traits().width) / phone.traits().height;
     const int height = static_cast<int>(
         QGuiApplication::primaryScreen()->availableGeometry().height() * kShareOfDisplay);
     resize(static_cast<int>((height - 2 * kBezel) * shape) + 2 * kBezel, height);
     setMinimumSize(200, 400);
-    frames_ = phone_.watchFrames(VirtualPhone::View::display, [this, latest = latest_](PixelBuffer frame) {
-        MutexLock lock(latest->mutex);
-        if (latest->frame.sharesPixelsWith(frame)) return;
-        latest->frame = std::move(frame);
-        if (std::exchange(latest->announced, true)) return;
-        QMetaObject::invokeMethod(this, [this] { takeFrame(); }, Qt::QueuedConnection);
-    });
+    frames_ = phone_.watchFrames(
+        VirtualPhone::View::display, [this, latest = latest_](PixelBuffer frame) {
+            MutexLock lock(latest->mutex);
+            if (latest->frame.sharesPixelsWith(frame)) return;
+            latest->frame = std::move(frame);
+            if (std::exchange(latest->announced, true)) return;
+            QMetaObject::invokeMethod(this, [this] { takeFrame(); }, Qt::QueuedConnection);
+        });
 }
 
 PhoneWindow::~PhoneWindow() { frames_.reset(); }

@@ -1,10 +1,9 @@
 #pragma once
 
-#include <memory>
-#include <mutex>
-
 #include <QImage>
 #include <QWidget>
+#include <memory>
+#include <mutex>
 
 #include "platform/virtual/virtual_phone.h"
 

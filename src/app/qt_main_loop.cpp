@@ -26,8 +26,7 @@ char* arguments[] = {programName, nullptr};
 
 }  // namespace
 
-QtMainLoop::QtMainLoop()
-    : application_(std::make_unique<QApplication>(argumentCount, arguments)) {
+QtMainLoop::QtMainLoop() : application_(std::make_unique<QApplication>(argumentCount, arguments)) {
     QApplication::setApplicationName("Tandrel");
     QApplication::setDesktopFileName("tandrel");
 }

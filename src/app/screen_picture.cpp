@@ -17,10 +17,11 @@ QImage asImage(const PixelBuffer& frame) {
         [](void* kept) { delete static_cast<PixelBuffer*>(kept); }, keeper);
 }
 
-QPixmap screenPicture(const PixelBuffer& frame, const std::optional<PlaceOnScreen>& place, int height) {
+QPixmap screenPicture(const PixelBuffer& frame, const std::optional<PlaceOnScreen>& place,
+                      int height) {
     const double ratio = qGuiApp->devicePixelRatio();
-    const QImage scaled = asImage(frame).scaledToHeight(static_cast<int>(height * ratio),
-                                                        Qt::SmoothTransformation);
+    const QImage scaled =
+        asImage(frame).scaledToHeight(static_cast<int>(height * ratio), Qt::SmoothTransformation);
     QPixmap result(scaled.size());
     result.fill(Qt::transparent);
     result.setDevicePixelRatio(ratio);

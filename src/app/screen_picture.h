@@ -1,9 +1,8 @@
 #pragma once
 
-#include <optional>
-
 #include <QImage>
 #include <QPixmap>
+#include <optional>
 
 #include "base/pixel_buffer.h"
 #include "payments/asker.h"
@@ -15,6 +14,7 @@ QImage asImage(const PixelBuffer& frame);
 
 // The frame scaled to `height` points with rounded corners, and a ring around `place` when there is
 // one.
-QPixmap screenPicture(const PixelBuffer& frame, const std::optional<PlaceOnScreen>& place, int height);
+QPixmap screenPicture(const PixelBuffer& frame, const std::optional<PlaceOnScreen>& place,
+                      int height);
 
 }  // namespace tandrel

@@ -30,7 +30,8 @@ void checkGuard(const std::filesystem::path& share, Tally& tally) {
 
 void checkScenarios(const std::filesystem::path& share, Tally& tally) {
     std::error_code error;
-    for (const auto& entry : std::filesystem::directory_iterator(share / "tandrel/scenarios", error)) {
+    for (const auto& entry :
+         std::filesystem::directory_iterator(share / "tandrel/scenarios", error)) {
         if (entry.path().extension() != ".json") continue;
         const auto scenario = loadScenario(entry.path());
         tally.count(scenario.has_value(), "scenario: " + entry.path().filename().string(),
@@ -46,7 +47,7 @@ int runSelfTest(const AppInfo& info) {
     const auto share = info.bundle / "share";
     tally.count(info.version != "dev", "share/tandrel/info.json is installed");
     tally.count(HIDReportMap::descriptor.size() == 198, "report map is 198 bytes");
-    checkGuard(share, tally);
+    checkGuard(share / "tandrel", tally);
     checkScenarios(share, tally);
     fmt::print("{} passed, {} failed\n", tally.passed, tally.failed);
     return tally.failed == 0 ? 0 : 1;

@@ -1,13 +1,13 @@
 #include "app/terminal_asker.h"
 
+#include <cmath>
+
+#include <fmt/format.h>
 #include <poll.h>
 #include <termios.h>
 #include <unistd.h>
 
-#include <algorithm>
-#include <cmath>
-
-#include <fmt/format.h>
+#include "payments/printable.h"
 
 namespace tandrel {
 namespace {
@@ -18,12 +18,6 @@ constexpr std::size_t kLongestAnswer = 256;
 void say(const std::string& text) {
     fmt::print("{}", text);
     std::fflush(stdout);
-}
-
-// Terminal control characters in what stood on the phone must not reach the owner's terminal.
-std::string printable(std::string text) {
-    std::ranges::replace_if(text, [](char c) { return static_cast<unsigned char>(c) < 0x20 || c == 0x7F; }, ' ');
-    return text;
 }
 
 // One line from the terminal; nothing until a whole one has come.
@@ -38,7 +32,8 @@ class LineReader {
         const ssize_t count = ::read(STDIN_FILENO, chunk, sizeof chunk);
         if (count <= 0) return State::closed;
         line_.append(chunk, static_cast<std::size_t>(count));
-        if (line_.find('\n') != std::string::npos || line_.size() > kLongestAnswer) return State::complete;
+        if (line_.find('\n') != std::string::npos || line_.size() > kLongestAnswer)
+            return State::complete;
         return State::waiting;
     }
     std::string line() const { return line_.substr(0, line_.find('\n')); }
@@ -52,7 +47,8 @@ class LineReader {
 ApprovalAnswer TerminalAsker::ask(const ApprovalRequest& request, TimePoint deadline,
                                   std::stop_token withdrawn) {
     ::tcflush(STDIN_FILENO, TCIFLUSH);  // what was typed before the question answers nothing
-    say(fmt::format("\n{}\nYour AI wants to {} on your iPhone. The screen shows {}.\n"
+    say(
+        fmt::format("\n{}\nYour AI wants to {} on your iPhone. The screen shows {}.\n"
                     "No answer in {} s means no. Type approve and Return to let this one action "
                     "through, anything else to deny: ",
                     printable(request.title), printable(request.what), printable(request.summary),

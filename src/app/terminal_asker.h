@@ -4,8 +4,9 @@
 
 namespace tandrel {
 
-// Asks the owner on the terminal that the application was started in, and only because it was started
-// with `--ask-here`. The answer is a typed word, "approve" and Return; anything else is a no.
+// Asks the owner on the terminal that the application was started in, and only because it was
+// started with `--ask-here`. The answer is a typed word, "approve" and Return; anything else is a
+// no.
 class TerminalAsker final : public Asker {
  public:
     explicit TerminalAsker(Clock& clock) : clock_(clock) {}

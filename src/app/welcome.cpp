@@ -35,11 +35,11 @@ std::string phoneNames(const VirtualPlatform& platform) {
 std::string modeLine(const Engine& engine) {
     switch (engine.mode().kind) {
         case EngineMode::Kind::own:
-            return fmt::format("The API listens on {}, the AirPlay pictures on {}.", engine.ownURL(),
-                               engine.ownAirplayURL());
+            return fmt::format("The API listens on {}, the AirPlay pictures on {}.",
+                               engine.ownURL(), engine.ownAirplayURL());
         case EngineMode::Kind::external:
-            return fmt::format("{} already serves port {}; this copy uses it.", engine.mode().detail,
-                               engine.settings().port);
+            return fmt::format("{} already serves port {}; this copy uses it.",
+                               engine.mode().detail, engine.settings().port);
         case EngineMode::Kind::failed:
         case EngineMode::Kind::stopped:
             return fmt::format("The API is not served: {}.", engine.mode().detail);

@@ -45,7 +45,8 @@ Result<Backends> Backends::open(const AppInfo& info, Clock& clock) {
     Backends backends;
     const std::string phones = environment("TANDREL_VIRTUAL_PHONE").value_or("");
     if (!phones.empty()) {
-        backends.virtualPhones = TRY(VirtualPlatform::open(phones, info.bundle / "share/tandrel", clock));
+        backends.virtualPhones =
+            TRY(VirtualPlatform::open(phones, info.bundle / "share/tandrel", clock));
         backends.makeBluetooth = backends.virtualPhones->makeBluetoothPeripheral();
         backends.capture = &backends.virtualPhones->captureDevices();
         backends.permissions = &backends.virtualPhones->permissions();
@@ -89,8 +90,7 @@ Wiring::Wiring(Backends backends, AppInfo info, MainLoop& loop, Asker& asker, Cl
                clock),
       paymentLog_(files_.approvals, clock),
       gate_(defaults_, asker, paymentLog_, clock,
-            {.timeoutSeconds =
-                 PaymentGate::timeoutSeconds(environment("TANDREL_GUARD_TIMEOUT")),
+            {.timeoutSeconds = PaymentGate::timeoutSeconds(environment("TANDREL_GUARD_TIMEOUT")),
              .keyUsage = keyUsage}),
       engine_({.hid = hid_,
                .capture = capture_,

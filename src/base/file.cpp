@@ -1,8 +1,10 @@
 #include "base/file.h"
 
 #include <cerrno>
+#include <cstdio>
 #include <cstdlib>
 #include <system_error>
+#include <utility>
 
 #include <fcntl.h>
 #include <fmt/format.h>
@@ -13,6 +15,9 @@
 
 namespace tandrel {
 namespace {
+
+// Another program's file that grew larger than this between two looks is not compared.
+constexpr std::size_t kLargestCompared = 64 * 1024 * 1024;
 
 std::unexpected<Error> cannot(const char* verb, const std::filesystem::path& path) {
     return fail(fmt::format("can't {} {}: {}", verb, path.string(), systemError(errno)));
@@ -39,13 +44,42 @@ void keepModeAndOwner(int fd, const std::filesystem::path& old) {
     if (::fchown(fd, info.st_uid, info.st_gid) != 0) return;  // only root may give files away
 }
 
-Result<void> writeAndRename(const std::string& temporary, int fd, std::string_view content,
-                            const std::filesystem::path& target) {
-    keepModeAndOwner(fd, target);
-    TRY_VOID(writeAll(fd, content, temporary));
-    if (::fsync(fd) != 0) return cannot("sync", temporary);
-    if (::rename(temporary.c_str(), target.c_str()) != 0) return cannot("replace", target);
-    return {};
+// A file under a name of its own that goes at the end unless it was renamed or is kept.
+class TemporaryFile {
+ public:
+    explicit TemporaryFile(std::string name) : name_(std::move(name)) {}
+    ~TemporaryFile() {
+        if (!name_.empty()) ::unlink(name_.c_str());
+    }
+    TemporaryFile(TemporaryFile&& other) noexcept : name_(std::exchange(other.name_, {})) {}
+    TemporaryFile& operator=(TemporaryFile&&) = delete;
+
+    const char* name() const { return name_.c_str(); }
+    void keep() { name_.clear(); }
+
+ private:
+    std::string name_;
+};
+
+// The new content, whole and synced, beside the file that it is to replace.
+Result<TemporaryFile> writeBeside(const std::filesystem::path& target, std::string_view content) {
+    const std::filesystem::path folder = target.parent_path();
+    std::error_code error;
+    std::filesystem::create_directories(folder, error);
+    if (error) return fail(fmt::format("can't create {}: {}", folder.string(), error.message()));
+    std::string name = target.string() + ".XXXXXX";
+    const FileDescriptor file(::mkostemp(name.data(), O_CLOEXEC));
+    if (!file) return cannot("write beside", target);
+    TemporaryFile temporary(std::move(name));
+    keepModeAndOwner(file.get(), target);
+    TRY_VOID(writeAll(file.get(), content, temporary.name()));
+    if (::fsync(file.get()) != 0) return cannot("sync", temporary.name());
+    return temporary;
+}
+
+void syncFolder(const std::filesystem::path& folder) {
+    const FileDescriptor handle(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (handle) ::fsync(handle.get());
 }
 
 // The file that a symbolic link stands for, whether or not it exists.
@@ -60,6 +94,61 @@ Result<std::filesystem::path> followLinks(const std::filesystem::path& path) {
         target = target.parent_path() / std::filesystem::read_symlink(target, error);
     }
     return fail(fmt::format("can't follow {}: {}", path.string(), systemError(ELOOP)));
+}
+
+bool cannotHere(int code) { return code == EINVAL || code == ENOSYS; }
+
+bool holds(const std::filesystem::path& file, std::string_view text) {
+    const auto content = readFile(file, text.size());
+    return content && *content == text;
+}
+
+bool exchange(const TemporaryFile& beside, const std::filesystem::path& target) {
+    return ::renameat2(AT_FDCWD, beside.name(), AT_FDCWD, target.c_str(), RENAME_EXCHANGE) == 0;
+}
+
+// What an exchange brought out was not expected, so it is another program's and goes back. Should
+// that bring out something still newer, that one goes back in turn. `beside` holds in the end what
+// nobody needs.
+Result<Replacement> putBack(TemporaryFile& beside, const std::filesystem::path& target,
+                            std::string ours) {
+    constexpr int kMostTurns = 8;
+    std::optional<std::string> comingOut = std::move(ours);
+    for (int turn = 0; turn < kMostTurns; ++turn) {
+        const auto goingBack = readFile(beside.name(), kLargestCompared);
+        if (!exchange(beside, target)) break;
+        if (comingOut && holds(beside.name(), *comingOut)) return Replacement::changedMeanwhile;
+        comingOut = goingBack ? std::optional(*goingBack) : std::nullopt;
+    }
+    const std::string kept = beside.name();
+    beside.keep();
+    return fail(fmt::format("another program keeps changing {}; a state of it is kept as {}",
+                            target.string(), kept));
+}
+
+Result<Replacement> placeNew(TemporaryFile& beside, const std::filesystem::path& target) {
+    if (::renameat2(AT_FDCWD, beside.name(), AT_FDCWD, target.c_str(), RENAME_NOREPLACE) == 0) {
+        beside.keep();
+        return Replacement::done;
+    }
+    if (cannotHere(errno) && ::link(beside.name(), target.c_str()) == 0) return Replacement::done;
+    if (errno == EEXIST) return Replacement::changedMeanwhile;
+    return cannot("create", target);
+}
+
+Result<Replacement> placeOver(TemporaryFile& beside, const std::filesystem::path& target,
+                              const std::string& expected, std::string_view content) {
+    if (!holds(target, expected)) return Replacement::changedMeanwhile;
+    if (exchange(beside, target)) {
+        if (holds(beside.name(), expected)) return Replacement::done;
+        return putBack(beside, target, std::string(content));
+    }
+    if (errno == ENOENT) return Replacement::changedMeanwhile;
+    if (!cannotHere(errno)) return cannot("replace", target);
+    if (!holds(target, expected)) return Replacement::changedMeanwhile;
+    if (::rename(beside.name(), target.c_str()) != 0) return cannot("replace", target);
+    beside.keep();
+    return Replacement::done;
 }
 
 }  // namespace
@@ -93,21 +182,23 @@ Result<std::string> readFile(const std::filesystem::path& path, std::size_t limi
 
 Result<void> replaceFile(const std::filesystem::path& path, std::string_view content) {
     const std::filesystem::path target = TRY(followLinks(path));
-    const std::filesystem::path folder = target.parent_path();
-    std::error_code error;
-    std::filesystem::create_directories(folder, error);
-    if (error) return fail(fmt::format("can't create {}: {}", folder.string(), error.message()));
-
-    std::string temporary = target.string() + ".XXXXXX";
-    const FileDescriptor file(::mkostemp(temporary.data(), O_CLOEXEC));
-    if (file.get() < 0) return cannot("write beside", target);
-    if (const auto written = writeAndRename(temporary, file.get(), content, target); !written) {
-        ::unlink(temporary.c_str());
-        return written;
-    }
-    const FileDescriptor folderHandle(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    if (folderHandle.get() >= 0) ::fsync(folderHandle.get());
+    TemporaryFile beside = TRY(writeBeside(target, content));
+    if (::rename(beside.name(), target.c_str()) != 0) return cannot("replace", target);
+    beside.keep();
+    syncFolder(target.parent_path());
     return {};
+}
+
+Result<Replacement> replaceFileHolding(const std::filesystem::path& path,
+                                       const std::optional<std::string>& expected,
+                                       std::string_view content) {
+    const std::filesystem::path target = TRY(followLinks(path));
+    TemporaryFile beside = TRY(writeBeside(target, content));
+    const Replacement outcome =
+        TRY(expected ? placeOver(beside, target, *expected, content) : placeNew(beside, target));
+    // Before the old file goes with `beside`: a crash of the computer may then lose neither.
+    syncFolder(target.parent_path());
+    return outcome;
 }
 
 }  // namespace tandrel

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <filesystem>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -21,5 +22,15 @@ Result<std::string> readFile(const std::filesystem::path& path, std::size_t limi
 // existing file keeps its mode and, where allowed, its owner; a symbolic link is followed. Missing
 // folders are created.
 Result<void> replaceFile(const std::filesystem::path& path, std::string_view content);
+
+enum class Replacement { done, changedMeanwhile };
+
+// The same for a file that others write, too: it is replaced only if it holds `expected` (nothing:
+// if it does not exist) at the moment of the replacement. What another program put there meanwhile
+// is left, or put back, and told by `changedMeanwhile`. Where the file system cannot exchange two
+// files at once, the file is compared just before it is replaced.
+Result<Replacement> replaceFileHolding(const std::filesystem::path& path,
+                                       const std::optional<std::string>& expected,
+                                       std::string_view content);
 
 }  // namespace tandrel

@@ -44,6 +44,13 @@ Result<ClientResponse> accepted(Result<ClientResponse> reply, const LoopbackUrl&
                 reply->status);
 }
 
+bool isPlain(char c) {
+    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '-' ||
+           c == '_' || c == '.' || c == '~';
+}
+
+}  // namespace
+
 Result<Json> jsonOf(const ClientResponse& reply) {
     const std::string_view text(reinterpret_cast<const char*>(reply.body.data()),
                                 reply.body.size());
@@ -54,13 +61,6 @@ Result<Json> jsonOf(const ClientResponse& reply) {
     }
     return *std::move(json);
 }
-
-bool isPlain(char c) {
-    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '-' ||
-           c == '_' || c == '.' || c == '~';
-}
-
-}  // namespace
 
 Result<ClientResponse> getFromEngine(std::string_view target, const ClientOptions& options) {
     const LoopbackUrl url = TRY(engineUrl());

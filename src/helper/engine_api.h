@@ -16,6 +16,8 @@ namespace tandrel {
 // `status` is the engine's, or kTimedOut, kCancelled, kNotReachable or kBadReply where there was no
 // reply. `target` is percent-encoded.
 Result<ClientResponse> getFromEngine(std::string_view target, const ClientOptions& options);
+// The JSON object that a reply holds.
+Result<Json> jsonOf(const ClientResponse& reply);
 Result<Json> getJsonFromEngine(std::string_view target, const ClientOptions& options);
 Result<Json> postToEngine(std::string_view target, const Json& body, const ClientOptions& options);
 

@@ -4,9 +4,13 @@
 #include <array>
 #include <cerrno>
 
+#include <fcntl.h>
 #include <limits.h>
 #include <poll.h>
+#include <sys/stat.h>
 #include <unistd.h>
+
+#include "helper/message_text.h"
 
 namespace tandrel {
 namespace {
@@ -14,8 +18,28 @@ namespace {
 constexpr int kPatienceMilliseconds = 1000;
 constexpr short kClosed = POLLHUP | POLLRDHUP | POLLERR | POLLNVAL;
 
+// Pipes and sockets can be told not to block; a terminal is shared with the shell, and a pipe that
+// is ready takes PIPE_BUF bytes anyway.
+bool makeNonBlocking(int output, int flags) {
+    struct stat kind{};
+    if (flags < 0 || ::fstat(output, &kind) != 0) return false;
+    if (!S_ISFIFO(kind.st_mode) && !S_ISSOCK(kind.st_mode)) return false;
+    return ::fcntl(output, F_SETFL, flags | O_NONBLOCK) == 0;
+}
+
 }  // namespace
 
+LineWriter::LineWriter(int output, int input)
+    : output_(output),
+      input_(input),
+      flags_(::fcntl(output, F_GETFL)),
+      largestPiece_(makeNonBlocking(output, flags_) ? SSIZE_MAX : PIPE_BUF) {}
+
+LineWriter::~LineWriter() {
+    if (flags_ >= 0) ::fcntl(output_, F_SETFL, flags_);
+}
+
+// Every wait is in here, which hears of the app closing its side too.
 bool LineWriter::awaitRoom() {
     bool isClosing = false;
     while (true) {
@@ -31,19 +55,15 @@ bool LineWriter::awaitRoom() {
 }
 
 void LineWriter::write(const Json& value) {
-    std::string line = dumpJson(value);
-    line += '\n';
+    const std::string line = messageText(value) + '\n';
     std::string_view rest = line;
     MutexLock lock(mutex_);
     while (!gone_ && !rest.empty()) {
-        // A pipe that is ready takes PIPE_BUF bytes without blocking, so that the wait is always in
-        // poll, which also hears of the app closing its side.
-        const std::size_t piece = std::min<std::size_t>(rest.size(), PIPE_BUF);
         if (!awaitRoom()) {
             gone_ = true;
             return;
         }
-        const ssize_t count = ::write(output_, rest.data(), piece);
+        const ssize_t count = ::write(output_, rest.data(), std::min(rest.size(), largestPiece_));
         if (count > 0) {
             rest.remove_prefix(static_cast<std::size_t>(count));
         } else if (errno != EINTR && errno != EAGAIN) {

@@ -12,7 +12,11 @@ class LineWriter {
  public:
     // `output` and `input` are the two ends of the conversation with the app; both stay open
     // longer than this.
-    LineWriter(int output, int input) : output_(output), input_(input) {}
+    LineWriter(int output, int input);
+    // Leaves `output` as it was.
+    ~LineWriter();
+    LineWriter(const LineWriter&) = delete;
+    LineWriter& operator=(const LineWriter&) = delete;
 
     // Blocks while the app does not read. An app that is gone, or that has closed its side and
     // reads nothing for a second, gets nothing any more.
@@ -23,6 +27,8 @@ class LineWriter {
 
     const int output_;
     const int input_;
+    const int flags_;                 // of the output's file description, before
+    const std::size_t largestPiece_;  // that is written without a wait outside of poll
     Mutex mutex_;
     bool gone_ OWNED_BY(mutex_) = false;
 };

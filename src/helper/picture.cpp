@@ -71,6 +71,26 @@ Result<Picture> pictureIn(Json reply, const Form& form) {
     return picture;
 }
 
+// A look's reply. The picture is nearly all of it and needs no reading, so it is cut out before the
+// rest is parsed: inside a JSON text a quotation mark is escaped, so the mark cannot stand in one.
+Result<Json> lookIn(const ClientResponse& response) {
+    constexpr std::string_view kMark = "\"image\":\"";
+    const std::string_view text(reinterpret_cast<const char*>(response.body.data()),
+                                response.body.size());
+    const std::size_t mark = text.find(kMark);
+    const std::size_t begin = mark + kMark.size();
+    const std::size_t end = mark == std::string_view::npos ? mark : text.find('"', begin);
+    if (end == std::string_view::npos) return jsonOf(response);
+    const std::string_view data = text.substr(begin, end - begin);
+    if (data.find('\\') != std::string_view::npos) return jsonOf(response);
+    std::string rest(text.substr(0, begin));
+    rest += text.substr(end);
+    auto reply = parseJson(rest);
+    if (!reply || !reply->is_object()) return notUnderstood("it is not a JSON object");
+    (*reply)["image"] = std::string(data);
+    return reply;
+}
+
 // A screenshot's reply in the form of a look's.
 Json asLook(const ClientResponse& response) {
     Json reply = {{"image", base64(response.body)}, {"mimeType", response.contentType}};
@@ -103,7 +123,8 @@ Result<Picture> fetch(const ToolCall& call, PictureKind kind, const Form& form) 
         .add("maxEdge", std::to_string(static_cast<int>(longest * form.scale)));
     if (const auto phone = textMember(call.arguments, "device")) query.add("device", *phone);
     if (kind == PictureKind::look) {
-        return pictureIn(TRY(getJsonFromEngine("/look" + query.text(), call.limits())), form);
+        const ClientResponse response = TRY(getFromEngine("/look" + query.text(), call.limits()));
+        return pictureIn(TRY(lookIn(response)), form);
     }
     const ClientResponse response = TRY(getFromEngine("/screenshot" + query.text(), call.limits()));
     return pictureIn(asLook(response), form);

@@ -25,6 +25,11 @@ void appendRuns(const std::uint8_t* row, int columns, int y, std::vector<Run>& r
     }
 }
 
+PixelBox middleOf(const PixelBox& box) {
+    const int across = box.width() * 30 / 100, down = box.height() * 35 / 100;
+    return {box.left + across, box.top + down, box.right - across, box.bottom - down};
+}
+
 }  // namespace
 
 JoinedGroups::JoinedGroups(int count) : parents_(static_cast<std::size_t>(count)) {
@@ -74,10 +79,17 @@ std::vector<Component> connectedComponents(const std::uint8_t* mask, int columns
         int& index = indexOf[groups.groupOf(static_cast<int>(i))];
         if (index < 0) {
             index = static_cast<int>(components.size());
-            components.push_back({box, 0});
+            components.push_back({box, 0, 0});
         }
         components[index].box.include(box);
         components[index].area += box.width();
+    }
+    for (std::size_t i = 0; i < runs.size(); ++i) {
+        Component& component = components[indexOf[groups.groupOf(static_cast<int>(i))]];
+        const PixelBox middle = middleOf(component.box);
+        const PixelBox run{runs[i].left, runs[i].row, runs[i].right, runs[i].row + 1};
+        const PixelBox shared = run.intersected(middle);
+        if (!shared.empty()) component.centre += shared.width();
     }
     return components;
 }

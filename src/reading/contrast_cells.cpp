@@ -8,8 +8,14 @@ namespace {
 
 // Grey levels between ink and background from which on an edge counts.
 constexpr int kEdgeContrast = 30;
-// From this width on a phone's screen has three pixels a point, below it two.
+// From these widths on a phone's screen has three or two pixels a point, below them one.
 constexpr int kTripleDensityWidth = 1000;
+constexpr int kDoubleDensityWidth = 500;
+
+int pixelsPerPoint(int width) {
+    if (width >= kTripleDensityWidth) return 3;
+    return width >= kDoubleDensityWidth ? 2 : 1;
+}
 
 struct Extremes {
     std::vector<std::uint8_t> low;
@@ -48,7 +54,7 @@ Extremes cellExtremes(const GrayFrame& frame, const ContrastCells& cells) {
 
 ContrastCells markContrast(const GrayFrame& frame) {
     ContrastCells cells;
-    cells.cellPixels = frame.width() >= kTripleDensityWidth ? 3 : 2;
+    cells.cellPixels = pixelsPerPoint(frame.width());
     cells.columns = frame.width() / cells.cellPixels;
     cells.rows = frame.height() / cells.cellPixels;
     cells.marked.assign(static_cast<std::size_t>(cells.columns) * cells.rows, 0);

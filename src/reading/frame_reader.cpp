@@ -1,5 +1,8 @@
 #include "reading/frame_reader.h"
 
+#include <algorithm>
+#include <cmath>
+
 #include <fmt/format.h>
 
 #include "reading/line_finder.h"
@@ -16,20 +19,26 @@ constexpr std::size_t kMostFrames = 4;
 // Below this nearly everything is an icon or a texture; figures are kept however unsure, so that
 // nothing that may be an amount is lost.
 constexpr double kLeastConfidence = 0.3;
+// Leaves and waves now and then look like letters, but rarely like letters that the network is sure
+// of.
+constexpr double kLeastConfidenceOnPicture = 0.8;
 // Far beyond any screen; more would take too long even to look at.
 constexpr std::int64_t kMostPixels = 64'000'000;
 
 TextRecord recordOf(const StripText& read, const PixelBox& box) {
+    const double left = box.left + std::round(box.width() * read.begin);
+    const double right = box.left + std::round(box.width() * read.end);
     return {.text = withoutMarks(read.text),
             .confidence = read.confidence,
-            .x = static_cast<double>(box.left),
+            .x = left,
             .y = static_cast<double>(box.top),
-            .width = static_cast<double>(box.width()),
+            .width = std::max(1.0, right - left),
             .height = static_cast<double>(box.height())};
 }
 
-bool isWorthTelling(const TextRecord& record) {
+bool isWorthTelling(const TextRecord& record, const TextLine& line) {
     if (record.text.empty()) return false;
+    if (line.onPicture) return record.confidence >= kLeastConfidenceOnPicture;
     return record.confidence >= kLeastConfidence || holdsFigures(record.text);
 }
 
@@ -68,10 +77,9 @@ Result<ReadText> FrameReader::read(const PixelBuffer& image) {
 Result<ReadText> FrameReader::readChanged(const PixelBuffer& image) {
     const TimePoint deadline = clock_.now() + kTimeToRead;
     const GrayFrame frame = GrayFrame::from(image);
+    const std::vector<TextLine> found = findLines(frame);
     std::vector<Ink> lines;
-    for (const PixelBox& box : findLines(frame)) {
-        if (const auto ink = findInk(frame, box)) lines.push_back(*ink);
-    }
+    for (const TextLine& line : found) lines.push_back(line.ink);
     LineReader reader(*strips_, memory_, work_, clock_);
     const auto readings = TRY(reader.read(frame, lines, deadline));
     ReadText result;
@@ -81,7 +89,7 @@ Result<ReadText> FrameReader::readChanged(const PixelBuffer& image) {
             continue;
         }
         TextRecord record = recordOf(readings[i].text, lines[i].box);
-        if (isWorthTelling(record)) result.records.push_back(std::move(record));
+        if (isWorthTelling(record, found[i])) result.records.push_back(std::move(record));
     }
     return result;
 }

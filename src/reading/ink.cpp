@@ -1,7 +1,9 @@
 #include "reading/ink.h"
 
+#include <algorithm>
 #include <array>
 #include <cstdlib>
+#include <iterator>
 
 namespace tandrel {
 
@@ -20,6 +22,11 @@ Histogram histogramOf(const GrayFrame& frame, const PixelBox& box, int& count) {
     }
     return histogram;
 }
+
+// From this part of the way from paper to ink on a pixel counts as ink.
+constexpr int kInkPercent = 45;
+// Text covers less of its box than this; what covers more is a plate that text stands on.
+constexpr int kPlatePercent = 56;
 
 // The most frequent brightness along the border of the box: what the text stands on.
 int paperLevel(const GrayFrame& frame, const PixelBox& box, const Histogram& histogram) {
@@ -43,32 +50,85 @@ int paperLevel(const GrayFrame& frame, const PixelBox& box, const Histogram& his
     return count ? sum / count : centre + kStep / 2;
 }
 
-}  // namespace
-
-std::optional<Ink> findInk(const GrayFrame& frame, const PixelBox& box) {
-    if (box.empty()) return std::nullopt;
-    int count = 0;
-    const Histogram histogram = histogramOf(frame, box, count);
-    Ink ink;
-    ink.paper = paperLevel(frame, box, histogram);
+// Paper and ink of the text in `box`, whose paper is known; none if they hardly differ.
+std::optional<Ink> inkOn(int paper, const Histogram& histogram, int count, const PixelBox& box) {
     int low = 0, high = 255;
     for (int seen = histogram[0]; low < 255 && seen < count / 100;) seen += histogram[++low];
     for (int seen = histogram[255]; high > 0 && seen < count / 100;) seen += histogram[--high];
-    const bool bright = high - ink.paper > ink.paper - low;
-    ink.level = bright ? high : low;
-    if (std::abs(ink.level - ink.paper) < kLeastContrast) return std::nullopt;
+    const int level = high - paper > paper - low ? high : low;
+    if (std::abs(level - paper) < kLeastContrast) return std::nullopt;
+    return Ink{box, paper, level};
+}
 
-    const int threshold = ink.paper + (ink.level - ink.paper) * 45 / 100;
-    PixelBox tight{box.right, box.bottom, box.left, box.top};
-    for (int y = box.top; y < box.bottom; ++y) {
-        const std::uint8_t* row = frame.row(y);
-        for (int x = box.left; x < box.right; ++x) {
-            if (bright ? row[x] > threshold : row[x] < threshold)
-                tight.include({x, y, x + 1, y + 1});
+// The smallest box around the ink; `inked` gets the number of its pixels.
+PixelBox tightBox(const GrayFrame& frame, const Ink& ink, int& inked) {
+    const auto mask = inkMask(frame, ink);
+    const int width = ink.box.width();
+    PixelBox tight{ink.box.right, ink.box.bottom, ink.box.left, ink.box.top};
+    inked = 0;
+    for (int y = 0; y < ink.box.height(); ++y) {
+        const std::uint8_t* row = mask.data() + std::ptrdiff_t{y} * width;
+        const auto* first = std::find(row, row + width, 1);
+        if (first == row + width) continue;
+        const auto last =
+            std::find(std::reverse_iterator(row + width), std::reverse_iterator(row), 1);
+        tight.include({ink.box.left + static_cast<int>(first - row), ink.box.top + y,
+                       ink.box.left + static_cast<int>(last.base() - row), ink.box.top + y + 1});
+        inked += static_cast<int>(std::count(first, last.base(), 1));
+    }
+    return tight;
+}
+
+// The text on a plate such as a badge or a pressed button: its paper is what most of the plate is.
+std::optional<Ink> inkOnPlate(const GrayFrame& frame, const PixelBox& plate) {
+    // Round corners stay outside of a box that is this much smaller.
+    const int inset = std::max(1, plate.height() / 7);
+    const int side = std::max(1, plate.height() / 4);
+    const PixelBox inner{plate.left + side, plate.top + inset, plate.right - side,
+                         plate.bottom - inset};
+    if (inner.empty()) return std::nullopt;
+    int count = 0;
+    const Histogram histogram = histogramOf(frame, inner, count);
+    const auto paper = std::ranges::max_element(histogram) - histogram.begin();
+    return inkOn(static_cast<int>(paper), histogram, count, inner);
+}
+
+}  // namespace
+
+std::vector<std::uint8_t> inkMask(const GrayFrame& frame, const Ink& ink) {
+    const int width = ink.box.width();
+    const int threshold = ink.paper + (ink.level - ink.paper) * kInkPercent / 100;
+    const bool bright = ink.level > ink.paper;
+    std::vector<std::uint8_t> mask(static_cast<std::size_t>(width) * ink.box.height());
+    std::uint8_t* to = mask.data();
+    for (int y = ink.box.top; y < ink.box.bottom; ++y, to += width) {
+        const std::uint8_t* row = frame.row(y) + ink.box.left;
+        if (bright) {
+            for (int x = 0; x < width; ++x) to[x] = row[x] > threshold;
+        } else {
+            for (int x = 0; x < width; ++x) to[x] = row[x] < threshold;
         }
     }
-    if (tight.empty() || tight.height() < kLeastInkRows) return std::nullopt;
-    ink.box = tight;
+    return mask;
+}
+
+std::optional<Ink> findInk(const GrayFrame& frame, const PixelBox& box) {
+    if (box.empty()) return std::nullopt;
+    int count = 0, inked = 0;
+    const Histogram histogram = histogramOf(frame, box, count);
+    auto ink = inkOn(paperLevel(frame, box, histogram), histogram, count, box);
+    if (!ink) return std::nullopt;
+    PixelBox tight = tightBox(frame, *ink, inked);
+    if (tight.empty()) return std::nullopt;
+    if (inked * 100 > tight.width() * tight.height() * kPlatePercent &&
+        5 * tight.width() > 6 * tight.height()) {
+        ink = inkOnPlate(frame, tight);
+        if (!ink) return std::nullopt;
+        tight = tightBox(frame, *ink, inked);
+        if (tight.empty()) return std::nullopt;
+    }
+    if (tight.height() < kLeastInkRows) return std::nullopt;
+    ink->box = tight;
     return ink;
 }
 

@@ -1,6 +1,8 @@
 #pragma once
 
+#include <cstdint>
 #include <optional>
+#include <vector>
 
 #include "reading/gray_frame.h"
 
@@ -17,5 +19,8 @@ struct Ink {
 
 // The ink in `box`; none where paper and ink hardly differ.
 std::optional<Ink> findInk(const GrayFrame& frame, const PixelBox& box);
+
+// One byte for each pixel of the ink's box, 1 where the pixel is more ink than paper.
+std::vector<std::uint8_t> inkMask(const GrayFrame& frame, const Ink& ink);
 
 }  // namespace tandrel

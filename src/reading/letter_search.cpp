@@ -89,7 +89,7 @@ class Search {
         FoundLetters found;
         const Hypothesis& winner = beam_.front();
         for (int at = winner.node; at != kNoNode; at = nodes_[at].parent) {
-            found.letters.push_back({nodes_[at].letter, nodes_[at].step});
+            found.letters.push_back({nodes_[at].letter, nodes_[at].step, 0});
         }
         std::ranges::reverse(found.letters);
         found.logProbability = scale_ + std::log(std::max(1e-30f, winner.total()));
@@ -160,12 +160,37 @@ class Search {
 
 }  // namespace
 
+namespace {
+
+// Each letter's probability is the largest from where it was found up to the next one.
+void addProbabilities(std::span<const Candidates> steps, std::vector<FoundLetter>& letters) {
+    for (std::size_t i = 0; i < letters.size(); ++i) {
+        const auto end =
+            i + 1 < letters.size() ? static_cast<std::size_t>(letters[i + 1].step) : steps.size();
+        const auto first = static_cast<std::size_t>(letters[i].step);
+        for (std::size_t step = first; step < std::max(end, first + 1); ++step) {
+            for (int c = 0; c < steps[step].count; ++c) {
+                const Candidate& candidate = steps[step].list[c];
+                if (candidate.letter != letters[i].letter) continue;
+                letters[i].probability =
+                    std::max<double>(letters[i].probability, candidate.probability);
+            }
+        }
+    }
+}
+
+}  // namespace
+
 FoundLetters findLetters(const StripScores& scores, int classes, int noLetter) {
     Search search(noLetter);
+    std::vector<Candidates> steps;
     for (int step = 0; step < scores.steps; ++step) {
-        search.advance(candidatesOf(scores.at(step), classes), step);
+        steps.push_back(candidatesOf(scores.at(step), classes));
+        search.advance(steps.back(), step);
     }
-    return search.best();
+    FoundLetters found = search.best();
+    addProbabilities(steps, found.letters);
+    return found;
 }
 
 }  // namespace tandrel

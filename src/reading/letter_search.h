@@ -8,8 +8,9 @@ namespace tandrel {
 
 // One letter found along a strip.
 struct FoundLetter {
-    int letter = 0;  // its class
-    int step = 0;    // where the network was first sure enough of it
+    int letter = 0;          // its class
+    int step = 0;            // where the network was first sure enough of it
+    double probability = 0;  // of this letter at the step where it is most probable
 };
 
 struct FoundLetters {

@@ -2,6 +2,9 @@
 
 #include "reading/components.h"
 #include "reading/contrast_cells.h"
+#include "reading/line_joiner.h"
+#include "reading/line_trimmer.h"
+#include "reading/picture_text.h"
 
 namespace tandrel {
 
@@ -10,7 +13,8 @@ namespace {
 // All lengths are in cells of about one point.
 constexpr int kTallestGlyph = 110;
 constexpr int kShortestLine = 5;
-constexpr int kBucketRows = 16;
+// Grey levels between ink and paper.
+constexpr int kEdgeContrast = 30;
 
 // A rule between rows, a thin vertical line, a speck, or something too tall for a line of text.
 bool isNoGlyph(const Component& part) {
@@ -20,78 +24,68 @@ bool isNoGlyph(const Component& part) {
     return height > kTallestGlyph || part.area < 4;
 }
 
-// The frame of a card, field or button: large and nearly empty.
+// The frame of a card, field or button: large, drawn with a thin stroke, empty in the middle.
+// Letters of that size have thicker strokes or something in the middle.
 bool isOutline(const Component& part) {
     const int width = part.box.width(), height = part.box.height();
-    return width >= 20 && height >= 18 && part.area * 3 < width * height &&
-           width * 20 > height * 17;
+    if (width < 20 || height < 18 || part.area * 3 >= width * height) return false;
+    const bool isThin = part.area * 10 < 2 * (width + height) * 38;
+    return isThin && part.centre * 200 <= width * height;
 }
 
-bool onOneLine(const PixelBox& a, const PixelBox& b) {
-    const int smaller = std::min(a.height(), b.height()), taller = std::max(a.height(), b.height());
-    if (sharedRows(a, b) * 2 < smaller) return false;
-    const PixelBox& low = a.height() < b.height() ? a : b;
-    const PixelBox& tall = a.height() < b.height() ? b : a;
-    const bool isDash = low.height() * 10 <= tall.height() * 3;
-    const bool isWord = low.width() * 2 > low.height() * 3 && !isDash;
-    if (taller > 24 && smaller * 100 < taller * 45 && isWord && tall.width() > 10) return false;
-    const bool tallIsSquare =
-        tall.width() * 10 < tall.height() * 14 && tall.width() * 10 > tall.height() * 7;
-    if (taller >= 18 && smaller * 100 < taller * 62 && isWord && tallIsSquare) return false;
-    const int gap = -sharedColumns(a, b);
-    if (taller > 36) return gap * 10 <= std::min(taller * 4, std::max(50, smaller * 8));
-    return gap <= std::max(5, taller * 52 / 100);
+// A large letter drawn thick shows only its contour too, but its stroke, seen from the left at half
+// height, is as thick as strokes of letters are; the line around a field is thinner, the plate of a
+// button wider.
+bool hasLetterStroke(const GrayFrame& frame, const PixelBox& box) {
+    if (box.width() * 10 > box.height() * 14) return false;
+    const std::uint8_t* row = frame.row((box.top + box.bottom) / 2);
+    const int paper = row[box.left];
+    auto isPaper = [&](int x) { return std::abs(row[x] - paper) < kEdgeContrast / 2; };
+    int begin = box.left;
+    while (begin < box.right && isPaper(begin)) ++begin;
+    int end = begin;
+    while (end < box.right && !isPaper(end)) ++end;
+    const int thickness = (end - begin) * 100;
+    return thickness >= 7 * box.height() && thickness <= 28 * box.height();
 }
 
-std::vector<PixelBox> joinIntoLines(const std::vector<Component>& parts, int rows) {
-    JoinedGroups groups(static_cast<int>(parts.size()));
-    std::vector<std::vector<int>> buckets(static_cast<std::size_t>(rows / kBucketRows) + 2);
-    for (std::size_t i = 0; i < parts.size(); ++i) {
-        for (int b = parts[i].box.top / kBucketRows; b <= parts[i].box.bottom / kBucketRows; ++b) {
-            buckets[b].push_back(static_cast<int>(i));
-        }
-    }
-    for (const auto& bucket : buckets) {
-        for (std::size_t i = 0; i < bucket.size(); ++i) {
-            const PixelBox& a = parts[bucket[i]].box;
-            for (std::size_t j = i + 1; j < bucket.size(); ++j) {
-                const PixelBox& b = parts[bucket[j]].box;
-                if (b.left - a.left > 400) break;
-                if (onOneLine(a, b)) groups.join(bucket[i], bucket[j]);
-            }
-        }
-    }
-    std::vector<PixelBox> lines;
-    std::vector<int> indexOf(parts.size(), -1);
-    for (std::size_t i = 0; i < parts.size(); ++i) {
-        int& index = indexOf[groups.groupOf(static_cast<int>(i))];
-        if (index < 0) {
-            index = static_cast<int>(lines.size());
-            lines.push_back(parts[i].box);
-        }
-        lines[index].include(parts[i].box);
-    }
-    return lines;
+PixelBox inPixels(const PixelBox& cells, int scale, const GrayFrame& frame) {
+    // A cell is marked for an edge in it or in the next one, so a box reaches one cell further.
+    return {cells.left * scale, cells.top * scale,
+            std::min((cells.right + 1) * scale, frame.width()),
+            std::min((cells.bottom + 1) * scale, frame.height())};
+}
+
+bool isLineShaped(const PixelBox& line) {
+    return line.height() >= kShortestLine && line.width() * 5 >= line.height();
 }
 
 }  // namespace
 
-std::vector<PixelBox> findLines(const GrayFrame& frame) {
+std::vector<TextLine> findLines(const GrayFrame& frame) {
     const ContrastCells cells = markContrast(frame);
-    auto parts = connectedComponents(cells.marked.data(), cells.columns, cells.rows);
-    std::erase_if(parts, [](const Component& part) { return isNoGlyph(part) || isOutline(part); });
-    std::sort(parts.begin(), parts.end(),
-              [](const Component& a, const Component& b) { return a.box.left < b.box.left; });
-    std::vector<PixelBox> lines;
-    for (const PixelBox& line : joinIntoLines(parts, cells.rows)) {
-        if (line.height() < kShortestLine || line.width() * 20 < line.height() * 9) continue;
-        const int scale = cells.cellPixels;
-        lines.push_back({line.left * scale, line.top * scale,
-                         std::min((line.right + 1) * scale, frame.width()),
-                         std::min((line.bottom + 1) * scale, frame.height())});
+    std::vector<PixelBox> parts, pictures;
+    for (const Component& part :
+         connectedComponents(cells.marked.data(), cells.columns, cells.rows)) {
+        if (part.box.height() > kTallestGlyph) {
+            pictures.push_back(inPixels(part.box, cells.cellPixels, frame));
+        } else if (!isNoGlyph(part) &&
+                   (!isOutline(part) ||
+                    hasLetterStroke(frame, inPixels(part.box, cells.cellPixels, frame)))) {
+            parts.push_back(part.box);
+        }
     }
-    std::sort(lines.begin(), lines.end(), [](const PixelBox& a, const PixelBox& b) {
-        return a.top != b.top ? a.top < b.top : a.left < b.left;
+    std::vector<TextLine> lines;
+    for (const JoinedLine& line : joinIntoLines(std::move(parts), cells.rows)) {
+        if (!isLineShaped(line.box)) continue;
+        const auto ink = findInk(frame, inPixels(line.box, cells.cellPixels, frame));
+        if (!ink) continue;
+        for (const Ink& trimmed : withoutIcons(frame, *ink)) lines.push_back({trimmed, false});
+    }
+    addPictureText(frame, pictures, cells.cellPixels, lines);
+    std::ranges::stable_sort(lines, [](const TextLine& a, const TextLine& b) {
+        const PixelBox &first = a.ink.box, &second = b.ink.box;
+        return first.top != second.top ? first.top < second.top : first.left < second.left;
     });
     return lines;
 }

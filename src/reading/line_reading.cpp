@@ -95,6 +95,9 @@ StripText LineReader::verdict(const Job& job) {
         // They may differ in spaces.
         StripText text = first.confidence >= second.confidence ? first : second;
         text.confidence = std::min(first.confidence, second.confidence);
+        if (contradictsInk(job.strip, text.text) || mayMisspellSign(text.text)) {
+            text.confidence = std::min(text.confidence, kDoubt);
+        }
         return text;
     }
     const StripText* best = first.confidence >= second.confidence ? &first : &second;

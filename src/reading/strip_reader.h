@@ -13,6 +13,9 @@ namespace tandrel {
 struct StripText {
     std::string text;
     double confidence = 0;  // 0 to 1
+    // What part of the strip's ink the text covers, as fractions of its width; the rest are icons.
+    double begin = 0;
+    double end = 1;
 };
 
 // Recognises strips; any number of threads at once.

@@ -94,6 +94,23 @@ TEST_F(FileTest, AFailedReplacementLeavesEverythingAsItWas) {
     EXPECT_EQ(filesInFolder(), 2U);
 }
 
+TEST_F(FileTest, AFileThatOthersWriteIsReplacedOnlyWhileItHoldsWhatIsExpected) {
+    const fs::path file = put("a", "old");
+    fs::permissions(file, fs::perms(0640));
+    EXPECT_EQ(replaceFileHolding(file, "older", "new"), Replacement::changedMeanwhile);
+    EXPECT_EQ(replaceFileHolding(file, std::nullopt, "new"), Replacement::changedMeanwhile);
+    EXPECT_EQ(readFile(file, 100), "old");
+    EXPECT_EQ(replaceFileHolding(file, "old", "new"), Replacement::done);
+    EXPECT_EQ(readFile(file, 100), "new");
+    EXPECT_EQ(modeOf(file), 0640);
+
+    const fs::path missing = folder_.path() / "x/b";
+    EXPECT_EQ(replaceFileHolding(missing, "old", "new"), Replacement::changedMeanwhile);
+    EXPECT_EQ(replaceFileHolding(missing, std::nullopt, "new"), Replacement::done);
+    EXPECT_EQ(readFile(missing, 100), "new");
+    EXPECT_EQ(filesInFolder(), 2U);
+}
+
 TEST_F(FileTest, ANameWithoutFolderIsInTheCurrentOne) {
     const fs::path before = fs::current_path();
     fs::current_path(folder_.path());

@@ -72,7 +72,7 @@ class Page {
     }
     // In the ink's colour and as large as asked for, or as fits the page.
     void writeTitle(double x, double y, const std::string& text, double points) {
-        const double fits = (370 - x) / frame_.width(text, {font_, 1000, {}}) * 1000;
+        const double fits = (370 - x) / frame_.width(text, {font_, 50, {}}) * 50;
         write(x, y, text, std::min(points, fits), theme_.ink);
     }
     // The same with its right end at `right`.
@@ -194,7 +194,7 @@ FrameSet drawScreens(int count, unsigned seed) {
     for (int i = 0; i < count; ++i) {
         Page page(random);
         page.writeCentred(195, 40, kWords[page.pick(kWords.size())], 16, page.theme().ink);
-        page.write(20, 100, kWords[page.pick(kWords.size())], 28 + page.pick(33), page.theme().ink);
+        page.writeTitle(20, 100, kWords[page.pick(kWords.size())], 28 + page.pick(33));
         drawRows(page, random, 160);
         drawButtons(page, random, 480);
         if (i % 2) {

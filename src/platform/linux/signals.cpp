@@ -41,18 +41,18 @@ StopSignals::~StopSignals() {
     ::pthread_sigmask(SIG_SETMASK, &previousMask_, nullptr);
 }
 
-Result<void> StopSignals::deliver(MainLoop& loop, std::function<void()> stop) {
+Result<void> StopSignals::deliver(std::function<void()> stop) {
     arrivals_ = FileDescriptor(::signalfd(-1, &signals_, SFD_CLOEXEC | SFD_NONBLOCK));
     end_ = FileDescriptor(::eventfd(0, EFD_CLOEXEC));
     if (!arrivals_ || !end_) {
         return fail(fmt::format("can't listen for signals: {}", systemError(errno)));
     }
-    thread_ = std::thread([this, &loop, stop = std::move(stop)] { watch(loop, stop); });
+    thread_ = std::thread([this, stop = std::move(stop)] { watch(stop); });
     pthread_setname_np(thread_.native_handle(), "signals");
     return {};
 }
 
-void StopSignals::watch(MainLoop& loop, const std::function<void()>& stop) const {
+void StopSignals::watch(const std::function<void()>& stop) const {
     bool asked = false;
     std::array<pollfd, 2> sources{pollfd{arrivals_.get(), POLLIN, 0},
                                   pollfd{end_.get(), POLLIN, 0}};
@@ -67,7 +67,7 @@ void StopSignals::watch(MainLoop& loop, const std::function<void()>& stop) const
             ::_exit(128 + number);
         }
         asked = true;
-        loop.post(stop);
+        stop();
     }
 }
 

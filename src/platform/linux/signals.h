@@ -6,12 +6,11 @@
 
 #include "base/file_descriptor.h"
 #include "base/result.h"
-#include "platform/main_loop.h"
 
 namespace tandrel {
 
-// Turns the signals that end a program into a task on the main loop: SIGINT (Ctrl-C), SIGTERM and,
-// unless it was ignored at start (nohup), SIGHUP. They are blocked for the whole process, so this
+// Turns the signals that end a program into a call: SIGINT (Ctrl-C), SIGTERM and, unless it was
+// ignored at start (nohup), SIGHUP. They are blocked for the whole process, so this
 // is made at the head of main, before any other thread; programs that are started later inherit the
 // blocked signals and must be given an empty mask. SIGPIPE is ignored from then on: a peer that
 // goes away shows as an error of the write.
@@ -23,13 +22,14 @@ class StopSignals {
     StopSignals(const StopSignals&) = delete;
     StopSignals& operator=(const StopSignals&) = delete;
 
-    // From now on, and for signals that came before, the first one runs `stop` on `loop`; another
-    // one ends the process at once with status 128 + its number, for a shutdown that hangs. `loop`
-    // outlives this object. Once.
-    Result<void> deliver(MainLoop& loop, std::function<void()> stop);
+    // From now on, and for signals that came before, the first one runs `stop` on a thread of its
+    // own, since the main one may be busy for seconds; `stop` returns at once and what it uses
+    // outlives this object. Another signal ends the process at once with status 128 + its number,
+    // for a shutdown that hangs. Once.
+    Result<void> deliver(std::function<void()> stop);
 
  private:
-    void watch(MainLoop& loop, const std::function<void()>& stop) const;
+    void watch(const std::function<void()>& stop) const;
 
     sigset_t signals_{};
     sigset_t previousMask_{};

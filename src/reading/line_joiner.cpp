@@ -1,0 +1,65 @@
+#include "reading/line_joiner.h"
+
+#include <algorithm>
+
+namespace tandrel {
+
+namespace {
+
+constexpr int kBucketRows = 16;
+// No two parts of a line are further apart.
+constexpr int kWidestGap = 70;
+
+// Whether two parts, the left one first, may be neighbours on one line of text.
+bool onOneLine(const PixelBox& a, const PixelBox& b) {
+    const int smaller = std::min(a.height(), b.height()), taller = std::max(a.height(), b.height());
+    if (sharedRows(a, b) * 2 < smaller) return false;
+    const PixelBox& low = a.height() < b.height() ? a : b;
+    const PixelBox& tall = a.height() < b.height() ? b : a;
+    const bool isDash = low.height() * 10 <= tall.height() * 3;
+    const bool isWord = low.width() * 2 > low.height() * 3 && !isDash;
+    if (taller > 24 && smaller * 100 < taller * 45 && isWord && tall.width() > 10) return false;
+    const bool tallIsSquare =
+        tall.width() * 10 < tall.height() * 14 && tall.width() * 10 > tall.height() * 7;
+    if (taller >= 18 && smaller * 100 < taller * 62 && isWord && tallIsSquare) return false;
+    const int gap = -sharedColumns(a, b);
+    if (taller > 36) return gap * 10 <= std::min(taller * 4, std::max(50, smaller * 8));
+    return gap <= std::max(5, taller * 70 / 100);
+}
+
+}  // namespace
+
+std::vector<JoinedLine> joinIntoLines(std::vector<PixelBox> parts, int rows) {
+    std::ranges::sort(parts, {}, &PixelBox::left);
+    JoinedGroups groups(static_cast<int>(parts.size()));
+    std::vector<std::vector<int>> buckets(static_cast<std::size_t>(rows / kBucketRows) + 2);
+    for (std::size_t i = 0; i < parts.size(); ++i) {
+        for (int b = parts[i].top / kBucketRows; b <= parts[i].bottom / kBucketRows; ++b) {
+            buckets[b].push_back(static_cast<int>(i));
+        }
+    }
+    for (const auto& bucket : buckets) {
+        for (std::size_t i = 0; i < bucket.size(); ++i) {
+            const PixelBox& a = parts[bucket[i]];
+            for (std::size_t j = i + 1; j < bucket.size(); ++j) {
+                const PixelBox& b = parts[bucket[j]];
+                if (b.left - a.right > kWidestGap) break;
+                if (onOneLine(a, b)) groups.join(bucket[i], bucket[j]);
+            }
+        }
+    }
+    std::vector<JoinedLine> lines;
+    std::vector<int> indexOf(parts.size(), -1);
+    for (std::size_t i = 0; i < parts.size(); ++i) {
+        int& index = indexOf[groups.groupOf(static_cast<int>(i))];
+        if (index < 0) {
+            index = static_cast<int>(lines.size());
+            lines.push_back({parts[i], {}});
+        }
+        lines[index].box.include(parts[i]);
+        lines[index].parts.push_back(parts[i]);
+    }
+    return lines;
+}
+
+}  // namespace tandrel

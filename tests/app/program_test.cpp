@@ -1,0 +1,331 @@
+#include <atomic>
+#include <csignal>
+#include <thread>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <netinet/in.h>
+#include <sys/socket.h>
+
+#include "app/running_program.h"
+#include "base/file.h"
+#include "base/file_descriptor.h"
+#include "http/server.h"
+
+namespace tandrel {
+namespace {
+
+using testing::AllOf;
+using testing::ContainsRegex;
+using testing::EndsWith;
+using testing::HasSubstr;
+using testing::Not;
+using testing::StartsWith;
+
+using Variables = ChildProgram::Environment;
+
+const Variables kVirtualPhone = {{"TANDREL_VIRTUAL_PHONE", "1"}};
+
+std::string readText(const std::filesystem::path& path) {
+    return readFile(path, 1 << 20).value_or("(not there)");
+}
+
+// A port of the loopback interface that is taken and whose owner answers nothing.
+class SilentListener {
+ public:
+    SilentListener() : socket_(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
+        address_.sin_family = AF_INET;
+        address_.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+        auto* address = reinterpret_cast<sockaddr*>(&address_);
+        socklen_t length = sizeof address_;
+        EXPECT_EQ(::bind(socket_.get(), address, length), 0);
+        EXPECT_EQ(::listen(socket_.get(), 8), 0);
+        ::getsockname(socket_.get(), address, &length);
+    }
+    std::string port() const { return std::to_string(ntohs(address_.sin_port)); }
+
+ private:
+    FileDescriptor socket_;
+    sockaddr_in address_{};
+};
+
+class Modes : public testing::Test {
+ protected:
+    ProgramResult run(const std::vector<std::string>& arguments, const Variables& more = {}) {
+        std::vector<std::string> words = {RunningProgram::kPath};
+        words.insert(words.end(), arguments.begin(), arguments.end());
+        return runProgramToEnd(words, plainEnvironment(home_.path(), more));
+    }
+    std::filesystem::path file(const std::string& name, const std::string& text) {
+        const auto path = home_.path() / name;
+        EXPECT_TRUE(replaceFile(path, text));
+        return path;
+    }
+
+    TemporaryFolder home_;
+};
+
+TEST_F(Modes, PrintWhatTheTableSaysAndEnd) {
+    struct Row {
+        std::vector<std::string> arguments;
+        int status;
+        testing::Matcher<std::string> output;
+    };
+    const std::string cases = TANDREL_SOURCE_DIR "/share/tandrel/guard/shops.json";
+    const Row rows[] = {
+        {{"--version"}, 0, ContainsRegex("^Tandrel [0-9]+\\.[0-9]+\\.[0-9]+\n$")},
+        {{"--version", "more"}, 0, StartsWith("Tandrel ")},
+        {{"--helper-check"}, 0, ContainsRegex("^state: [a-zA-Z]+\n$")},
+        {{"--helper-check", "walk"}, 0, ContainsRegex("^state: [a-zA-Z]+\n$")},
+        {{"--guard-check"}, 1, StartsWith("can't read ")},
+        {{"--guard-check", "/no/such.json"}, 1, StartsWith("can't read /no/such.json: ")},
+        {{"--guard-check", "/"}, 1, StartsWith("can't read /: ")},
+        {{"--guard-check", cases}, 0, ContainsRegex("^[1-9][0-9]* passed, 0 failed\n$")},
+        {{"--self-test"},
+         0,
+         AllOf(Not(HasSubstr("FAIL")), HasSubstr("guard: known_limits.json"),
+               ContainsRegex("\n[0-9]+ passed, 0 failed\n$"))},
+        {{"--render-steps", "/tmp"}, 0, "nothing to render yet\n"},
+        {{"--approvals"}, 0, "No payment has been asked about yet.\n"},
+        {{"--approvals", "--json"}, 0, "{\"approvals\":[],\"unreadable\":0}\n"},
+        {{"--help"},
+         0,
+         AllOf(HasSubstr("usage: tandrel-app"), HasSubstr("--guard-check FILE"),
+               HasSubstr("--ask-here"))},
+        {{"ocr"}, 1, "usage: ocr <image>\n"},
+        {{"detect-rect", "/no/such.png"}, 1, HasSubstr("/no/such.png")},
+    };
+    for (const Row& row : rows) {
+        const auto [status, output] = run(row.arguments);
+        const std::string name = testing::PrintToString(row.arguments);
+        EXPECT_EQ(status, row.status) << name;
+        EXPECT_THAT(output, row.output) << name;
+    }
+    EXPECT_FALSE(std::filesystem::exists(home_.path() / ".local/state/tandrel/Tandrel.log"))
+        << "only the application writes a log";
+}
+
+TEST_F(Modes, SetChangesASettingOrSaysHow) {
+    struct Row {
+        std::vector<std::string> arguments;
+        int status;
+        const char* output;
+    };
+    const auto settings = home_.path() / ".config/tandrel/settings.json";
+    for (const Row& row :
+         {Row{{"--set"}, 2, "usage: tandrel-app --set paused true|false\n"},
+          Row{{"--set", "paused"}, 2, "usage: "}, Row{{"--set", "paused", "yes"}, 2, "usage: "},
+          Row{{"--set", "link", "true"}, 2, "usage: "},
+          Row{{"--set", "askBeforePayments", "false"}, 2, "usage: "},
+          Row{{"--set", "paused", "true", "now"}, 2, "usage: "}}) {
+        const auto [status, output] = run(row.arguments);
+        EXPECT_EQ(status, row.status) << testing::PrintToString(row.arguments);
+        EXPECT_THAT(output, StartsWith(row.output));
+        EXPECT_FALSE(std::filesystem::exists(settings));
+    }
+    EXPECT_EQ(run({"--set", "paused", "true"}).output, "paused = true\n");
+    EXPECT_EQ(run({"--set", "link", "airplay"}).output, "link = airplay\n");
+    const Json kept = Json::parse(readText(settings));
+    EXPECT_EQ(kept, Json({{"paused", true}, {"link", "airplay"}}));
+    EXPECT_EQ(run({"--set", "paused", "true"}, {{"HOME", "/proc"}}).status, 1)
+        << "a setting that cannot be kept is not reported as kept";
+}
+
+TEST_F(Modes, AScenarioOrPictureThatIsNoneIsNamedWithThePlace) {
+    struct Row {
+        const char* variable;
+        std::filesystem::path path;
+        const char* why;
+    };
+    const Row rows[] = {
+        {"TANDREL_VIRTUAL_PHONE", "/no/such.json", "No such file or directory"},
+        {"TANDREL_VIRTUAL_PHONE", "/", "it is a folder"},
+        {"TANDREL_VIRTUAL_PHONE", file("torn.json", "{\"phone\": {"), "line 1, column 12"},
+        {"TANDREL_VIRTUAL_PHONE", file("number.json", "7"), "must be"},
+        {"TANDREL_VIRTUAL_PHONE", file("slip.json", R"({"phone": {"id": 7}})"), "/phone/id: "},
+        {"TANDREL_CAPTURE_IMAGES", "/no/such.png", "No such file or directory"},
+        {"TANDREL_CAPTURE_IMAGES", file("text.png", "hello"), "neither a PNG nor a JPEG picture"},
+    };
+    for (const Row& row : rows) {
+        const auto [status, output] = run({}, {{row.variable, row.path.string()}});
+        EXPECT_EQ(status, 1) << row.path;
+        EXPECT_THAT(output, AllOf(HasSubstr(row.path.string()), HasSubstr(row.why)));
+        EXPECT_EQ(std::ranges::count(output, '\n'), 1) << output;
+    }
+}
+
+TEST_F(Modes, TheHelperKnowsItsVersion) {
+    const auto [status, output] =
+        runProgramToEnd({TANDREL_BIN_DIR "/tandrel", "--version"}, plainEnvironment(home_.path()));
+    EXPECT_EQ(status, 0);
+    EXPECT_THAT(output, ContainsRegex("^tandrel [0-9]+\\.[0-9]+\\.[0-9]+\n$"));
+}
+
+TEST(Application, WordsThatAreNoModeStartIt) {
+    for (const char* word : {"--frobnicate", "-psn_0_1", "-", "usb-capture", ""}) {
+        RunningProgram program(kVirtualPhone, {word});
+        EXPECT_EQ(program.get("/status").json()["app"], "Tandrel") << word;
+    }
+}
+
+TEST(Application, EndsOnASignalAndLeavesNothingBehind) {
+    for (const int number : {SIGINT, SIGTERM, SIGHUP}) {
+        RunningProgram program(kVirtualPhone);
+        const Json state = Json::parse(readText(program.stateFile()));
+        EXPECT_EQ(state["port"], program.port());
+        EXPECT_EQ(state["pid"], program.process().pid());
+        program.process().signal(number);
+        EXPECT_EQ(program.process().wait(), 0) << program.process().output();
+        EXPECT_FALSE(std::filesystem::exists(program.stateFile()));
+        for (const char* port : {"port", "airplayPort"}) {
+            const auto url = LoopbackUrl::ofPort(state[port]);
+            EXPECT_FALSE(httpGet(url, "/status")) << port << " is still served";
+        }
+    }
+}
+
+TEST(Application, ASignalEndsAClientsWait) {
+    RunningProgram program(
+        Variables{{"TANDREL_VIRTUAL_PHONE", "1"}, {"TANDREL_GUARD_TIMEOUT", "120"}});
+    program.awaitMatched();
+    program.post("/tap", {{"x", 0.152}, {"y", 0.131}, {"fraction", true}});  // Shop
+    // The shop's first price. While nobody can be asked, this takes all of the owner's time.
+    std::thread waiting([&] {
+        (void)httpPost(LoopbackUrl::ofPort(program.port()), "/tap",
+                       {{"x", 0.8}, {"y", 0.2}, {"fraction", true}},
+                       {.timeout = std::chrono::seconds(60)});
+    });
+    program.awaitStatus([](const Json& status) { return status.contains("asking"); });
+    program.process().signal(SIGINT);
+    EXPECT_EQ(program.process().wait(), 0) << program.process().output();
+    waiting.join();
+}
+
+TEST(Application, APortThatIsTakenIsSaidAndTheRestGoesOn) {
+    const SilentListener listener;
+    const SilentListener airplay;
+    RunningProgram program(Variables{{"TANDREL_ENGINE_PORT", listener.port()},
+                                     {"TANDREL_AIRPLAY_PORT", airplay.port()}});
+    const std::string reason = "can't listen on 127.0.0.1:" + listener.port() + ": ";
+    EXPECT_THAT(program.process().output(),
+                AllOf(HasSubstr("engine: " + reason), HasSubstr("The API is not served: " + reason),
+                      HasSubstr("airplay: can't listen on 127.0.0.1:" + airplay.port() + ": ")));
+    EXPECT_FALSE(std::filesystem::exists(program.stateFile()));
+    program.process().signal(SIGTERM);
+    EXPECT_EQ(program.process().wait(), 0);
+}
+
+TEST(Application, ASecondCopyUsesTheFirst) {
+    RunningProgram first(kVirtualPhone);
+    const std::string port = std::to_string(first.port());
+    RunningProgram second(Variables{{"TANDREL_ENGINE_PORT", port}}, {}, first.homeFolder());
+    EXPECT_THAT(second.process().output(),
+                AllOf(HasSubstr("engine: port " + port + " is served by Tandrel; using it"),
+                      HasSubstr("Tandrel already serves port " + port + "; this copy uses it.")));
+    second.process().signal(SIGINT);
+    EXPECT_EQ(second.process().wait(), 0);
+    EXPECT_EQ(first.get("/status").status, 200);
+    EXPECT_TRUE(std::filesystem::exists(first.stateFile())) << "the first copy's file";
+}
+
+TEST(Application, ASignalCutsTheWaitForAnEarlierCopyShort) {
+    std::atomic<int> probes = 0;
+    HTTPServer earlier(0, [&](const HTTPRequest&) {
+        ++probes;
+        probes.notify_all();
+        return HTTPResponse::json({{"app", "Tandrel"}});
+    });
+    ASSERT_TRUE(earlier.start());
+    TemporaryFolder home;
+    ChildProgram program(
+        {RunningProgram::kPath},
+        plainEnvironment(home.path(), {{"TANDREL_ENGINE_PORT", std::to_string(earlier.port())}}));
+    probes.wait(0);
+    program.signal(SIGINT);
+    EXPECT_EQ(program.wait(), 0);
+    EXPECT_LT(probes, 7) << "it waited to the end";
+    earlier.stop();
+}
+
+TEST(Application, WithoutAnEngineItServesNothing) {
+    RunningProgram program(Variables{{"TANDREL_NO_ENGINE", "1"}});
+    EXPECT_THAT(program.process().output(),
+                HasSubstr("The API is not served: engine disabled (TANDREL_NO_ENGINE=1).\n"));
+    EXPECT_FALSE(std::filesystem::exists(program.stateFile()));
+    RunningProgram other(Variables{{"TANDREL_NO_ENGINE", "true"}});
+    EXPECT_EQ(other.get("/status").status, 200);
+}
+
+TEST(Application, ServesWithoutAHomeThatItCanWriteTo) {
+    TemporaryFolder folder;
+    const std::string files = folder.path().string();
+    for (const Variables& home :
+         {Variables{{"HOME", "/proc"}}, Variables{{"HOME", ""},
+                                                  {"XDG_CONFIG_HOME", files},
+                                                  {"XDG_DATA_HOME", files},
+                                                  {"XDG_STATE_HOME", files}}}) {
+        Variables variables = home;
+        variables.insert(kVirtualPhone.begin(), kVirtualPhone.end());
+        RunningProgram program(variables);
+        program.awaitMatched();
+        const auto reply = program.post("/home", Json::object());
+        EXPECT_EQ(reply.status, 200) << toText(reply.body);
+        program.process().signal(SIGTERM);
+        EXPECT_EQ(program.process().wait(), 0) << program.process().output();
+    }
+    EXPECT_TRUE(std::filesystem::exists(folder.path() / "Tandrel/pairings.json"));
+}
+
+TEST(Application, ReadsAPictureFileAndSaysWhatThisComputerLacks) {
+    TemporaryFolder folder;
+    const auto picture = folder.path() / "phone.png";
+    {
+        RunningProgram phone(kVirtualPhone);
+        phone.awaitPicture();
+        ASSERT_TRUE(replaceFile(picture, toText(phone.get("/screenshot").body)));
+    }
+    RunningProgram program(Variables{{"TANDREL_CAPTURE_IMAGES", picture.string()}});
+    program.awaitPicture();
+    const Json look = program.get("/look").json();
+    EXPECT_THAT(look["ocr"].get<std::vector<std::string>>(), testing::Contains("Settings"));
+    const auto tap = program.post("/tap", {{"x", 0.5}, {"y", 0.5}, {"fraction", true}});
+    EXPECT_EQ(tap.status, 400);
+    EXPECT_THAT(toText(tap.body), HasSubstr("has no Bluetooth connection"));
+    const Json absent = program.get("/status").json()["absent"];
+    ASSERT_EQ(absent.size(), 1U) << absent;
+    EXPECT_THAT(absent[0].get<std::string>(), StartsWith("Bluetooth: "));
+    EXPECT_THAT(program.process().output(), HasSubstr(absent[0].get<std::string>()));
+}
+
+TEST(Application, WithoutPhoneAndPictureItStillAnswers) {
+    RunningProgram program;
+    const Json status = program.get("/status").json();
+    EXPECT_EQ(status["absent"].size(), 2U);
+    EXPECT_EQ(status["devices"], Json::array());
+    EXPECT_EQ(program.get("/screenshot").status, 400);
+    EXPECT_EQ(program.post("/home", Json::object()).status, 400);
+}
+
+TEST(Application, WithoutTrainedDataItShowsButLetsNothingThrough) {
+    TemporaryFolder empty;
+    Variables variables = kVirtualPhone;
+    variables["TESSDATA_PREFIX"] = empty.path().string();
+    RunningProgram program(variables);
+    program.awaitMatched();
+    const Json look = program.get("/look?maxEdge=300").json();
+    EXPECT_EQ(look["X-Image-Height"], 300);
+    EXPECT_FALSE(look["image"].get<std::string>().empty());
+    EXPECT_EQ(look["lines"], Json::array());
+    ASSERT_EQ(look["unread"].size(), 1U);
+    EXPECT_EQ(look["unread"][0]["h"], 300);
+    EXPECT_THAT(look["readError"].get<std::string>(), HasSubstr("install tesseract-ocr-eng"));
+    const auto tap = program.post("/tap", {{"x", 0.616}, {"y", 0.243}, {"fraction", true}});
+    EXPECT_EQ(tap.status, 409);
+    EXPECT_EQ(tap.json()["error"],
+              "Not done: Tandrel can't read the iPhone's screen right now, so it can't check this "
+              "action. Read the screen again (screenshot) and repeat.");
+    EXPECT_EQ(program.post("/home", Json::object()).status, 200) << "Home pays nothing";
+}
+
+}  // namespace
+}  // namespace tandrel
