@@ -9,8 +9,8 @@ namespace tandrel {
 
 // Hands one image after the other to a sink, at a fixed beat: the images of a folder in the order
 // of their names, again from the start after the last, or one file again and again. A folder that
-// changed is listed anew at the next round. An image that can't be loaded misses its turn, which is logged once
-// until it loads again; where there is no image at all the player waits for one.
+// changed is listed anew at the next round. An image that can't be loaded misses its turn, which is
+// logged once until it loads again; where there is no image at all the player waits for one.
 class ImagePlayer final : public CaptureSession {
  public:
     struct Options {
