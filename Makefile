@@ -20,6 +20,9 @@ CLANG := -DCMAKE_CXX_COMPILER=clang++-19
 PLAIN = env -i PATH="$$PATH" LANG=C.UTF-8 TERM="$${TERM:-dumb}" HOME="$(CURDIR)/$(1)/home"
 CTEST = mkdir -p $(1)/home && $(PLAIN) $(2) ctest --test-dir $(1) --output-on-failure -j2
 
+# Targets share build folders.
+.NOTPARALLEL:
+
 .PHONY: build run test test-asan test-tsan check format check-format check-house check-man analyze \
         bench fuzz soak stats install uninstall clean help
 
@@ -89,7 +92,6 @@ soak: ## load four phones for SOAK_SECONDS (600) and watch the memory
 	@scripts/install-packages.sh bench
 	@scripts/configure.sh build-bench -DTANDREL_BENCH=ON -DTANDREL_TESTS=OFF
 	@ninja -C build-bench
-	@test -x build-bench/bin/soak || { echo "there is no soak program yet" >&2; exit 1; }
 	@build-bench/bin/soak --seconds $(SOAK_SECONDS)
 
 stats: ## lines of code and tests, room by room

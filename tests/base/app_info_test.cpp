@@ -1,40 +1,15 @@
 #include "base/app_info.h"
 
-#include <cstdlib>
 #include <fstream>
-#include <map>
 
 #include <gtest/gtest.h>
 
-#include "base/environment.h"
 #include "base/paths.h"
+#include "support/environment_variable.h"
 #include "support/temporary_folder.h"
 
 namespace tandrel {
 namespace {
-
-// Sets variables for one test and puts them back. These tests run on one thread.
-class Variables {
- public:
-    void set(const std::string& name, const char* value) {
-        before_.try_emplace(name, environment(name.c_str()));
-        if (value == nullptr) {
-            ::unsetenv(name.c_str());
-        } else {
-            ::setenv(name.c_str(), value, 1);
-        }
-    }
-    Variables() = default;
-    ~Variables() {
-        const auto before = before_;
-        for (const auto& [name, value] : before) set(name, value ? value->c_str() : nullptr);
-    }
-    Variables(const Variables&) = delete;
-    Variables& operator=(const Variables&) = delete;
-
- private:
-    std::map<std::string, std::optional<std::string>> before_;
-};
 
 AppInfo infoFrom(const std::string& json) {
     const TemporaryFolder bundle;
@@ -67,8 +42,7 @@ TEST(AppInfo, NamesHaveDefaults) {
 }
 
 TEST(AppInfo, WhereItRunsFrom) {
-    Variables variables;
-    variables.set("HOME", "/home/ann");
+    const EnvironmentVariable home("HOME", "/home/ann");
     struct Row {
         const char* bundle;
         const char* location;
@@ -107,18 +81,18 @@ TEST(AppInfo, TheHelperLiesInTheBundleThatIsShown) {
 }
 
 TEST(Paths, VariablesCountOnlyWhenAbsolute) {
-    Variables variables;
-    variables.set("HOME", "/home/ann");
-    variables.set("XDG_CONFIG_HOME", "/elsewhere");
-    variables.set("XDG_DATA_HOME", "relative");
-    variables.set("XDG_STATE_HOME", "");
+    const EnvironmentVariable home("HOME", "/home/ann");
+    const EnvironmentVariable config("XDG_CONFIG_HOME", "/elsewhere");
+    const EnvironmentVariable data("XDG_DATA_HOME", "relative");
+    const EnvironmentVariable state("XDG_STATE_HOME", "");
     EXPECT_EQ(configHome(), "/elsewhere");
     EXPECT_EQ(dataHome(), "/home/ann/.local/share");
     EXPECT_EQ(stateHome(), "/home/ann/.local/state");
-    variables.set("XDG_CONFIG_HOME", nullptr);
+    const EnvironmentVariable unset("XDG_CONFIG_HOME", std::nullopt);
     EXPECT_EQ(configHome(), "/home/ann/.config");
-    for (const char* home : {static_cast<const char*>(nullptr), "", "relative"}) {
-        variables.set("HOME", home);
+    for (const std::optional<std::string>& odd :
+         {std::optional<std::string>(), {""}, {"relative"}}) {
+        const EnvironmentVariable oddHome("HOME", odd);
         EXPECT_TRUE(homeFolder().is_absolute());
     }
 }

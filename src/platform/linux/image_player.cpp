@@ -69,8 +69,11 @@ Result<void> ImagePlayer::loadFirst() {
 }
 
 void ImagePlayer::startRound() {
-    std::error_code error;
     next_ = 0;
+    const FileStamp stamp = FileStamp::of(options_.path);
+    if (listed_.stillHolds(stamp) && stamp.exists()) return;
+    listed_ = stamp;
+    std::error_code error;
     files_ = std::filesystem::is_directory(options_.path, error)
                  ? imagesIn(options_.path)
                  : std::vector<std::filesystem::path>{options_.path};

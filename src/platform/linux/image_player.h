@@ -8,9 +8,9 @@
 namespace tandrel {
 
 // Hands one image after the other to a sink, at a fixed beat: the images of a folder in the order
-// of their names, again from the start after the last, or one file again and again. A folder is
-// listed anew each time round. An image that can't be loaded misses its turn, which is logged once
-// until it loads again; where there is no image at all the player waits for one.
+// of their names, again from the start after the last, or one file again and again. A folder that
+// changed is listed anew at the next round. An image that can't be loaded misses its turn, which is
+// logged once until it loads again; where there is no image at all the player waits for one.
 class ImagePlayer final : public CaptureSession {
  public:
     struct Options {
@@ -47,6 +47,7 @@ class ImagePlayer final : public CaptureSession {
     const Options options_;
     Clock& clock_;
     TimePoint due_ OWNED_BY(queue_);
+    FileStamp listed_ OWNED_BY(queue_);  // of the path when `files_` was listed
     std::vector<std::filesystem::path> files_ OWNED_BY(queue_);
     std::size_t next_ OWNED_BY(queue_) = 0;
     std::map<std::filesystem::path, Loaded> loaded_ OWNED_BY(queue_);

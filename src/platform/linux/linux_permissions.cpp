@@ -23,11 +23,11 @@ bool isRefused(const std::filesystem::path& device) {
 
 }  // namespace
 
-LinuxPermissions::LinuxPermissions(std::string busAddress, std::filesystem::path deviceFolder)
-    : busAddress_(std::move(busAddress)), deviceFolder_(std::move(deviceFolder)) {}
+LinuxPermissions::LinuxPermissions(std::filesystem::path deviceFolder)
+    : deviceFolder_(std::move(deviceFolder)) {}
 
 Permission LinuxPermissions::bluetooth() {
-    const auto bus = openSystemBus(busAddress_);
+    const auto bus = openSystemBus();
     if (!bus) return Permission::granted;
     try {
         const auto daemon = sdbus::createProxy(**bus, "org.freedesktop.DBus", "/");

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <filesystem>
-#include <string>
 
 #include "platform/permissions.h"
 
@@ -14,16 +13,14 @@ namespace tandrel {
 //   screen recording never refused under X11; a Wayland portal asks at the time of use
 class LinuxPermissions final : public Permissions {
  public:
-    // The system bus's address and the folder of the video devices, for tests.
-    explicit LinuxPermissions(std::string busAddress = "",
-                              std::filesystem::path deviceFolder = "/dev");
+    // The video devices lie in this folder.
+    explicit LinuxPermissions(std::filesystem::path deviceFolder = "/dev");
 
     Permission bluetooth() override;
     Permission camera() override;
     Permission screenRecording() override { return Permission::granted; }
 
  private:
-    const std::string busAddress_;
     const std::filesystem::path deviceFolder_;
 };
 

@@ -20,8 +20,8 @@ void complain(const std::string& why) { log("power: sleep and wake can't be noti
 
 }  // namespace
 
-Login1Power::Login1Power(MainLoop& loop, const std::string& busAddress) : loop_(loop) {
-    auto bus = openSystemBus(busAddress);
+Login1Power::Login1Power(MainLoop& loop) : loop_(loop) {
+    auto bus = openSystemBus();
     if (!bus) {
         complain(bus.error().message);
         return;

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <memory>
-#include <string>
 #include <thread>
 
 #include <sdbus-c++/sdbus-c++.h>
@@ -18,9 +17,8 @@ namespace tandrel {
 // once.
 class Login1Power final : public Power {
  public:
-    // Main thread; the loop outlives this object. The address of a bus other than the system's is
-    // for tests.
-    explicit Login1Power(MainLoop& loop, const std::string& busAddress = "");
+    // Main thread; the loop outlives this object.
+    explicit Login1Power(MainLoop& loop);
     ~Login1Power() override;
     Login1Power(const Login1Power&) = delete;
     Login1Power& operator=(const Login1Power&) = delete;

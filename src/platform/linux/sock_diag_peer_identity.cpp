@@ -119,8 +119,12 @@ PeerAnswer askSockDiag(const LoopbackConnection& connection) {
         return unavailable(errno);
     }
     std::array<char, 1024> reply;
-    const ssize_t count = ::recv(netlink.get(), reply.data(), reply.size(), 0);
+    sockaddr_nl sender{};
+    socklen_t senderSize = sizeof sender;
+    const ssize_t count = ::recvfrom(netlink.get(), reply.data(), reply.size(), 0,
+                                     reinterpret_cast<sockaddr*>(&sender), &senderSize);
     if (count < 0) return unavailable(errno);
+    if (sender.nl_pid != 0) return unavailable(EBADMSG);  // not the kernel
     return readAnswer(reply.data(), static_cast<std::size_t>(count), connection);
 }
 

@@ -2,10 +2,9 @@
 
 namespace tandrel {
 
-Result<std::unique_ptr<sdbus::IConnection>> openSystemBus(const std::string& address) {
+Result<std::unique_ptr<sdbus::IConnection>> openSystemBus() {
     try {
-        return address.empty() ? sdbus::createSystemBusConnection()
-                               : sdbus::createSessionBusConnectionWithAddress(address);
+        return sdbus::createSystemBusConnection();
     } catch (const sdbus::Error& error) {
         return fail(error.what());
     }

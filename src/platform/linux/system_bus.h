@@ -1,7 +1,6 @@
 #pragma once
 
 #include <memory>
-#include <string>
 
 #include <sdbus-c++/sdbus-c++.h>
 
@@ -9,8 +8,8 @@
 
 namespace tandrel {
 
-// A new connection to the system's message bus or, if an address is given, to the bus there. The
-// error is the bus library's own sentence.
-Result<std::unique_ptr<sdbus::IConnection>> openSystemBus(const std::string& address = "");
+// A new connection to the system's message bus; DBUS_SYSTEM_BUS_ADDRESS may name another. The error
+// is the bus library's own sentence.
+Result<std::unique_ptr<sdbus::IConnection>> openSystemBus();
 
 }  // namespace tandrel

@@ -91,7 +91,7 @@ class Login1PowerTest : public testing::Test {
 
 TEST_F(Login1PowerTest, TheComputerWaitsUntilSleepIsPrepared) {
     FakeLogin1 manager(bus_.address());
-    Login1Power power(loop_, bus_.address());
+    Login1Power power(loop_);
     const Inhibitor inhibitor = manager.awaitInhibitor();
     EXPECT_THAT(inhibitor.asked, ElementsAre("sleep", "Tandrel", "delay"));
     bool releasedTooSoon = true;
@@ -107,7 +107,7 @@ TEST_F(Login1PowerTest, TheComputerWaitsUntilSleepIsPrepared) {
 
 TEST_F(Login1PowerTest, AfterWakingItHoldsTheNextSleepUp) {
     FakeLogin1 manager(bus_.address());
-    Login1Power power(loop_, bus_.address());
+    Login1Power power(loop_);
     std::string seen;
     power.setOnSleep([&] { seen += 's'; });
     power.setOnWake([&] {
@@ -125,7 +125,7 @@ TEST_F(Login1PowerTest, AfterWakingItHoldsTheNextSleepUp) {
 }
 
 TEST_F(Login1PowerTest, FindsAManagerThatStartsLaterOrAnew) {
-    Login1Power power(loop_, bus_.address());
+    Login1Power power(loop_);
     for (int start = 0; start < 2; ++start) {
         FakeLogin1 manager(bus_.address());
         EXPECT_THAT(manager.awaitInhibitor().asked, ElementsAre("sleep", "Tandrel", "delay"));
@@ -139,17 +139,18 @@ TEST_F(Login1PowerTest, GivesTheInhibitorBackAtTheEnd) {
     FakeLogin1 manager(bus_.address());
     Inhibitor inhibitor;
     {
-        Login1Power power(loop_, bus_.address());
+        Login1Power power(loop_);
         inhibitor = manager.awaitInhibitor();
     }
     EXPECT_TRUE(inhibitor.isReleased());
 }
 
 TEST_F(Login1PowerTest, ABusThatIsMissingOrGoesAwayHarmsNothing) {
-    const Login1Power without(loop_, "unix:path=/nonexistent/bus");
-    const Login1Power with(loop_, bus_.address());
+    const Login1Power connected(loop_);
     bus_.stop();
-    const Login1Power after(loop_, bus_.address());
+    const Login1Power after(loop_);
+    const EnvironmentVariable nowhere("DBUS_SYSTEM_BUS_ADDRESS", "unix:path=/nonexistent/bus");
+    const Login1Power without(loop_);
     loop_.post([this] { loop_.quit(3); });
     EXPECT_EQ(loop_.run(), 3);
 }

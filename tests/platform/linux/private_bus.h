@@ -5,11 +5,12 @@
 #include <string>
 
 #include "support/child_program.h"
+#include "support/environment_variable.h"
 #include "support/temporary_folder.h"
 
 namespace tandrel {
 
-// A message bus of the test's own, in place of the system's; gone with the object.
+// A message bus of the test's own, which takes the place of the system's while it lives.
 class PrivateBus {
  public:
     // `extraPolicy`: rules in the form of dbus-daemon(1), after those that allow everything.
@@ -40,6 +41,7 @@ class PrivateBus {
 
     const TemporaryFolder folder_;
     ChildProgram daemon_;
+    const EnvironmentVariable asSystemBus_{"DBUS_SYSTEM_BUS_ADDRESS", address()};
 };
 
 }  // namespace tandrel
