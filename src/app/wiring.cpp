@@ -90,8 +90,10 @@ Wiring::Wiring(Backends backends, AppInfo info, MainLoop& loop, Asker& asker, Cl
                clock),
       paymentLog_(files_.approvals, clock),
       gate_(defaults_, asker, paymentLog_, clock,
-            {.timeoutSeconds = PaymentGate::timeoutSeconds(environment("TANDREL_GUARD_TIMEOUT")),
-             .keyUsage = keyUsage}),
+            {.timeoutSeconds =
+                 PaymentGate::timeoutSeconds(environment("TANDREL_GUARD_TIMEOUT")),
+             .keyUsage = keyUsage,
+             .words = PaymentGuard::GuardWords::load(info.bundle / "share/tandrel/guard/words")}),
       engine_({.hid = hid_,
                .capture = capture_,
                .devices = devices_,

@@ -41,6 +41,9 @@ constexpr std::string_view kDenied =
 constexpr std::string_view kNotAnswered =
     "Not done: the owner didn't answer the payment request on their Mac within {} seconds ({}), so "
     "it counts as a no. Repeat the action only if the owner asks you to.";
+constexpr std::string_view kAskedTooOften =
+    "Not done: the owner has been asked {} times within ten minutes, so the next question has to "
+    "wait. Tell the owner what you want to do and why, wait a minute, then repeat.";
 constexpr std::string_view kClientGone =
     "Not done: the request was closed before the action was carried out.";
 
@@ -52,15 +55,8 @@ PaymentGate::Frame* frameIn(ScreenReading& reading) {
     return std::get_if<PaymentGate::Frame>(&reading);
 }
 
-// The verdict on the action and the action that it is about: a click that may land elsewhere is
-// judged as one on an unlabelled spot, too.
-std::optional<std::string> assess(GuardedAction& guarded, const PaymentGate::Frame& frame) {
-    auto why = PaymentGuard::assess(frame.lines, frame.size, guarded.action);
-    if (why || !guarded.strays) return why;
-    PaymentGuard::Action anywhere{.kind = PaymentGuard::Kind::tap};
-    why = PaymentGuard::assess(frame.lines, frame.size, anywhere);
-    if (why) guarded.action = anywhere;
-    return why;
+bool unsureSetting(const UserDefaults& defaults) {
+    return defaults.boolValue("askWhenUnsure").value_or(true);
 }
 
 std::optional<PlaceOnScreen> placeOf(const PaymentGuard::Action& action) {
@@ -72,13 +68,22 @@ std::optional<PlaceOnScreen> placeOf(const PaymentGuard::Action& action) {
 
 // One risky action on the screen on which it was judged.
 struct PaymentGate::Question {
-    std::string why;
+    Reason reason;
     GuardedAction guarded;  // as resolved, to be compared with what it is after an approval
     PaymentGuard::Action asked;
     Frame frame;
     std::string what = {};
     TimePoint deadline = {};
+
+    QuestionHistory::Subject subject() const {
+        const auto texts = frame.texts();
+        return {what, PaymentGuard::details(texts).key(), texts};
+    }
 };
+
+std::string PaymentGate::Reason::logged() const {
+    return rule.empty() ? why : fmt::format("{} [{}]", why, rule);
+}
 
 PaymentGate::PaymentGate(const UserDefaults& defaults, Asker& asker, PaymentLog& log, Clock& clock,
                          PaymentGateOptions options)
@@ -87,8 +92,11 @@ PaymentGate::PaymentGate(const UserDefaults& defaults, Asker& asker, PaymentLog&
       log_(log),
       clock_(clock),
       options_(std::move(options)),
+      wider_(options_.words),
       turn_(clock),
-      wasOn_(isOn(defaults)) {}
+      history_(options_.questionsBeforePause),
+      wasOn_(isOn(defaults)),
+      askedWhenUnsure_(unsureSetting(defaults)) {}
 
 PaymentGate& PaymentGate::shared() {
     assert(sharedGate != nullptr);
@@ -99,6 +107,10 @@ void PaymentGate::setShared(PaymentGate* instance) { sharedGate = instance; }
 
 bool PaymentGate::isOn(const UserDefaults& defaults) {
     return defaults.boolValue("askBeforePayments").value_or(true);
+}
+
+bool PaymentGate::asksWhenUnsure(const UserDefaults& defaults) {
+    return isOn(defaults) && unsureSetting(defaults);
 }
 
 double PaymentGate::timeoutSeconds(const std::optional<std::string>& text) {
@@ -115,7 +127,7 @@ double PaymentGate::timeoutSeconds(const std::optional<std::string>& text) {
 HTTPResponse PaymentGate::run(const HTTPRequest& request, const GateRoad& road) {
     const EitherStop withdrawn(request.clientGone, stopped_.get_token());
     const bool on = enabled();
-    noticeSwitch(on);
+    noticeSwitches(on, unsureSetting(defaults_));
     if (!on) return perform(road, withdrawn, "");
 
     const auto deadline = clock_.now() + seconds(options_.timeoutSeconds + kTurnMarginSeconds);
@@ -162,25 +174,73 @@ PaymentGate::Decision PaymentGate::check(const HTTPRequest& request, const GateR
         return {tryAgain(kUnreadableScreen), ""};
     }
     GuardedAction judged = *guarded;
-    auto why = assess(judged, *frame);
-    if (!why) return {};
-    return ask({std::move(*why), std::move(*guarded), std::move(judged.action), std::move(*frame)},
-               request, road, withdrawn);
+    auto reason = judge(judged, *frame);
+    if (!reason) return {};
+    return ask(
+        {std::move(*reason), std::move(*guarded), std::move(judged.action), std::move(*frame)},
+        request, road, withdrawn);
+}
+
+std::optional<PaymentGate::Reason> PaymentGate::judge(GuardedAction& guarded,
+                                                      const Frame& frame) const {
+    const PaymentGuard::Action anywhere{.kind = PaymentGuard::Kind::tap};
+    const auto first = [&](const PaymentGuard::Action& action) -> std::optional<Reason> {
+        auto why = PaymentGuard::assess(frame.lines, frame.size, action);
+        return why ? std::optional(Reason{std::move(*why), {}}) : std::nullopt;
+    };
+    const auto second = [&](const PaymentGuard::Action& action) -> std::optional<Reason> {
+        auto seen = wider_.assess(frame.lines, frame.size, action);
+        return seen ? std::optional(Reason{std::move(seen->why), seen->rule}) : std::nullopt;
+    };
+    auto reason = first(guarded.action);
+    bool elsewhere = false;
+    const auto tryElsewhere = [&](const auto& layer) {
+        if (reason || !guarded.strays) return;
+        reason = layer(anywhere);
+        elsewhere = reason.has_value();
+    };
+    tryElsewhere(first);
+    if (!reason && asksWhenUnsure(defaults_)) {
+        reason = second(guarded.action);
+        tryElsewhere(second);
+    }
+    if (elsewhere) guarded.action = anywhere;
+    return reason;
+}
+
+std::optional<HTTPResponse> PaymentGate::heldBack(const Question& question) {
+    const auto now = clock_.now();
+    const std::string shown =
+        question.what + ": " + PaymentGuard::details(question.frame.texts()).summary();
+    if (const auto refusal = history_.refusal(question.subject(), now)) {
+        log_.record("refused", shown + ": denied less than two minutes ago",
+                    question.reason.logged());
+        return HTTPResponse::error(*refusal, 403);
+    }
+    if (!history_.mustWait(now)) return std::nullopt;
+    log_.record("refused",
+                fmt::format("{}: the assistant has asked {} times within ten minutes", shown,
+                            history_.most()),
+                question.reason.logged());
+    return tryAgain(fmt::format(kAskedTooOften, history_.most()));
 }
 
 PaymentGate::Decision PaymentGate::ask(Question question, const HTTPRequest& request,
                                        const GateRoad& road, const EitherStop& withdrawn) {
     question.what = wording(question.asked, question.frame);
     question.deadline = clock_.now() + seconds(options_.timeoutSeconds);
+    if (auto refusal = heldBack(question)) return {std::move(refusal), ""};
     for (;;) {
         const auto payment = PaymentGuard::details(question.frame.texts());
         const std::string shown = question.what + ": " + payment.summary();
-        log_.record("asked", shown, question.why);
+        log_.record("asked", shown, question.reason.logged());
+        history_.asked(clock_.now());
         const auto answer =
-            askOwner({payment.title(), question.what, payment.summary(), question.why,
+            askOwner({payment.title(), question.what, payment.summary(), question.reason.why,
                       question.frame.picture, placeOf(question.asked)},
                      question.deadline, withdrawn);
-        if (auto refusal = refusalOf(answer, shown, withdrawn)) return {std::move(refusal), ""};
+        if (auto refusal = refusalOf(answer, question, shown, withdrawn))
+            return {std::move(refusal), ""};
         if (auto decision = settle(question, request, road, withdrawn)) return std::move(*decision);
     }
 }
@@ -218,18 +278,21 @@ std::optional<PaymentGate::Decision> PaymentGate::settle(Question& question,
     }
     const bool elsewhere = *guarded != question.guarded;
     question.guarded = *guarded;
-    if (auto why = assess(*guarded, *frame)) question.why = std::move(*why);
+    if (auto reason = judge(*guarded, *frame)) question.reason = std::move(*reason);
     question.asked = std::move(guarded->action);
     question.frame = std::move(*frame);
     if (elsewhere) question.what = wording(question.asked, question.frame);
     return std::nullopt;
 }
 
-std::optional<HTTPResponse> PaymentGate::refusalOf(ApprovalAnswer answer, const std::string& shown,
+std::optional<HTTPResponse> PaymentGate::refusalOf(ApprovalAnswer answer, const Question& question,
+                                                   const std::string& shown,
                                                    const EitherStop& withdrawn) {
     if (answer == ApprovalAnswer::deny) {
         log_.record("denied", shown);
-        return HTTPResponse::error(fmt::format(kDenied, shown), 403);
+        const std::string refusal = fmt::format(kDenied, shown);
+        history_.denied(question.subject(), refusal, clock_.now());
+        return HTTPResponse::error(refusal, 403);
     }
     if (withdrawn.requested()) {
         log_.record("withdrawn", shown);
@@ -266,7 +329,8 @@ std::optional<GuardedAction> PaymentGate::actionOf(const HTTPRequest& request, c
 }
 
 void PaymentGate::saw(const std::vector<std::string>& texts) {
-    if (!PaymentGuard::paymentScreen(texts)) return;
+    const bool known = PaymentGuard::paymentScreen(texts);
+    if (!known && !(asksWhenUnsure(defaults_) && wider_.paymentScreen(texts))) return;
     const MutexLock lock(mutex_);
     paymentSeenAt_ = clock_.now();
 }
@@ -289,13 +353,19 @@ HTTPResponse PaymentGate::withdrawnReply() const {
     return tryAgain(kClientGone);
 }
 
-void PaymentGate::noticeSwitch(bool on) {
+void PaymentGate::noticeSwitches(bool on, bool whenUnsure) {
+    bool turned = false;
+    bool unsureTurned = false;
     {
         const MutexLock lock(mutex_);
-        if (wasOn_ == on) return;
+        turned = wasOn_ != on;
+        unsureTurned = askedWhenUnsure_ != whenUnsure;
         wasOn_ = on;
+        askedWhenUnsure_ = whenUnsure;
     }
-    log(on ? "Ask me before payments turned on" : "Ask me before payments turned off");
+    if (turned) log(on ? "Ask me before payments turned on" : "Ask me before payments turned off");
+    if (unsureTurned)
+        log(whenUnsure ? "Ask me when unsure turned on" : "Ask me when unsure turned off");
 }
 
 }  // namespace tandrel

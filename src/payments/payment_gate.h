@@ -15,6 +15,8 @@
 #include "payments/gate_road.h"
 #include "payments/guarded_action.h"
 #include "payments/payment_log.h"
+#include "payments/question_history.h"
+#include "payments/wider_guard.h"
 #include "platform/user_defaults.h"
 
 namespace tandrel {
@@ -25,6 +27,10 @@ struct PaymentGateOptions {
     // How the keyboard finds the key of a name. Without it, only the names "enter", "return" and
     // "space" are known.
     KeyUsage keyUsage;
+    // What the second layer knows.
+    std::shared_ptr<const PaymentGuard::GuardWords> words = PaymentGuard::GuardWords::builtIn();
+    // So many questions within ten minutes make each further one wait a minute.
+    std::size_t questionsBeforePause = 10;
 };
 
 // Stands between the routes and the phone: an action that could pay is carried out only after the
@@ -55,6 +61,9 @@ class PaymentGate {
     // Whether the owner wants to be asked: unless "askBeforePayments" is set to false.
     static bool isOn(const UserDefaults& defaults);
     bool enabled() const { return isOn(defaults_); }
+    // Whether the second layer asks, too: unless "askWhenUnsure" is set to false. Without the first
+    // there is no second.
+    static bool asksWhenUnsure(const UserDefaults& defaults);
 
     // The owner's time to answer: the text as a decimal number, 50 when it is absent or not one;
     // between 3 and 120.
@@ -74,6 +83,13 @@ class PaymentGate {
         std::string approved;  // what the owner approved; empty when the owner was not asked
     };
     struct Question;
+    // Why the owner must be asked.
+    struct Reason {
+        std::string why;
+        std::string_view rule;  // of the second layer; empty when the first one saw it
+
+        std::string logged() const;
+    };
 
     // The steps of `run`: may the request go ahead; the owner's dialogue about it; what an approval
     // is worth on the screen as it is by then, where none means that it must be asked again.
@@ -84,17 +100,23 @@ class PaymentGate {
                  const EitherStop& withdrawn);
     std::optional<Decision> settle(Question& question, const HTTPRequest& request,
                                    const GateRoad& road, const EitherStop& withdrawn);
-    std::optional<HTTPResponse> refusalOf(ApprovalAnswer answer, const std::string& shown,
-                                          const EitherStop& withdrawn);
+    std::optional<HTTPResponse> refusalOf(ApprovalAnswer answer, const Question& question,
+                                          const std::string& shown, const EitherStop& withdrawn);
     ApprovalAnswer askOwner(const ApprovalRequest& request, TimePoint deadline,
                             const EitherStop& withdrawn);
+
+    // The reason and the action that it is about: a click that may land elsewhere is judged as one
+    // on an unlabelled spot, too.
+    std::optional<Reason> judge(GuardedAction& guarded, const Frame& frame) const;
+    // The reply to a question that is not put to the owner again, or not yet.
+    std::optional<HTTPResponse> heldBack(const Question& question);
 
     ScreenReading look(const GateRoad& road);
     std::optional<GuardedAction> actionOf(const HTTPRequest& request, const GateRoad& road,
                                           PaymentGuard::FrameSize screen) const;
     bool sawPaymentLately() const;
     HTTPResponse withdrawnReply() const;
-    void noticeSwitch(bool on);
+    void noticeSwitches(bool on, bool whenUnsure);
 
     const UserDefaults& defaults_;
     Asker& asker_;
@@ -102,12 +124,15 @@ class PaymentGate {
     Clock& clock_;
     const PaymentGateOptions options_;
     std::stop_source stopped_;
+    const PaymentGuard::WiderGuard wider_;
     ActionTurn turn_;
+    QuestionHistory history_;  // of whoever has the turn
 
     mutable Mutex mutex_;
     std::optional<TimePoint> paymentSeenAt_ OWNED_BY(mutex_);
     std::optional<TimePoint> askingUntil_ OWNED_BY(mutex_);
     bool wasOn_ OWNED_BY(mutex_);
+    bool askedWhenUnsure_ OWNED_BY(mutex_);
 };
 
 }  // namespace tandrel

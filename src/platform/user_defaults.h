@@ -6,7 +6,8 @@
 
 #include "base/result.h"
 
-// The owner's settings. Keys in use: "paused", "link", "askBeforePayments".
+// The owner's settings. Keys in use: "paused", "link", "askBeforePayments",
+// "askWhenUnsure".
 namespace tandrel {
 
 class UserDefaults {

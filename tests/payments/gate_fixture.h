@@ -17,6 +17,7 @@ namespace tandrel {
 class FakeDefaults final : public UserDefaults {
  public:
     std::optional<bool> boolValue(std::string_view key) const override {
+        if (key == "askWhenUnsure") return whenUnsure.load();
         if (key != "askBeforePayments" || ask_ == 2) return std::nullopt;
         return ask_ == 1;
     }
@@ -26,6 +27,8 @@ class FakeDefaults final : public UserDefaults {
         return {};
     }
     Result<void> set(std::string_view, std::string) override { return {}; }
+
+    std::atomic<bool> whenUnsure = true;
 
  private:
     std::atomic<int> ask_ = 2;
@@ -77,7 +80,7 @@ class PaymentGateTest : public testing::Test {
     FakeDefaults defaults_;
     FakeOwner owner_;
     PaymentLog log_{folder_ / "approvals.jsonl", clock_};
-    PaymentGate gate_{defaults_, owner_, log_, clock_, {.timeoutSeconds = 50, .keyUsage = {}}};
+    PaymentGate gate_{defaults_, owner_, log_, clock_, {.timeoutSeconds = 50, .keyUsage = {}, .questionsBeforePause = 100}};
 
     std::deque<ScreenReading> screens_;
     std::function<void()> onRead_ = [] {};

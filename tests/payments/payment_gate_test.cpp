@@ -297,6 +297,7 @@ TEST_F(PaymentGateTest, TheSwitchIsReadAtEveryAction) {
 
 TEST_F(PaymentGateTest, AClickIsJudgedWhereThePointerIs) {
     screens_ = {transfer()};
+    owner_.react = [](const auto&, auto) { return kTimeout; };  // a denied one is not asked again
     const auto click = [](int dx) { return post("/nudge", {{"click", true}, {"dx", dx}}); };
     const struct {
         const char* name;

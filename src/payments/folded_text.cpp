@@ -1,0 +1,151 @@
+#include "payments/folded_text.h"
+
+#include <cstdio>
+#include <cstdlib>
+
+#include <unicode/normalizer2.h>
+#include <unicode/uchar.h>
+#include <unicode/uscript.h>
+#include <unicode/uspoof.h>
+
+#include "base/unicode.h"
+
+namespace tandrel::PaymentGuard {
+namespace {
+
+// ICU's data comes with the program; without it nothing could be judged.
+template <typename T>
+T* checked(T* value, UErrorCode status) {
+    if (U_SUCCESS(status) && value) return value;
+    std::fprintf(stderr, "Unicode data: %s\n", u_errorName(status));
+    std::abort();
+}
+
+struct Tools {
+    const icu::Normalizer2* plain;
+    const icu::Normalizer2* caseless;
+    const icu::Normalizer2* decomposed;
+    const USpoofChecker* spoof;
+
+    Tools() {
+        UErrorCode status = U_ZERO_ERROR;
+        plain = checked(icu::Normalizer2::getNFKCInstance(status), status);
+        caseless = checked(icu::Normalizer2::getNFKCCasefoldInstance(status), status);
+        decomposed = checked(icu::Normalizer2::getNFDInstance(status), status);
+        spoof = checked(uspoof_open(&status), status);
+    }
+};
+
+const Tools& tools() {
+    static const Tools instance;
+    return instance;
+}
+
+icu::UnicodeString wide(std::string_view text) {
+    return icu::UnicodeString::fromUTF8({text.data(), static_cast<std::int32_t>(text.size())});
+}
+
+std::string narrow(const icu::UnicodeString& text) {
+    std::string result;
+    text.toUTF8String(result);
+    return result;
+}
+
+// What cannot be normalised, for want of memory, stays as it is.
+icu::UnicodeString normalised(const icu::Normalizer2& form, const icu::UnicodeString& text) {
+    UErrorCode status = U_ZERO_ERROR;
+    icu::UnicodeString result = form.normalize(text, status);
+    return U_SUCCESS(status) ? result : text;
+}
+
+icu::UnicodeString skeleton(const icu::UnicodeString& text) {
+    UErrorCode status = U_ZERO_ERROR;
+    icu::UnicodeString result;
+    uspoof_getSkeletonUnicodeString(tools().spoof, 0, text, result, &status);
+    return U_SUCCESS(status) ? result : text;
+}
+
+bool isWordPart(UChar32 c) { return u_isalnum(c) || (U_GET_GC_MASK(c) & U_GC_M_MASK) != 0; }
+bool isMark(UChar32 c) { return u_charType(c) == U_NON_SPACING_MARK; }
+
+template <typename Each>
+void forEach(const icu::UnicodeString& text, const Each& each) {
+    for (std::int32_t i = 0; i < text.length(); i = text.moveIndex32(i, 1)) each(text.char32At(i));
+}
+
+icu::UnicodeString separateWords(const icu::UnicodeString& text) {
+    icu::UnicodeString result;
+    bool inWord = false;
+    forEach(text, [&](UChar32 c) {
+        const bool part = isWordPart(c);
+        if (part && !inWord) result.append(u' ');
+        if (part) result.append(c);
+        inWord = part;
+    });
+    if (!result.isEmpty()) result.append(u' ');
+    return result;
+}
+
+icu::UnicodeString withoutMarks(const icu::UnicodeString& text) {
+    icu::UnicodeString result;
+    forEach(normalised(*tools().decomposed, text), [&](UChar32 c) {
+        if (!isMark(c)) result.append(c);
+    });
+    return result;
+}
+
+// The Latin spelling that a word of look-alikes passes itself off as; the word itself otherwise.
+icu::UnicodeString latinSpelling(const icu::UnicodeString& word) {
+    bool foreign = false;
+    bool letters = false;
+    bool digits = false;
+    forEach(word, [&](UChar32 c) {
+        UErrorCode status = U_ZERO_ERROR;
+        if (u_isdigit(c) || c == U'|') digits = true;
+        if (!u_isalpha(c)) return;
+        letters = true;
+        foreign = foreign || uscript_getScript(c, &status) != USCRIPT_LATIN;
+    });
+    if (!foreign && !(letters && digits)) return word;
+    icu::UnicodeString spelled = skeleton(icu::UnicodeString(word).foldCase());
+    spelled.findAndReplace(u"rn", u"m").findAndReplace(u"O", u"o");
+    bool latin = true;
+    forEach(spelled, [&](UChar32 c) { latin = latin && c < 0x80 && u_isalpha(c); });
+    return latin ? spelled : word;
+}
+
+}  // namespace
+
+std::string plain(std::string_view text) { return narrow(normalised(*tools().plain, wide(text))); }
+
+std::string folded(std::string_view text) {
+    const auto words = separateWords(normalised(*tools().caseless, wide(text)));
+    if (words.isEmpty()) return "";
+    auto result = withoutMarks(skeleton(words));
+    return narrow(result.foldCase());
+}
+
+std::string unmasked(std::string_view text) {
+    const icu::UnicodeString source = normalised(*tools().plain, wide(text));
+    icu::UnicodeString result;
+    icu::UnicodeString word;
+    forEach(source, [&](UChar32 c) {
+        if (isWordPart(c) || c == U'|') {
+            word.append(c);
+            return;
+        }
+        result.append(latinSpelling(word)).append(c);
+        word.remove();
+    });
+    return narrow(result.append(latinSpelling(word)));
+}
+
+std::string reversed(std::string_view text) {
+    const auto characters = graphemes(text);
+    std::string result;
+    result.reserve(text.size());
+    for (auto it = characters.rbegin(); it != characters.rend(); ++it) result += *it;
+    return result;
+}
+
+}  // namespace tandrel::PaymentGuard

@@ -1,0 +1,171 @@
+#include "payments/wide_screen.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "base/unicode.h"
+#include "payments/folded_text.h"
+#include "payments/guard_patterns.h"
+
+namespace tandrel::PaymentGuard {
+namespace {
+
+constexpr std::size_t kLongestButton = 60;  // bytes for most scripts; twice that for others
+constexpr std::size_t kMostButtonWords = 7;
+constexpr std::size_t kMostCaptionWords = 5;
+constexpr int kLeastOfferWords = 2;
+constexpr double kTinySwipe = 0.03;  // fraction of the screen
+constexpr double kLineGap = 0.9;     // of a line's height, between two lines of one button
+constexpr double kSameHeight = 1.6;  // between two lines of one button
+
+const Regex& sentence() {
+    static const Regex rule(R"([?,;…]|[.!]\s+\p{L}|://|^\S+\.\S+/|@)", Regex::Case::sensitive);
+    return rule;
+}
+
+bool standLikeOneButton(const Label& upper, const Label& lower, double width) {
+    const double height = std::min(upper.height(), lower.height());
+    const double gap = lower.top - upper.bottom;
+    if (height <= 0 || gap < -0.3 * height || gap > kLineGap * height) return false;
+    if (std::max(upper.height(), lower.height()) > kSameHeight * height) return false;
+    const double middles = std::abs((upper.left + upper.right) - (lower.left + lower.right)) / 2;
+    return middles <= 0.03 * width;
+}
+
+Label joinedLabel(const WideScreen& screen, const std::vector<const Label*>& parts) {
+    std::string text;
+    for (const Label* part : parts) text += (text.empty() ? "" : " ") + part->text;
+    Label label = screen.makeLabel(text);
+    label.top = parts.front()->top;
+    label.bottom = parts.back()->bottom;
+    label.left = parts.front()->left;
+    label.right = parts.front()->right;
+    return label;
+}
+
+}  // namespace
+
+bool Label::mayBeButton() const {
+    return phrases.words <= kMostButtonWords && text.size() <= 2 * kLongestButton &&
+           (text.size() <= kLongestButton || graphemeCount(text) <= kLongestButton) &&
+           !phrases.contains(Word::speech) && !sentence().has(withoutAmount);
+}
+
+bool Label::pays() const {
+    return mayBeButton() && !dismisses() &&
+           (phrases.isAll(Word::pay) || phrases.startsWith(Word::payStart));
+}
+
+bool Label::buys() const {
+    if (!mayBeButton() || dismisses()) return false;
+    if (pays() || phrases.startsWith(Word::buy) || phrases.startsWith(Word::pay)) return true;
+    if (phrases.endsWith(Word::pay)) return true;
+    return amount && (phrases.endsWith(Word::buy) || phrases.startsWith(Word::transfer) ||
+                      phrases.endsWith(Word::transfer) || phrases.startsWith(Word::weakBuy) ||
+                      phrases.isAll(Word::commit));
+}
+
+bool Label::dismisses() const { return phrases.isAll(Word::dismiss); }
+
+WideScreen::WideScreen(const std::vector<Line>& lines, FrameSize frame, const Action& action,
+                       const GuardWords& words)
+    : lines_(lines), frame_(frame), action_(action), words_(words) {
+    labels_.reserve(lines.size());
+    for (const auto& line : lines) {
+        Label label = makeLabel(line.text);
+        label.left = line.x;
+        label.right = line.x + line.w;
+        label.top = line.y;
+        label.bottom = line.y + line.h;
+        if (label.amount) {
+            ++amounts_;
+            if (!amount_) amount_ = label.amount;
+        }
+        labels_.push_back(std::move(label));
+    }
+    if (const auto px = x(), py = y(); taps() && px && py) {
+        const double reach = tolerance(frame);
+        for (const auto& label : labels_) {
+            if (label.left - reach <= *px && *px <= label.right + reach &&
+                label.top - reach <= *py && *py <= label.bottom + reach) {
+                hit_.push_back(&label);
+            }
+        }
+        const auto area = [](const Label* l) { return (l->right - l->left) * l->height(); };
+        std::ranges::stable_sort(hit_, {}, area);
+    }
+    judge();
+}
+
+Label WideScreen::makeLabel(const std::string& text) const {
+    Label label;
+    label.text = text;
+    label.plain = plain(text);
+    label.amount = words_.amount(label.plain);
+    label.withoutAmount = label.amount ? words_.withoutAmounts(label.plain) : label.plain;
+    label.phrases = words_.find(folded(label.withoutAmount));
+    return label;
+}
+
+std::vector<Label> WideScreen::joinedLabels() const {
+    std::vector<Label> result;
+    const Label* middle = label();
+    if (!middle) return result;
+    const Label* above = nullptr;
+    const Label* below = nullptr;
+    for (const auto& other : labels_) {
+        if (standLikeOneButton(other, *middle, frame_.width)) above = &other;
+        if (!below && standLikeOneButton(*middle, other, frame_.width)) below = &other;
+    }
+    if (above) result.push_back(joinedLabel(*this, {above, middle}));
+    if (below) result.push_back(joinedLabel(*this, {middle, below}));
+    if (above && below) result.push_back(joinedLabel(*this, {above, middle, below}));
+    return result;
+}
+
+bool WideScreen::taps() const {
+    if (action_.kind == Kind::tap) return true;
+    if (action_.kind != Kind::swipe || !action_.x || !action_.x2) return false;
+    return std::abs(*action_.x2 - *action_.x) < kTinySwipe &&
+           std::abs(action_.y2.value_or(0) - action_.y.value_or(0)) < kTinySwipe;
+}
+
+std::optional<double> WideScreen::x() const {
+    if (!action_.x || !(frame_.width > 0)) return std::nullopt;
+    return *action_.x * frame_.width;
+}
+
+std::optional<double> WideScreen::y() const {
+    if (!action_.y || !(frame_.height > 0)) return std::nullopt;
+    return *action_.y * frame_.height;
+}
+
+bool WideScreen::has(Word kind) const {
+    return std::ranges::any_of(labels_,
+                               [&](const Label& label) { return label.phrases.contains(kind); });
+}
+
+void WideScreen::judge() {
+    bool paying = false;
+    bool slider = false;
+    bool secret = false;
+    int offers = 0;  // that many words which speak of one
+    for (const auto& label : labels_) {
+        const bool isShort = label.phrases.words <= kMostCaptionWords;
+        const bool spoken = label.phrases.contains(Word::speech);
+        if (isShort && !spoken && !label.dismisses() &&
+            (label.phrases.startsWith(Word::money) || label.phrases.isAll(Word::money))) {
+            caption_ = true;
+        }
+        paying = paying || label.pays() || (label.amount && label.buys());
+        slider = slider || label.phrases.contains(Word::slide);
+        secret = secret || (isShort && label.phrases.contains(Word::passcode));
+        const bool offer = label.phrases.contains(Word::offer);
+        const bool hint = label.phrases.contains(Word::offerHint);
+        if (offer || hint) offers += offer && (hint || label.amount) ? 2 : 1;
+    }
+    offer_ = offers >= kLeastOfferWords && amount_;
+    payment_ = slider || (paying && amount_) || (secret && amount_ && caption_);
+}
+
+}  // namespace tandrel::PaymentGuard
