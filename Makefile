@@ -21,7 +21,7 @@ PLAIN = env -i PATH="$$PATH" LANG=C.UTF-8 TERM="$${TERM:-dumb}" HOME="$(CURDIR)/
 CTEST = mkdir -p $(1)/home && $(PLAIN) $(2) ctest --test-dir $(1) --output-on-failure -j2
 
 .PHONY: build run test test-asan test-tsan check format check-format check-house check-man analyze \
-        bench fuzz soak stats install uninstall clean help
+        bench bench-text fuzz soak stats install uninstall clean help
 
 build: ## build both programs into build/bin/
 	@scripts/install-packages.sh build
@@ -77,6 +77,12 @@ bench: ## run every benchmark (BENCH=name picks one room's)
 	@scripts/configure.sh build-bench -DTANDREL_BENCH=ON -DTANDREL_TESTS=OFF
 	@ninja -C build-bench
 	@scripts/bench.sh build-bench/bin "$(BENCH)"
+
+bench-text: ## how right and how fast frames are read (TANDREL_SCREENS names real screenshots)
+	@scripts/install-packages.sh bench
+	@scripts/configure.sh build-bench -DTANDREL_BENCH=ON -DTANDREL_TESTS=OFF
+	@ninja -C build-bench text_table
+	@scripts/bench-text.sh build-bench/bin --details
 
 fuzz: ## run each fuzz target for FUZZ_SECONDS (60), from its corpus (FUZZ=name picks one)
 	@scripts/install-packages.sh check

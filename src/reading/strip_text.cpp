@@ -265,6 +265,19 @@ bool mayMisspellSign(std::string_view text) {
     return false;
 }
 
+namespace {
+
+// Anything beyond ASCII that is no mark is a letter or a currency sign.
+bool isLetterOrDigit(const std::string& character) {
+    constexpr std::array<std::string_view, 12> kMarks = {"©", "®", "°", "»", "«", "—",
+                                                         "–", "‘", "’", "“", "”", "™"};
+    const auto first = static_cast<unsigned char>(character.front());
+    if (first < 0x80) return std::isalnum(first) || first == '$';
+    return std::ranges::find(kMarks, character) == kMarks.end();
+}
+
+}  // namespace
+
 std::string withoutMarks(std::string_view text) {
     constexpr std::array<std::string_view, 8> kTrailing = {" >", ">",  " ›", "›",
                                                            " <", " |", " ~", " &"};
@@ -284,12 +297,7 @@ std::string withoutMarks(std::string_view text) {
             changed = true;
         }
     }
-    const bool hasLetter = std::ranges::any_of(text, [](char c) {
-        const auto byte = static_cast<unsigned char>(c);
-        return std::isalnum(byte) || byte >= 0x80;
-    });
-    constexpr std::array<std::string_view, 8> kSigns = {"©", "®", "°", "»", "«", "—", "‘", "’"};
-    if (!hasLetter || std::ranges::find(kSigns, text) != kSigns.end()) return {};
+    if (std::ranges::none_of(graphemes(text), isLetterOrDigit)) return {};
     return trimmed(text);
 }
 
