@@ -6,7 +6,7 @@
 #include <fmt/format.h>
 
 #include "reading/line_finder.h"
-#include "reading/strip_text.h"
+#include "reading/text_marks.h"
 
 namespace tandrel {
 

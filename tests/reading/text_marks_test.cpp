@@ -1,10 +1,11 @@
-#include "reading/strip_text.h"
+#include "reading/text_marks.h"
 
 #include <ostream>
 
 #include <gtest/gtest.h>
 
 #include "reading/drawn_frame.h"
+#include "reading/ink_check.h"
 #include "reading/line_finder.h"
 
 namespace tandrel {
@@ -30,7 +31,7 @@ TEST_P(CountsPoints, onTheStrip) {
     EXPECT_EQ(contradictsInk(drawnStrip(GetParam().ink), GetParam().text), GetParam().contradicts);
 }
 
-INSTANTIATE_TEST_SUITE_P(StripText, CountsPoints,
+INSTANTIATE_TEST_SUITE_P(TextMarks, CountsPoints,
                          testing::ValuesIn(std::initializer_list<MarksCase>{
                              {"€1.18", "€1.18", false},
                              {"€1.18", "€118", true},
@@ -53,7 +54,7 @@ class StripsMarks : public testing::TestWithParam<EndsCase> {};
 
 TEST_P(StripsMarks, atTheEnds) { EXPECT_EQ(withoutMarks(GetParam().read), GetParam().kept); }
 
-INSTANTIATE_TEST_SUITE_P(StripText, StripsMarks,
+INSTANTIATE_TEST_SUITE_P(TextMarks, StripsMarks,
                          testing::ValuesIn(std::initializer_list<EndsCase>{
                              {"Payment methods >", "Payment methods"},
                              {"< Back", "Back"},
@@ -65,7 +66,7 @@ INSTANTIATE_TEST_SUITE_P(StripText, StripsMarks,
                              {"7", "7"},
                          }));
 
-TEST(StripText, anSBeforeAnAmountMayBeADollarSign) {
+TEST(TextMarks, anSBeforeAnAmountMayBeADollarSign) {
     EXPECT_TRUE(mayMisspellSign("S77.11"));
     EXPECT_TRUE(mayMisspellSign("Total S1,250"));
     EXPECT_FALSE(mayMisspellSign("Model S22"));
