@@ -24,7 +24,7 @@ CTEST = mkdir -p $(1)/home && $(PLAIN) $(2) ctest --test-dir $(1) --output-on-fa
 .NOTPARALLEL:
 
 .PHONY: build run test test-asan test-tsan check format check-format check-house check-man analyze \
-        bench fuzz soak stats install uninstall clean help
+        bench bench-text fuzz soak stats install uninstall clean help
 
 build: ## build both programs into build/bin/
 	@scripts/install-packages.sh build
@@ -80,6 +80,12 @@ bench: ## run every benchmark (BENCH=name picks one room's)
 	@scripts/configure.sh build-bench -DTANDREL_BENCH=ON -DTANDREL_TESTS=OFF
 	@ninja -C build-bench
 	@scripts/bench.sh build-bench/bin "$(BENCH)"
+
+bench-text: ## how right and how fast frames are read (TANDREL_SCREENS names real screenshots)
+	@scripts/install-packages.sh bench
+	@scripts/configure.sh build-bench -DTANDREL_BENCH=ON -DTANDREL_TESTS=OFF
+	@ninja -C build-bench text_table
+	@scripts/bench-text.sh build-bench/bin --details
 
 fuzz: ## run each fuzz target for FUZZ_SECONDS (60), from its corpus (FUZZ=name picks one)
 	@scripts/install-packages.sh check

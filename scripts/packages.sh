@@ -18,6 +18,7 @@ build="
 "
 bench="
     libbenchmark-dev libmicrohttpd-dev libswscale-dev
+    fonts-dejavu-core fonts-liberation fonts-noto-core
 "
 check="
     $bench

@@ -6,8 +6,6 @@ namespace tandrel {
 
 namespace {
 
-// Grey levels between ink and background from which on an edge counts.
-constexpr int kEdgeContrast = 30;
 // From these widths on a phone's screen has three or two pixels a point, below them one.
 constexpr int kTripleDensityWidth = 1000;
 constexpr int kDoubleDensityWidth = 500;
@@ -17,60 +15,87 @@ int pixelsPerPoint(int width) {
     return width >= kDoubleDensityWidth ? 2 : 1;
 }
 
-struct Extremes {
-    std::vector<std::uint8_t> low;
-    std::vector<std::uint8_t> high;
-};
-
-// The darkest and brightest pixel of every cell.
-Extremes cellExtremes(const GrayFrame& frame, const ContrastCells& cells) {
-    const std::size_t count = static_cast<std::size_t>(cells.columns) * cells.rows;
-    Extremes result{std::vector<std::uint8_t>(count), std::vector<std::uint8_t>(count)};
-    const int width = cells.columns * cells.cellPixels;
-    std::vector<std::uint8_t> low(width), high(width);
-    for (int y = 0; y < cells.rows; ++y) {
-        std::fill(low.begin(), low.end(), 255);
-        std::fill(high.begin(), high.end(), 0);
-        for (int line = 0; line < cells.cellPixels; ++line) {
-            const std::uint8_t* pixels = frame.row(y * cells.cellPixels + line);
-            for (int x = 0; x < width; ++x) {
-                low[x] = std::min(low[x], pixels[x]);
-                high[x] = std::max(high[x], pixels[x]);
-            }
+// The smallest and largest of each `kSize` neighbours.
+template <int kSize>
+void reduce(const std::uint8_t* low, const std::uint8_t* high, int count, std::uint8_t* darkest,
+            std::uint8_t* brightest) {
+    for (int x = 0; x < count; ++x, low += kSize, high += kSize) {
+        std::uint8_t least = low[0], most = high[0];
+        for (int i = 1; i < kSize; ++i) {
+            least = std::min(least, low[i]);
+            most = std::max(most, high[i]);
         }
-        for (int x = 0; x < cells.columns; ++x) {
-            const auto first = static_cast<std::ptrdiff_t>(x) * cells.cellPixels;
-            const std::size_t cell = static_cast<std::size_t>(y) * cells.columns + x;
-            result.low[cell] =
-                *std::min_element(low.begin() + first, low.begin() + first + cells.cellPixels);
-            result.high[cell] =
-                *std::max_element(high.begin() + first, high.begin() + first + cells.cellPixels);
-        }
+        darkest[x] = least;
+        brightest[x] = most;
     }
-    return result;
 }
 
 }  // namespace
 
-ContrastCells markContrast(const GrayFrame& frame) {
-    ContrastCells cells;
-    cells.cellPixels = pixelsPerPoint(frame.width());
-    cells.columns = frame.width() / cells.cellPixels;
-    cells.rows = frame.height() / cells.cellPixels;
-    cells.marked.assign(static_cast<std::size_t>(cells.columns) * cells.rows, 0);
-    const Extremes extremes = cellExtremes(frame, cells);
-    for (int y = 0; y + 1 < cells.rows; ++y) {
-        for (int x = 0; x + 1 < cells.columns; ++x) {
-            const std::size_t at = static_cast<std::size_t>(y) * cells.columns + x;
-            const std::size_t below = at + cells.columns;
-            const auto& low = extremes.low;
-            const auto& high = extremes.high;
-            const int darkest = std::min({low[at], low[at + 1], low[below], low[below + 1]});
-            const int brightest = std::max({high[at], high[at + 1], high[below], high[below + 1]});
-            cells.marked[at] = brightest - darkest >= kEdgeContrast;
+ContrastCells::ContrastCells(int width, int height)
+    : cellPixels_(pixelsPerPoint(width)),
+      columns_(width / cellPixels_),
+      rows_(height / cellPixels_),
+      darkest_(at(rows_)),
+      brightest_(at(rows_)),
+      marked_(at(rows_)),
+      low_(static_cast<std::size_t>(columns_) * cellPixels_),
+      high_(low_.size()) {}
+
+void ContrastCells::update(const GrayFrame& frame, const ChangedRows& changed) {
+    auto isChanged = [&](int row) {
+        return row < rows_ && changed.any(row * cellPixels_, (row + 1) * cellPixels_);
+    };
+    for (int row = 0; row < rows_; ++row) {
+        if (isChanged(row)) measureRow(frame, row);
+    }
+    for (int row = 0; row + 1 < rows_; ++row) {
+        if (isChanged(row) || isChanged(row + 1)) markRow(row);
+    }
+}
+
+void ContrastCells::measureRow(const GrayFrame& frame, int row) {
+    std::ranges::fill(low_, std::uint8_t{255});
+    std::ranges::fill(high_, std::uint8_t{0});
+    const int width = columns_ * cellPixels_;
+    std::uint8_t* low = low_.data();
+    std::uint8_t* high = high_.data();
+    for (int line = 0; line < cellPixels_; ++line) {
+        const std::uint8_t* pixels = frame.row(row * cellPixels_ + line);
+        for (int x = 0; x < width; ++x) {
+            low[x] = std::min(low[x], pixels[x]);
+            high[x] = std::max(high[x], pixels[x]);
         }
     }
-    return cells;
+    std::uint8_t* darkest = darkest_.data() + at(row);
+    std::uint8_t* brightest = brightest_.data() + at(row);
+    switch (cellPixels_) {
+        case 1:
+            return reduce<1>(low, high, columns_, darkest, brightest);
+        case 2:
+            return reduce<2>(low, high, columns_, darkest, brightest);
+        default:
+            return reduce<3>(low, high, columns_, darkest, brightest);
+    }
+}
+
+void ContrastCells::markRow(int row) {
+    const std::uint8_t* low = darkest_.data() + at(row);
+    const std::uint8_t* lowBelow = darkest_.data() + at(row + 1);
+    const std::uint8_t* high = brightest_.data() + at(row);
+    const std::uint8_t* highBelow = brightest_.data() + at(row + 1);
+    for (int x = 0; x < columns_; ++x) {
+        low_[x] = std::min(low[x], lowBelow[x]);
+        high_[x] = std::max(high[x], highBelow[x]);
+    }
+    std::uint8_t* marked = marked_.data() + at(row);
+    const std::uint8_t* least = low_.data();
+    const std::uint8_t* most = high_.data();
+    for (int x = 0; x + 1 < columns_; ++x) {
+        const int darkest = std::min(least[x], least[x + 1]);
+        const int brightest = std::max(most[x], most[x + 1]);
+        marked[x] = brightest - darkest >= kEdgeContrast;
+    }
 }
 
 }  // namespace tandrel

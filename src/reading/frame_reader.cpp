@@ -5,8 +5,7 @@
 
 #include <fmt/format.h>
 
-#include "reading/line_finder.h"
-#include "reading/strip_text.h"
+#include "reading/text_marks.h"
 
 namespace tandrel {
 
@@ -16,6 +15,8 @@ namespace {
 constexpr Duration kTimeToRead = std::chrono::milliseconds(1700);
 // As many phones as may show a still picture at the same time.
 constexpr std::size_t kMostFrames = 4;
+// A screen has 2 to 4 million.
+constexpr std::int64_t kMostPixelsKept = 8'000'000;
 // Below this nearly everything is an icon or a texture; figures are kept however unsure, so that
 // nothing that may be an amount is lost.
 constexpr double kLeastConfidence = 0.3;
@@ -47,10 +48,30 @@ UnreadArea unreadAreaOf(const PixelBox& box) {
             static_cast<double>(box.width()), static_cast<double>(box.height())};
 }
 
+ChangedRows changedRows(const std::vector<RowSum>& before, const std::vector<RowSum>& now) {
+    std::vector<bool> changed(now.size(), true);
+    for (std::size_t y = 0; y < std::min(before.size(), now.size()); ++y) {
+        changed[y] = before[y] != now[y];
+    }
+    return ChangedRows(changed);
+}
+
 }  // namespace
+
+// A frame that was read lately, with all that helps to read the next one of the same phone.
+struct FrameReader::SeenFrame {
+    SeenFrame(int width, int height) : gray(width, height), finder(width, height) {}
+
+    std::vector<RowSum> rows;  // empty until something was read
+    GrayFrame gray;
+    LineFinder finder;
+    std::optional<ReadText> text;  // none if some of it was not read
+};
 
 FrameReader::FrameReader(std::unique_ptr<StripReader> strips, Clock& clock)
     : strips_(std::move(strips)), clock_(clock) {}
+
+FrameReader::~FrameReader() = default;
 
 Result<ReadText> FrameReader::read(const PixelBuffer& image) {
     if (!image) return fail("There is no image to read.");
@@ -58,38 +79,71 @@ Result<ReadText> FrameReader::read(const PixelBuffer& image) {
         return fail(fmt::format("An image of {} x {} pixels is too large to read.", image.width(),
                                 image.height()));
     }
-    const PictureHash hash = hashOf(image);
-    {
-        MutexLock lock(mutex_);
-        for (const auto& [known, text] : frames_) {
-            if (known == hash) return text;
-        }
-    }
-    ReadText text = TRY(readChanged(image));
-    if (text.unread.empty()) {
-        MutexLock lock(mutex_);
-        frames_.emplace_front(hash, text);
-        if (frames_.size() > kMostFrames) frames_.pop_back();
-    }
+    const TimePoint deadline = clock_.now() + kTimeToRead;
+    auto rows = rowSumsOf(image);
+    if (auto known = findText(rows)) return *std::move(known);
+    Seen seen = takeLike(image, rows);
+    const ChangedRows changed = changedRows(seen->rows, rows);
+    seen->gray.update(image, changed);
+    const auto lines = seen->finder.find(seen->gray, changed);
+    seen->rows = std::move(rows);
+    auto text = readLines(seen->gray, lines, deadline);
+    seen->text.reset();
+    if (text && text->unread.empty()) seen->text = *text;
+    giveBack(std::move(seen));
     return text;
 }
 
-Result<ReadText> FrameReader::readChanged(const PixelBuffer& image) {
-    const TimePoint deadline = clock_.now() + kTimeToRead;
-    const GrayFrame frame = GrayFrame::from(image);
-    const std::vector<TextLine> found = findLines(frame);
-    std::vector<Ink> lines;
-    for (const TextLine& line : found) lines.push_back(line.ink);
+std::optional<ReadText> FrameReader::findText(const std::vector<RowSum>& rows) {
+    MutexLock lock(mutex_);
+    for (const Seen& frame : frames_) {
+        if (frame->text && frame->rows == rows) return frame->text;
+    }
+    return std::nullopt;
+}
+
+FrameReader::Seen FrameReader::takeLike(const PixelBuffer& image, const std::vector<RowSum>& rows) {
+    MutexLock lock(mutex_);
+    auto most = frames_.end();
+    // Less than this in common, and it may be another phone's frame, which is worth keeping.
+    auto mostAlike = static_cast<std::ptrdiff_t>(rows.size() / 4);
+    for (auto at = frames_.begin(); at != frames_.end(); ++at) {
+        const SeenFrame& frame = **at;
+        if (frame.gray.width() != image.width() || frame.rows.size() != rows.size()) continue;
+        std::ptrdiff_t alike = 0;
+        for (std::size_t y = 0; y < rows.size(); ++y) alike += frame.rows[y] == rows[y];
+        if (alike <= mostAlike) continue;
+        mostAlike = alike;
+        most = at;
+    }
+    if (most == frames_.end()) return std::make_unique<SeenFrame>(image.width(), image.height());
+    Seen frame = std::move(*most);
+    frames_.erase(most);
+    return frame;
+}
+
+void FrameReader::giveBack(Seen frame) {
+    // Frames far larger than a screen are not worth their memory.
+    if (std::int64_t{frame->gray.width()} * frame->gray.height() > kMostPixelsKept) return;
+    MutexLock lock(mutex_);
+    frames_.push_front(std::move(frame));
+    if (frames_.size() > kMostFrames) frames_.pop_back();
+}
+
+Result<ReadText> FrameReader::readLines(const GrayFrame& frame, const std::vector<TextLine>& lines,
+                                        TimePoint deadline) {
+    std::vector<Ink> inks;
+    for (const TextLine& line : lines) inks.push_back(line.ink);
     LineReader reader(*strips_, memory_, work_, clock_);
-    const auto readings = TRY(reader.read(frame, lines, deadline));
+    const auto readings = TRY(reader.read(frame, inks, deadline));
     ReadText result;
     for (std::size_t i = 0; i < lines.size(); ++i) {
         if (!readings[i].wasRead) {
-            result.unread.push_back(unreadAreaOf(lines[i].box));
+            result.unread.push_back(unreadAreaOf(inks[i].box));
             continue;
         }
-        TextRecord record = recordOf(readings[i].text, lines[i].box);
-        if (isWorthTelling(record, found[i])) result.records.push_back(std::move(record));
+        TextRecord record = recordOf(readings[i].text, inks[i].box);
+        if (isWorthTelling(record, lines[i])) result.records.push_back(std::move(record));
     }
     return result;
 }

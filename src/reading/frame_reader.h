@@ -2,10 +2,12 @@
 
 #include <deque>
 #include <memory>
-#include <utility>
+#include <optional>
+#include <vector>
 
 #include "base/clock.h"
 #include "platform/text_recognizer.h"
+#include "reading/line_finder.h"
 #include "reading/line_reading.h"
 
 namespace tandrel {
@@ -16,18 +18,27 @@ class FrameReader : public TextRecognizer {
  public:
     // `clock` must outlive the reader.
     FrameReader(std::unique_ptr<StripReader> strips, Clock& clock);
+    ~FrameReader() override;
 
     Result<ReadText> read(const PixelBuffer& image) override;
 
  private:
-    Result<ReadText> readChanged(const PixelBuffer& image);
+    struct SeenFrame;
+    using Seen = std::unique_ptr<SeenFrame>;
+
+    // The text of the same picture if it was read before.
+    std::optional<ReadText> findText(const std::vector<RowSum>& rows);
+    // The frame that is most like the picture, taken out of memory; a new one if none is.
+    Seen takeLike(const PixelBuffer& image, const std::vector<RowSum>& rows);
+    void giveBack(Seen frame);
+    Result<ReadText> readLines(const GrayFrame& frame, const std::vector<TextLine>& lines,
+                               TimePoint deadline);
 
     const std::unique_ptr<StripReader> strips_;
     Clock& clock_;
     StripMemory memory_;
     Mutex mutex_;
-    // The last frames that were read in full, the latest first.
-    std::deque<std::pair<PictureHash, ReadText>> frames_ OWNED_BY(mutex_);
+    std::deque<Seen> frames_ OWNED_BY(mutex_);  // the latest first
     SharedWork work_{"tandrel.reading"};
 };
 

@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "base/pixel_buffer.h"
+#include "reading/changed_rows.h"
 #include "reading/pixel_box.h"
 
 namespace tandrel {
@@ -17,6 +18,8 @@ class GrayFrame {
 
     // Rec. 601 luma of every pixel.
     static GrayFrame from(const PixelBuffer& image);
+    // The same for the changed rows alone; the image has this frame's size.
+    void update(const PixelBuffer& image, const ChangedRows& changed);
 
     int width() const { return width_; }
     int height() const { return height_; }

@@ -29,6 +29,9 @@ struct Kernels {
     void (*convolve)(const PackedMatrix& matrix, const std::int8_t* image, int steps,
                      std::int8_t* output);
 
+    // Rec. 601 luma, in 1/128, of `count` pixels of blue, green, red and a byte left out.
+    void (*toGray)(const std::uint8_t* pixels, int count, std::uint8_t* gray);
+
     static constexpr int kColumnBytes = 48;
     static constexpr int kPool = 3;
     static constexpr int kPooledRows = 12;

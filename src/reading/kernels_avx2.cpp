@@ -168,7 +168,34 @@ void convolve(const PackedMatrix& matrix, const std::int8_t* image, int steps,
     }
 }
 
-constexpr Kernels kKernels{"AVX2", multiply, lstmCell, convolve};
+// Eight pixels: products of neighbouring bytes are added twice over.
+inline __m256i grayOfEight(const std::uint8_t* pixels) {
+    const __m256i weights = _mm256_set1_epi32(0x00264b0f);  // 15, 75, 38, 0
+    const __m256i bytes = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(pixels));
+    const __m256i sums =
+        _mm256_madd_epi16(_mm256_maddubs_epi16(bytes, weights), _mm256_set1_epi16(1));
+    return _mm256_srli_epi32(sums, 7);
+}
+
+void toGray(const std::uint8_t* pixels, int count, std::uint8_t* gray) {
+    const __m256i order = _mm256_setr_epi32(0, 4, 1, 5, 2, 6, 3, 7);
+    int i = 0;
+    for (; i + 32 <= count; i += 32, pixels += 128) {
+        const __m256i first = _mm256_packs_epi32(grayOfEight(pixels), grayOfEight(pixels + 32));
+        const __m256i second =
+            _mm256_packs_epi32(grayOfEight(pixels + 64), grayOfEight(pixels + 96));
+        // The packing goes by halves of a register, which the permutation puts in order.
+        const __m256i packed =
+            _mm256_permutevar8x32_epi32(_mm256_packus_epi16(first, second), order);
+        _mm256_storeu_si256(reinterpret_cast<__m256i*>(gray + i), packed);
+    }
+    for (; i < count; ++i, pixels += 4) {
+        gray[i] =
+            static_cast<std::uint8_t>((pixels[0] * 15 + pixels[1] * 75 + pixels[2] * 38) >> 7);
+    }
+}
+
+constexpr Kernels kKernels{"AVX2", multiply, lstmCell, convolve, toGray};
 
 }  // namespace
 

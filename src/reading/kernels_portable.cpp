@@ -86,7 +86,14 @@ void convolve(const PackedMatrix& matrix, const std::int8_t* image, int steps,
     }
 }
 
-constexpr Kernels kKernels{"portable", multiply, lstmCell, convolve};
+void toGray(const std::uint8_t* pixels, int count, std::uint8_t* gray) {
+    for (int i = 0; i < count; ++i, pixels += 4) {
+        gray[i] =
+            static_cast<std::uint8_t>((pixels[0] * 15 + pixels[1] * 75 + pixels[2] * 38) >> 7);
+    }
+}
+
+constexpr Kernels kKernels{"portable", multiply, lstmCell, convolve, toGray};
 
 }  // namespace
 

@@ -1,7 +1,10 @@
 #include "reading/line_finder.h"
 
+#include <algorithm>
+#include <cstdlib>
+#include <span>
+
 #include "reading/components.h"
-#include "reading/contrast_cells.h"
 #include "reading/line_joiner.h"
 #include "reading/line_trimmer.h"
 #include "reading/picture_text.h"
@@ -13,8 +16,6 @@ namespace {
 // All lengths are in cells of about one point.
 constexpr int kTallestGlyph = 110;
 constexpr int kShortestLine = 5;
-// Grey levels between ink and paper.
-constexpr int kEdgeContrast = 30;
 
 // A rule between rows, a thin vertical line, a speck, or something too tall for a line of text.
 bool isNoGlyph(const Component& part) {
@@ -60,34 +61,97 @@ bool isLineShaped(const PixelBox& line) {
     return line.height() >= kShortestLine && line.width() * 5 >= line.height();
 }
 
+std::vector<TextLine> linesIn(const GrayFrame& frame, const PixelBox& area) {
+    std::vector<TextLine> lines;
+    if (const auto ink = findInk(frame, area)) {
+        for (const Ink& trimmed : withoutIcons(frame, *ink)) lines.push_back({trimmed, false});
+    }
+    return lines;
+}
+
+// The areas that lie in no other one.
+std::vector<PixelBox> outermost(std::vector<PixelBox> areas) {
+    std::ranges::sort(areas, std::ranges::greater{},
+                      [](const PixelBox& box) { return std::int64_t{box.width()} * box.height(); });
+    std::vector<PixelBox> result;
+    for (const PixelBox& area : areas) {
+        if (std::ranges::none_of(result, [&](const auto& box) { return box.contains(area); })) {
+            result.push_back(area);
+        }
+    }
+    return result;
+}
+
+std::uint64_t keyOf(const PixelBox& area) {
+    return static_cast<std::uint64_t>(area.top) << 32 | static_cast<std::uint32_t>(area.left);
+}
+
+// Two findings of the same text are one; the first counts.
+bool isKnown(const TextLine& line, std::span<const TextLine> lines) {
+    return std::ranges::any_of(lines, [&](const TextLine& other) {
+        const PixelBox& box = line.ink.box;
+        const PixelBox shared = box.intersected(other.ink.box);
+        return !shared.empty() && std::int64_t{2} * shared.width() * shared.height() >
+                                      std::int64_t{box.width()} * box.height();
+    });
+}
+
 }  // namespace
 
-std::vector<TextLine> findLines(const GrayFrame& frame) {
-    const ContrastCells cells = markContrast(frame);
+template <typename Find>
+const std::vector<TextLine>& LineFinder::findIn(const PixelBox& area, const ChangedRows& changed,
+                                                Memory& before, Memory& now, Find&& find) {
+    Found& found = now[keyOf(area)];
+    const auto old = before.find(keyOf(area));
+    if (old != before.end() && old->second.area == area && !changed.any(area.top, area.bottom)) {
+        found = std::move(old->second);
+        before.erase(old);
+    } else {
+        found = {area, find()};
+    }
+    return found.lines;
+}
+
+std::vector<TextLine> LineFinder::find(const GrayFrame& frame, const ChangedRows& changed) {
+    cells_.update(frame, changed);
+    const int scale = cells_.cellPixels();
     std::vector<PixelBox> parts, pictures;
     for (const Component& part :
-         connectedComponents(cells.marked.data(), cells.columns, cells.rows)) {
+         connectedComponents(cells_.marked(), cells_.columns(), cells_.rows())) {
+        const PixelBox pixels = inPixels(part.box, scale, frame);
         if (part.box.height() > kTallestGlyph) {
-            pictures.push_back(inPixels(part.box, cells.cellPixels, frame));
-        } else if (!isNoGlyph(part) &&
-                   (!isOutline(part) ||
-                    hasLetterStroke(frame, inPixels(part.box, cells.cellPixels, frame)))) {
+            pictures.push_back(pixels);
+        } else if (!isNoGlyph(part) && (!isOutline(part) || hasLetterStroke(frame, pixels))) {
             parts.push_back(part.box);
         }
     }
     std::vector<TextLine> lines;
-    for (const JoinedLine& line : joinIntoLines(std::move(parts), cells.rows)) {
+    Memory newLines, newPictures;
+    for (const JoinedLine& line : joinIntoLines(std::move(parts), cells_.rows())) {
         if (!isLineShaped(line.box)) continue;
-        const auto ink = findInk(frame, inPixels(line.box, cells.cellPixels, frame));
-        if (!ink) continue;
-        for (const Ink& trimmed : withoutIcons(frame, *ink)) lines.push_back({trimmed, false});
+        const PixelBox area = inPixels(line.box, scale, frame);
+        const auto& found =
+            findIn(area, changed, lines_, newLines, [&] { return linesIn(frame, area); });
+        lines.insert(lines.end(), found.begin(), found.end());
     }
-    addPictureText(frame, pictures, cells.cellPixels, lines);
+    for (const PixelBox& picture : outermost(std::move(pictures))) {
+        const auto& found = findIn(picture, changed, pictures_, newPictures,
+                                   [&] { return findPictureText(frame, picture, scale); });
+        for (const TextLine& line : found) {
+            if (!isKnown(line, lines)) lines.push_back(line);
+        }
+    }
+    lines_ = std::move(newLines);
+    pictures_ = std::move(newPictures);
     std::ranges::stable_sort(lines, [](const TextLine& a, const TextLine& b) {
         const PixelBox &first = a.ink.box, &second = b.ink.box;
         return first.top != second.top ? first.top < second.top : first.left < second.left;
     });
     return lines;
+}
+
+std::vector<TextLine> findLines(const GrayFrame& frame) {
+    return LineFinder(frame.width(), frame.height()).find(frame, ChangedRows::all(frame.height()));
 }
 
 }  // namespace tandrel

@@ -3,7 +3,8 @@
 #include <array>
 #include <atomic>
 
-#include "reading/strip_text.h"
+#include "reading/ink_check.h"
+#include "reading/text_marks.h"
 
 namespace tandrel {
 

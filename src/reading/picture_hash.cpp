@@ -9,68 +9,73 @@ namespace tandrel {
 
 namespace {
 
-struct Secrets {
-    std::array<std::uint64_t, 4> start;
-    std::array<std::uint64_t, 2> factor;  // odd
-};
+__extension__ using Wide = unsigned __int128;
 
-const Secrets& secrets() {
-    static const Secrets drawn = [] {
+constexpr std::size_t kLanes = 4;
+constexpr std::size_t kLaneBytes = 16;
+constexpr std::size_t kBlockBytes = kLanes * kLaneBytes;
+using Words = std::array<std::uint64_t, 2 * kLanes>;
+
+const Words& secrets() {
+    static const Words drawn = [] {
         std::random_device device;
-        auto word = [&] { return (std::uint64_t{device()} << 32) | device(); };
-        Secrets made{};
-        for (auto& value : made.start) value = word();
-        for (auto& value : made.factor) value = word() | 1;
+        Words made{};
+        for (auto& value : made) value = (std::uint64_t{device()} << 32) | device();
         return made;
     }();
     return drawn;
 }
 
-std::uint64_t wordAt(const std::uint8_t* bytes) {
-    std::uint64_t word;
-    std::memcpy(&word, bytes, sizeof word);
-    return word;
-}
-
-// Two lanes for each of the two sums keep the multipliers busy.
+// Each lane multiplies two words, met with its state, to twice their width and keeps both halves;
+// several lanes keep the multiplier busy.
 class Mixer {
  public:
-    Mixer() : lanes_(secrets().start), factor_(secrets().factor) {}
-
     void add(const std::uint8_t* bytes, std::size_t count) {
-        for (; count >= 16; bytes += 16, count -= 16) mix(wordAt(bytes), wordAt(bytes + 8));
-        std::array<std::uint8_t, 16> rest{};
+        for (; count >= kBlockBytes; bytes += kBlockBytes, count -= kBlockBytes) addBlock(bytes);
+        if (count == 0) return;
+        std::array<std::uint8_t, kBlockBytes> rest{};
         std::memcpy(rest.data(), bytes, count);
-        if (count) mix(wordAt(rest.data()), wordAt(rest.data() + 8));
+        addBlock(rest.data());
     }
 
-    std::uint64_t first() const { return finished(lanes_[0], lanes_[1]); }
-    std::uint64_t second() const { return finished(lanes_[2], lanes_[3]); }
+    RowSum sum() const {
+        Words words = state_;
+        for (std::size_t lane = 1; lane < kLanes; ++lane) {
+            mix(words[0], words[1], words[2 * lane], words[2 * lane + 1]);
+        }
+        mix(words[0], words[1], secrets()[2], secrets()[5]);
+        return {words[0], words[1]};
+    }
 
  private:
-    void mix(std::uint64_t a, std::uint64_t b) {
-        lanes_[0] = std::rotl((lanes_[0] ^ a) * factor_[0], 29);
-        lanes_[1] = std::rotl((lanes_[1] ^ b) * factor_[0], 29);
-        lanes_[2] = std::rotl((lanes_[2] + a) * factor_[1], 37);
-        lanes_[3] = std::rotl((lanes_[3] + b) * factor_[1], 37);
+    void addBlock(const std::uint8_t* bytes) {
+        Words words;
+        std::memcpy(words.data(), bytes, kBlockBytes);
+        for (std::size_t lane = 0; lane < kLanes; ++lane) {
+            mix(state_[2 * lane], state_[2 * lane + 1], words[2 * lane], words[2 * lane + 1]);
+        }
     }
-    static std::uint64_t finished(std::uint64_t a, std::uint64_t b) {
-        std::uint64_t sum = (a ^ std::rotl(b, 32)) * 0xff51afd7ed558ccdULL;
-        sum ^= sum >> 33;
-        return sum * 0xc4ceb9fe1a85ec53ULL ^ b;
+    static void mix(std::uint64_t& first, std::uint64_t& second, std::uint64_t a, std::uint64_t b) {
+        const Wide product = Wide{a ^ first} * (b ^ second);
+        // Adding the words too keeps a product with zero from forgetting them.
+        first = static_cast<std::uint64_t>(product) + std::rotl(b, 23);
+        second = static_cast<std::uint64_t>(product >> 64) ^ std::rotl(first + a, 41);
     }
 
-    std::array<std::uint64_t, 4> lanes_;
-    const std::array<std::uint64_t, 2> factor_;
+    Words state_ = secrets();
 };
 
 }  // namespace
 
-PictureHash hashOf(const PixelBuffer& image) {
-    Mixer mixer;
+std::vector<RowSum> rowSumsOf(const PixelBuffer& image) {
+    std::vector<RowSum> sums;
     const auto rowSize = static_cast<std::size_t>(image.width()) * PixelBuffer::kBytesPerPixel;
-    for (int y = 0; y < image.height(); ++y) mixer.add(image.row(y), rowSize);
-    return {image.width(), image.height(), mixer.first(), mixer.second()};
+    for (int y = 0; y < image.height(); ++y) {
+        Mixer mixer;
+        mixer.add(image.row(y), rowSize);
+        sums.push_back(mixer.sum());
+    }
+    return sums;
 }
 
 PictureHash hashOf(const GrayFrame& frame, const Ink& ink) {
@@ -82,7 +87,8 @@ PictureHash hashOf(const GrayFrame& frame, const Ink& ink) {
     const std::array levels = {static_cast<std::uint8_t>(ink.paper),
                                static_cast<std::uint8_t>(ink.level)};
     mixer.add(levels.data(), levels.size());
-    return {ink.box.width(), ink.box.height(), mixer.first(), mixer.second()};
+    const RowSum sum = mixer.sum();
+    return {ink.box.width(), ink.box.height(), sum.first, sum.second};
 }
 
 }  // namespace tandrel

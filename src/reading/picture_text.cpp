@@ -46,13 +46,6 @@ bool isTextLike(const JoinedLine& line) {
            line.box.width() >= line.box.height() && line.box.height() <= 3 * middle;
 }
 
-bool isKnown(const PixelBox& box, std::span<const TextLine> lines) {
-    return std::ranges::any_of(lines, [&](const TextLine& line) {
-        const PixelBox shared = box.intersected(line.ink.box);
-        return !shared.empty() && 2 * shared.width() * shared.height() > box.width() * box.height();
-    });
-}
-
 void addAtLevel(const GrayFrame& frame, const PixelBox& area, Level level, int pixelsPerPoint,
                 std::vector<TextLine>& lines) {
     const auto mask = maskOf(frame, area, level);
@@ -80,7 +73,7 @@ void addAtLevel(const GrayFrame& frame, const PixelBox& area, Level level, int p
                      area.left + line.box.right * pixelsPerPoint,
                      area.top + line.box.bottom * pixelsPerPoint};
         box = box.intersected(area);
-        if (box.empty() || isKnown(box, lines)) continue;
+        if (box.empty()) continue;
         const int ink = white ? 255 : kNearlyBlack / 2;
         lines.push_back({{box, white ? ink - kSoftEdge : ink + kSoftEdge, ink}, true});
     }
@@ -88,20 +81,12 @@ void addAtLevel(const GrayFrame& frame, const PixelBox& area, Level level, int p
 
 }  // namespace
 
-void addPictureText(const GrayFrame& frame, std::span<const PixelBox> pictures, int pixelsPerPoint,
-                    std::vector<TextLine>& lines) {
-    std::vector<PixelBox> largest(pictures.begin(), pictures.end());
-    std::ranges::sort(largest, std::ranges::greater{},
-                      [](const PixelBox& box) { return std::int64_t{box.width()} * box.height(); });
-    std::vector<PixelBox> done;
-    for (const PixelBox& picture : largest) {
-        if (std::ranges::any_of(done, [&](const auto& box) { return box.contains(picture); })) {
-            continue;
-        }
-        addAtLevel(frame, picture, Level::kWhite, pixelsPerPoint, lines);
-        addAtLevel(frame, picture, Level::kBlack, pixelsPerPoint, lines);
-        done.push_back(picture);
-    }
+std::vector<TextLine> findPictureText(const GrayFrame& frame, const PixelBox& area,
+                                      int pixelsPerPoint) {
+    std::vector<TextLine> lines;
+    addAtLevel(frame, area, Level::kWhite, pixelsPerPoint, lines);
+    addAtLevel(frame, area, Level::kBlack, pixelsPerPoint, lines);
+    return lines;
 }
 
 }  // namespace tandrel

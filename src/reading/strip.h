@@ -14,6 +14,9 @@ struct Strip {
     int columns = 0;
     std::vector<std::uint8_t> pixels;  // kRows rows of `columns` bytes
 
+    // Whether a pixel is clearly part of a letter.
+    static bool isInk(std::uint8_t pixel) { return pixel < 170; }
+
     const std::uint8_t* row(int y) const { return &pixels[static_cast<std::size_t>(y) * columns]; }
     std::uint8_t* row(int y) { return &pixels[static_cast<std::size_t>(y) * columns]; }
 };

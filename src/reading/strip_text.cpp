@@ -2,12 +2,10 @@
 
 #include <algorithm>
 #include <array>
-#include <cctype>
 #include <cmath>
-#include <cstring>
 
-#include "base/unicode.h"
-#include "reading/components.h"
+#include "reading/text_marks.h"
+#include "reading/word_gaps.h"
 
 namespace tandrel {
 
@@ -17,71 +15,13 @@ namespace {
 constexpr double kSpaceGap = 0.30;
 // Figures have wide bearings where they stand in columns, above all "1".
 constexpr double kFigureGap = 0.6;
-constexpr std::uint8_t kInkBelow = 170;
 // Letters of real words at screen quality are nearly always above this.
 constexpr double kSureLetter = 0.75;
 constexpr int kMostIconLetters = 3;
 
-// Columns without ink between two with ink.
-struct Gap {
-    int begin = 0;
-    int end = 0;
-};
-
-// The gaps as wide as a space.
-std::vector<Gap> wideGaps(const Strip& strip) {
-    std::vector<bool> inked(static_cast<std::size_t>(strip.columns));
-    int top = Strip::kRows, bottom = 0;
-    for (int y = 0; y < Strip::kRows; ++y) {
-        const std::uint8_t* row = strip.row(y);
-        for (int x = 0; x < strip.columns; ++x) {
-            if (row[x] >= kInkBelow) continue;
-            inked[x] = true;
-            top = std::min(top, y);
-            bottom = y + 1;
-        }
-    }
-    const double leastSpace = kSpaceGap * std::max(1, bottom - top);
-    std::vector<Gap> gaps;
-    int run = 0;
-    for (int x = 0; x < strip.columns; ++x) {
-        if (inked[x] && run < x && run >= leastSpace) gaps.push_back({x - run, x});
-        run = inked[x] ? 0 : run + 1;
-    }
-    return gaps;
-}
-
-// For each letter whether it follows a wide gap in which the network found no space.
-std::vector<bool> followsGap(const Strip& strip, std::span<const FoundLetter> found,
-                             std::span<const std::string> letters) {
-    // Columns by which the network's places may be off.
-    constexpr int kEarly = 9, kNear = 6;
-    auto columnOf = [](const FoundLetter& at) {
-        return at.step * StripScores::kColumnsPerStep + StripScores::kColumnsPerStep / 2;
-    };
-    std::vector<bool> follows(found.size());
-    for (const Gap& gap : wideGaps(strip)) {
-        const bool hasSpace = std::ranges::any_of(found, [&](const FoundLetter& at) {
-            return letters[static_cast<std::size_t>(at.letter)] == " " &&
-                   columnOf(at) >= gap.begin - kEarly && columnOf(at) <= gap.end + kNear;
-        });
-        const auto behind = std::ranges::find_if(found, [&](const FoundLetter& at) {
-            return columnOf(at) >= (gap.begin + gap.end) / 2;
-        });
-        if (!hasSpace && behind != found.end()) follows[behind - found.begin()] = true;
-    }
-    return follows;
-}
-
-// Figures have wide bearings where they stand in columns, above all "1"; between them only the
-// network's own space counts.
 bool isFigure(const std::string& letter) {
     return letter.size() == 1 && std::string_view("0123456789.,").contains(letter[0]);
 }
-
-}  // namespace
-
-namespace {
 
 struct Word {
     std::string text = {};
@@ -102,7 +42,7 @@ void measureInk(const Strip& strip, Word& word) {
     word.top = Strip::kRows;
     for (int y = 0; y < Strip::kRows; ++y) {
         const std::uint8_t* row = strip.row(y);
-        if (std::none_of(row + left, row + right, [](auto v) { return v < kInkBelow; })) continue;
+        if (std::none_of(row + left, row + right, Strip::isInk)) continue;
         word.top = std::min(word.top, y);
         word.bottom = y + 1;
     }
@@ -110,13 +50,14 @@ void measureInk(const Strip& strip, Word& word) {
 
 std::vector<Word> wordsOf(const Strip& strip, const FoundLetters& found,
                           std::span<const std::string> letters) {
-    const auto gaps = followsGap(strip, found.letters, letters);
+    const auto gaps = unseenGaps(strip, found.letters, letters);
     std::vector<Word> words;
-    bool spacePending = false, gapPending = false;
+    bool spacePending = false;
+    double gapPending = 0;
     std::string lastLetter;
     for (std::size_t i = 0; i < found.letters.size(); ++i) {
         const FoundLetter& at = found.letters[i];
-        gapPending |= gaps[i];
+        gapPending = std::max(gapPending, gaps[i]);
         const std::string& letter = letters[static_cast<std::size_t>(at.letter)];
         if (letter.empty()) continue;
         if (letter == " ") {
@@ -124,7 +65,7 @@ std::vector<Word> wordsOf(const Strip& strip, const FoundLetters& found,
             continue;
         }
         const bool inFigures = isFigure(letter) && isFigure(lastLetter);
-        if (words.empty() || spacePending || (gapPending && !inFigures)) {
+        if (words.empty() || spacePending || gapPending >= (inFigures ? kFigureGap : kSpaceGap)) {
             words.push_back({.firstStep = at.step});
         }
         Word& word = words.back();
@@ -133,7 +74,8 @@ std::vector<Word> wordsOf(const Strip& strip, const FoundLetters& found,
         word.leastProbability = std::min(word.leastProbability, at.probability);
         word.logProbability += std::log(std::max(1e-6, at.probability));
         ++word.letters;
-        spacePending = gapPending = false;
+        spacePending = false;
+        gapPending = 0;
         lastLetter = letter;
     }
     for (Word& word : words) measureInk(strip, word);
@@ -218,79 +160,6 @@ StripText composeText(const Strip& strip, const FoundLetters& found,
         result.end = (placeOf(dropped.firstStep) + placeOf(words.back().lastStep)) / 2;
     }
     return result;
-}
-
-bool contradictsInk(const Strip& strip, std::string_view text) {
-    std::vector<std::uint8_t> mask(strip.pixels.size());
-    std::ranges::transform(strip.pixels, mask.begin(),
-                           [](std::uint8_t v) { return v < kInkBelow; });
-    const auto parts = connectedComponents(mask.data(), strip.columns, Strip::kRows);
-    PixelBox all{strip.columns, Strip::kRows, 0, 0};
-    int digitBottom = 0;
-    for (const Component& part : parts) all.include(part.box);
-    std::vector<int> bottoms;
-    for (const Component& part : parts) {
-        if (part.box.height() * 2 > all.height()) bottoms.push_back(part.box.bottom);
-    }
-    if (bottoms.empty()) return true;
-    std::ranges::sort(bottoms);
-    digitBottom = bottoms[bottoms.size() / 2];
-    const auto marks = std::ranges::count_if(parts, [&](const Component& part) {
-        const bool isSmall =
-            part.box.height() * 5 <= all.height() * 2 && part.box.width() * 3 <= all.height();
-        return isSmall && part.area > 1 && part.box.top * 2 > all.top + digitBottom &&
-               part.box.bottom * 8 >= digitBottom * 7;
-    });
-    const auto expected =
-        std::ranges::count_if(text, [](char c) { return std::strchr(".,:;!?", c) && c; });
-    return marks != expected;
-}
-
-bool holdsFigures(std::string_view text) {
-    if (text.find_first_of("0123456789$") != std::string_view::npos) return true;
-    for (const std::string_view sign : {"€", "£", "¥"}) {
-        if (text.contains(sign)) return true;
-    }
-    return false;
-}
-
-bool mayMisspellSign(std::string_view text) {
-    for (std::size_t at = 0; (at = text.find('S', at)) != std::string_view::npos; ++at) {
-        const std::string_view rest = text.substr(at + 1);
-        const std::size_t figures = std::min(rest.size(), rest.find_first_not_of("0123456789.,"));
-        if (figures > 0 && rest.substr(0, figures).find_first_of(".,") != std::string_view::npos) {
-            return true;
-        }
-    }
-    return false;
-}
-
-std::string withoutMarks(std::string_view text) {
-    constexpr std::array<std::string_view, 8> kTrailing = {" >", ">",  " ›", "›",
-                                                           " <", " |", " ~", " &"};
-    constexpr std::array<std::string_view, 10> kLeading = {"< ", "<",  "‹ ", "‹",  "> ",
-                                                           "| ", "& ", "© ", "® ", "@ "};
-    bool changed = true;
-    while (changed) {
-        changed = false;
-        for (const std::string_view mark : kTrailing) {
-            if (text.size() <= mark.size() || !text.ends_with(mark)) continue;
-            text.remove_suffix(mark.size());
-            changed = true;
-        }
-        for (const std::string_view mark : kLeading) {
-            if (text.size() <= mark.size() || !text.starts_with(mark)) continue;
-            text.remove_prefix(mark.size());
-            changed = true;
-        }
-    }
-    const bool hasLetter = std::ranges::any_of(text, [](char c) {
-        const auto byte = static_cast<unsigned char>(c);
-        return std::isalnum(byte) || byte >= 0x80;
-    });
-    constexpr std::array<std::string_view, 8> kSigns = {"©", "®", "°", "»", "«", "—", "‘", "’"};
-    if (!hasLetter || std::ranges::find(kSigns, text) != kSigns.end()) return {};
-    return trimmed(text);
 }
 
 }  // namespace tandrel

@@ -1,40 +1,116 @@
-#include <algorithm>
+#include <filesystem>
+#include <functional>
+#include <ostream>
+#include <random>
 #include <thread>
 
 #include <gtest/gtest.h>
 
 #include "platform/linux/linux_text_recognizer.h"
 #include "reading/drawn_frame.h"
+#include "reading/drawn_lines.h"
 
 namespace tandrel {
 namespace {
 
-std::vector<std::string> linesOf(const Result<ReadText>& read) {
-    std::vector<std::string> lines;
-    if (!read) return {"error: " + read.error().message};
-    for (const TextRecord& record : read->records) lines.push_back(record.text);
-    std::sort(lines.begin(), lines.end());
-    return lines;
+using Lines = std::vector<std::string>;
+
+constexpr Colour kGrey{0.56, 0.56, 0.58};
+constexpr Colour kBlue{0, 0.48, 1};
+constexpr Colour kGreen{0.2, 0.72, 0.3};
+
+struct Case {
+    const char* name;
+    Colour paper;
+    std::function<void(DrawnFrame&)> draw;
+    Lines expected;  // sorted
+};
+void PrintTo(const Case& row, std::ostream* out) { *out << row.name; }
+
+const Case kCases[] = {
+    {"amounts keep every digit and separator",
+     kWhite,
+     [](DrawnFrame& frame) {
+         frame.text(20, 60, "€1,174.20");
+         frame.text(20, 110, "-$18.11");
+         frame.text(20, 160, "£7.95");
+     },
+     {"-$18.11", "£7.95", "€1,174.20"}},
+    {"white on a filled button",
+     kWhite,
+     [](DrawnFrame& frame) {
+         frame.rectangle(20, 50, 350, 50, 12, kGreen);
+         frame.text(150, 81, "Pay €12.50", {"Inter Semi-Bold", 17, kWhite});
+     },
+     {"Pay €12.50"}},
+    {"an outlined button and a pill",
+     kWhite,
+     [](DrawnFrame& frame) {
+         frame.outline(20, 50, 160, 44, 10, kBlue);
+         frame.text(58, 78, "Continue", {"Inter", 17, kBlue});
+         frame.rectangle(210, 56, 90, 32, 16, kBlue);
+         frame.text(230, 78, "Redeem", {"Inter Semi-Bold", 14, kWhite});
+     },
+     {"Continue", "Redeem"}},
+    {"grey on grey",
+     {0.95, 0.95, 0.97},
+     [](DrawnFrame& frame) {
+         frame.rectangle(20, 40, 350, 44, 10, {0.89, 0.89, 0.91});
+         frame.text(36, 67, "Expiry date", {"Inter", 16, kGrey});
+     },
+     {"Expiry date"}},
+    {"columns are lines of their own",
+     kWhite,
+     [](DrawnFrame& frame) {
+         frame.text(20, 60, "Rent");
+         frame.text(180, 60, "434,073");
+         frame.text(290, 60, "12.5 %");
+     },
+     {"12.5 %", "434,073", "Rent"}},
+    {"single digits of a keypad",
+     kBlack,
+     [](DrawnFrame& frame) {
+         const TextStyle key{"Inter", 28, kWhite};
+         frame.text(60, 70, "1", key);
+         frame.text(180, 70, "2", key);
+         frame.text(300, 70, "3", key);
+         frame.text(60, 140, "4", key);
+         frame.text(180, 140, "7", key);
+     },
+     {"1", "2", "3", "4", "7"}},
+    {"large bold type",
+     kWhite,
+     [](DrawnFrame& frame) { frame.text(20, 90, "Due Today", {"Inter Bold", 56, kBlack}); },
+     {"Due Today"}},
+    {"a badge in its plate",
+     kBlack,
+     [](DrawnFrame& frame) {
+         frame.rectangle(300, 60, 42, 22, 8, kWhite);
+         frame.text(310, 76, "90", {"Inter Bold", 14, kBlack});
+     },
+     {"90"}},
+};
+
+class ReadsDrawnText : public testing::TestWithParam<Case> {};
+
+TEST_P(ReadsDrawnText, exactly) {
+    DrawnFrame frame(1179, 600, 3, GetParam().paper);
+    GetParam().draw(frame);
+    EXPECT_EQ(linesOf((*makeTextRecognizer())->read(frame.frame())), GetParam().expected);
 }
 
-// A settings row, a coloured button and two columns at three pixels a point.
-PixelBuffer shopFrame() {
-    DrawnFrame frame(1179, 900, 3, kWhite);
-    frame.text(20, 50, "Delivery address", {.font = "Inter Bold", .points = 22});
-    frame.text(20, 90, "Total");
-    frame.text(300, 90, "€12.50");
-    frame.rectangle(20, 120, 350, 50, 12, {0.2, 0.7, 0.3});
-    frame.text(150, 151, "Pay €12.50", {.font = "Inter Semi-Bold", .colour = kWhite});
-    frame.text(20, 220, "Free returns within 30 days", {.points = 13, .colour = {0.5, 0.5, 0.5}});
-    return frame.frame();
-}
+INSTANTIATE_TEST_SUITE_P(TextRecognizer, ReadsDrawnText, testing::ValuesIn(kCases));
 
-TEST(TextRecognizer, readsLinesOfAShop) {
+TEST(TextRecognizer, readsTheSameInEveryFontAndDensity) {
     const auto recognizer = *makeTextRecognizer();
-    const auto read = recognizer->read(shopFrame());
-    const std::vector<std::string> expected = {"Delivery address", "Free returns within 30 days",
-                                               "Pay €12.50", "Total", "€12.50"};
-    EXPECT_EQ(linesOf(read), expected);
+    for (const int density : {2, 3}) {
+        for (const char* font : {"Inter", "Inter Bold", "Inter Light"}) {
+            DrawnFrame frame(390 * density, 100 * density, density, kWhite);
+            frame.text(20, 60, "Transfer to savings", {font, 17, kBlack});
+            EXPECT_EQ(linesOf(recognizer->read(frame.frame())), Lines{"Transfer to savings"})
+                << font << " at " << density;
+        }
+    }
 }
 
 TEST(TextRecognizer, boxIsTheInkInImagePixels) {
@@ -50,34 +126,87 @@ TEST(TextRecognizer, boxIsTheInkInImagePixels) {
     EXPECT_GT(record.confidence, 0.8);
 }
 
+TEST(TextRecognizer, seesWhatChangedAndForgetsWhatIsGone) {
+    const auto recognizer = *makeTextRecognizer();
+    auto frameOf = [](const char* amount) {
+        DrawnFrame frame(1179, 300, 3, kWhite);
+        frame.text(20, 50, "Total");
+        frame.text(250, 50, amount);
+        return frame.frame();
+    };
+    EXPECT_EQ(linesOf(recognizer->read(frameOf("€3.50"))), (Lines{"Total", "€3.50"}));
+    EXPECT_EQ(linesOf(recognizer->read(frameOf("€8.50"))), (Lines{"Total", "€8.50"}));
+    EXPECT_EQ(linesOf(recognizer->read(frameOf("€3.50"))), (Lines{"Total", "€3.50"}));
+    EXPECT_EQ(linesOf(recognizer->read(frameOf(""))), Lines{"Total"});
+}
+
+TEST(TextRecognizer, readsGermanWithTheGermanFile) {
+    if (!std::filesystem::exists("/usr/share/tesseract-ocr/5/tessdata/deu.traineddata")) {
+        GTEST_SKIP() << "tesseract-ocr-deu is not installed";
+    }
+    DrawnFrame frame(1179, 300, 3, kWhite);
+    frame.text(20, 50, "Überweisung für Größe");
+    const auto recognizer = *makeTextRecognizerWith({.languages = "deu"});
+    EXPECT_EQ(linesOf(recognizer->read(frame.frame())), Lines{"Überweisung für Größe"});
+}
+
 TEST(TextRecognizer, saysWhatToInstallWhenTheFileIsMissing) {
+    DrawnFrame frame(600, 200, 2, kWhite);
+    frame.text(20, 50, "Total");
     const auto recognizer = *makeTextRecognizerWith({.folder = "/nonexistent"});
-    const auto read = recognizer->read(shopFrame());
+    const auto read = recognizer->read(frame.frame());
     ASSERT_FALSE(read);
-    EXPECT_NE(read.error().message.find("install tesseract-ocr-eng"), std::string::npos)
+    EXPECT_NE(read.error().message.find("apt install tesseract-ocr-eng"), std::string::npos)
         << read.error().message;
 }
 
-TEST(TextRecognizer, blankFramesHaveNoText) {
+PixelBuffer pattern(int width, int height, const std::function<std::uint8_t(int, int)>& level) {
+    return PixelBuffer::make(width, height, [&](std::uint8_t* pixels, int rowBytes) {
+        for (int y = 0; y < height; ++y) {
+            for (int x = 0; x < 4 * width; ++x) {
+                pixels[std::ptrdiff_t{y} * rowBytes + x] = level(x / 4, y);
+            }
+        }
+    });
+}
+
+TEST(TextRecognizer, oddFramesHaveNoText) {
     const auto recognizer = *makeTextRecognizer();
-    for (const auto& [width, height] : {std::pair{1, 1}, {2, 2}, {20000, 10}, {1179, 2556}}) {
-        DrawnFrame frame(width, height, 1, {0.3, 0.3, 0.3});
-        EXPECT_EQ(linesOf(recognizer->read(frame.frame())), std::vector<std::string>{});
+    auto flat = [](int, int) { return std::uint8_t{77}; };
+    for (const auto& [width, height] : {std::pair{1, 1}, {2, 2}, {20000, 10}, {10, 20000}}) {
+        EXPECT_EQ(linesOf(recognizer->read(pattern(width, height, flat))), Lines{});
     }
+    for (const int cell : {1, 2, 3, 7}) {
+        const auto board = pattern(800, 800, [&](int x, int y) {
+            return static_cast<std::uint8_t>((x / cell + y / cell) % 2 * 255);
+        });
+        EXPECT_EQ(linesOf(recognizer->read(board)), Lines{}) << cell;
+    }
+    std::mt19937 random(1);
+    const auto noise =
+        pattern(800, 800, [&](int, int) { return static_cast<std::uint8_t>(random()); });
+    EXPECT_EQ(linesOf(recognizer->read(noise)), Lines{});
+    EXPECT_FALSE(recognizer->read(PixelBuffer()));
 }
 
 TEST(TextRecognizer, readsFromEightThreadsAtOnce) {
     const auto recognizer = *makeTextRecognizer();
-    const PixelBuffer frame = shopFrame();
-    const auto expected = linesOf(recognizer->read(frame));
-    std::vector<std::vector<std::string>> lines(8);
+    std::vector<PixelBuffer> frames;
+    std::vector<Lines> expected, lines(8);
+    for (int i = 0; i < 8; ++i) {
+        DrawnFrame frame(800, 300, 2, kWhite);
+        frame.text(20, 50, "Balance");
+        frame.text(20, 100, "Page " + std::to_string(i + 2));
+        frames.push_back(frame.frame());
+        expected.push_back({"Balance", "Page " + std::to_string(i + 2)});
+    }
     {
         std::vector<std::jthread> threads;
-        for (auto& result : lines) {
-            threads.emplace_back([&] { result = linesOf(recognizer->read(frame)); });
+        for (int i = 0; i < 8; ++i) {
+            threads.emplace_back([&, i] { lines[i] = linesOf(recognizer->read(frames[i])); });
         }
     }
-    for (const auto& result : lines) EXPECT_EQ(result, expected);
+    EXPECT_EQ(lines, expected);
 }
 
 }  // namespace

@@ -8,7 +8,7 @@
 #include "text/full_frame_tesseract.h"
 #include "text/score.h"
 
-// bench_text [--details] [--own] [--frames N]
+// text_table [--details] [--own] [--frames N]
 // Prints how right and how fast frames are read, ours beside Tesseract on the full frame in the
 // same run: on the real screenshots in the folder TANDREL_SCREENS and on frames drawn here.
 // --details lists what was misread, --own leaves the comparison out.
@@ -150,7 +150,7 @@ int run(int argc, char** argv) {
         else if (!std::strcmp(argv[i], "--frames") && i + 1 < argc)
             options.frames = std::atoi(argv[++i]);
         else {
-            std::fprintf(stderr, "usage: bench_text [--details] [--own] [--frames N]\n");
+            std::fprintf(stderr, "usage: text_table [--details] [--own] [--frames N]\n");
             return 2;
         }
     }

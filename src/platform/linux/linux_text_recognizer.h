@@ -14,7 +14,7 @@ struct TextRecognizerOptions {
     // by "+", the most likely first.
     std::string languages = "eng";
     // The folder of the traineddata files; empty means TESSDATA_PREFIX, else Debian's folder.
-    std::string folder;
+    std::string folder = {};
 };
 
 // Reads text with the recogniser's own files, as Debian's tesseract-ocr-* packages install them. A

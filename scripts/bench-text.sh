@@ -1,0 +1,9 @@
+#!/bin/sh
+# Prints the table of how right and how fast frames are read, beside Tesseract on the whole frame:
+#   scripts/bench-text.sh FOLDER [OPTION...]
+# TANDREL_SCREENS may name a folder of real screenshots with an index.json of their lines.
+set -eu
+folder=$1
+shift
+export OMP_THREAD_LIMIT=1
+exec "$folder/text_table" "$@"
