@@ -108,7 +108,7 @@ RpcResult<void> McpServer::request(const Message& message, const Answer& answer)
     if (!era) return std::unexpected(era.error());
     if (message.method == "tools/call") return callTool(message, *era, answer);
     RpcResult<Json> result = std::unexpected(
-        RpcError{kMethodNotFound, fmt::format("Method not found: {}", dumpJson(message.method))});
+        RpcError{kMethodNotFound, fmt::format("Method not found: {}", excerpt(message.method))});
     if (message.method == "tools/list") result = listTools(message.params, *era);
     if (*era == Era::handshake) {
         if (message.method == "initialize") result = initialize(message.params);
@@ -147,7 +147,7 @@ RpcResult<void> McpServer::callTool(const Message& message, Era era, const Answe
     const Tool* tool = findTool(*name);
     if (tool == nullptr) {
         return std::unexpected(
-            RpcError{kInvalidParams, fmt::format("Unknown tool: {}", dumpJson(*name))});
+            RpcError{kInvalidParams, fmt::format("Unknown tool: {}", excerpt(*name))});
     }
     const auto given = message.params.find("arguments");
     Json arguments = given == message.params.end() || given->is_null() ? Json::object() : *given;
