@@ -15,12 +15,19 @@ class Batch {
     Batch(LineWriter& writer, std::size_t count) : writer_(writer), missing_(count) {}
 
     void add(std::optional<Json> reply) {
-        MutexLock lock(mutex_);
-        if (reply) replies_.push_back(*std::move(reply));
-        if (--missing_ == 0 && !replies_.empty()) writer_.write(replies_);
+        if (const Json replies = addAndTake(std::move(reply)); !replies.empty()) {
+            writer_.write(replies);
+        }
     }
 
  private:
+    // All of them once none is missing, before that none.
+    Json addAndTake(std::optional<Json> reply) {
+        MutexLock lock(mutex_);
+        if (reply) replies_.push_back(*std::move(reply));
+        return --missing_ == 0 ? std::move(replies_) : Json::array();
+    }
+
     LineWriter& writer_;
     Mutex mutex_;
     std::size_t missing_ OWNED_BY(mutex_);
