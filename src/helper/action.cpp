@@ -1,17 +1,11 @@
 #include "helper/action.h"
 
-#include <algorithm>
-
 #include <fmt/format.h>
 
 #include "helper/owner_watch.h"
 
 namespace tandrel {
 namespace {
-
-// A guarded action is sent only once the owner has answered, so that only the end of a long call
-// counts.
-constexpr double kLongestReach = 1000;
 
 std::string outOfTime(const ToolCall& call, bool isOwnerAsked) {
     const auto seconds =
@@ -33,14 +27,14 @@ std::string outOfTime(const ToolCall& call, bool isOwnerAsked) {
 
 Result<Json> act(const ToolCall& call, std::string_view path, const Json& body) {
     bool isOwnerAsked = false;
-    const double start = millisecondsNow();
     const auto reply = [&] {
         const OwnerWatch watch(call);
         auto result = postToEngine(path, body, call.limits());
         isOwnerAsked = watch.isOwnerAsked();
         return result;
     }();
-    if (reply) call.memory.acted(std::max(start, millisecondsNow() - kLongestReach));
+    // From its end on: what the pointer's own way there changes on the screen is not the answer.
+    if (reply) call.memory.acted(millisecondsNow());
     if (reply || reply.error().status != kTimedOut || systemClock().now() < call.deadline) {
         return reply;
     }

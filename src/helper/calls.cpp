@@ -7,6 +7,9 @@ namespace {
 
 constexpr const char* kTooMany =
     "Too many calls are under way. Wait for their answers, then repeat this one.";
+// It was never sent, so that nothing can have happened.
+constexpr const char* kTooLate =
+    "Not done: too many other calls were under way before this one. Repeat it.";
 constexpr const char* kClosed =
     "The app closed the connection while this was under way. It may have been done in part: look "
     "at the screen before you repeat it.";
@@ -57,6 +60,7 @@ Result<Json> Calls::content(const Request& request, const std::stop_token& stop,
     const Json arguments =
         TRY(checkArguments(request.tool->name, request.tool->parameters, request.arguments));
     if (stop.stop_requested()) return fail(kClosed);
+    if (systemClock().now() >= deadline) return fail(kTooLate);
     ToolCall call{.arguments = arguments,
                   .memory = memory_,
                   .times = times_,

@@ -15,12 +15,19 @@ class Batch {
     Batch(LineWriter& writer, std::size_t count) : writer_(writer), missing_(count) {}
 
     void add(std::optional<Json> reply) {
-        MutexLock lock(mutex_);
-        if (reply) replies_.push_back(*std::move(reply));
-        if (--missing_ == 0 && !replies_.empty()) writer_.write(replies_);
+        if (const Json replies = addAndTake(std::move(reply)); !replies.empty()) {
+            writer_.write(replies);
+        }
     }
 
  private:
+    // All of them once none is missing, before that none.
+    Json addAndTake(std::optional<Json> reply) {
+        MutexLock lock(mutex_);
+        if (reply) replies_.push_back(*std::move(reply));
+        return --missing_ == 0 ? std::move(replies_) : Json::array();
+    }
+
     LineWriter& writer_;
     Mutex mutex_;
     std::size_t missing_ OWNED_BY(mutex_);
@@ -108,7 +115,7 @@ RpcResult<void> McpServer::request(const Message& message, const Answer& answer)
     if (!era) return std::unexpected(era.error());
     if (message.method == "tools/call") return callTool(message, *era, answer);
     RpcResult<Json> result = std::unexpected(
-        RpcError{kMethodNotFound, fmt::format("Method not found: {}", dumpJson(message.method))});
+        RpcError{kMethodNotFound, fmt::format("Method not found: {}", excerpt(message.method))});
     if (message.method == "tools/list") result = listTools(message.params, *era);
     if (*era == Era::handshake) {
         if (message.method == "initialize") result = initialize(message.params);
@@ -147,7 +154,7 @@ RpcResult<void> McpServer::callTool(const Message& message, Era era, const Answe
     const Tool* tool = findTool(*name);
     if (tool == nullptr) {
         return std::unexpected(
-            RpcError{kInvalidParams, fmt::format("Unknown tool: {}", dumpJson(*name))});
+            RpcError{kInvalidParams, fmt::format("Unknown tool: {}", excerpt(*name))});
     }
     const auto given = message.params.find("arguments");
     Json arguments = given == message.params.end() || given->is_null() ? Json::object() : *given;

@@ -1,5 +1,6 @@
 #include "helper/owner_watch.h"
 
+#include <algorithm>
 #include <cmath>
 
 #include <fmt/format.h>

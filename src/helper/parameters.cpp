@@ -12,16 +12,7 @@ namespace {
 
 using Kind = Parameter::Kind;
 
-constexpr std::size_t kMostShown = 60;
-
-// The value as the assistant sees it in a refusal.
-std::string shown(const Json& value) {
-    std::string text = dumpJson(value);
-    if (text.size() <= kMostShown) return text;
-    std::size_t end = kMostShown;
-    while (end > 0 && (static_cast<unsigned char>(text[end]) & 0xC0U) == 0x80U) --end;
-    return text.substr(0, end) + "...";
-}
+constexpr std::size_t kMostExcerpt = 60;
 
 std::size_t characterCount(std::string_view utf8) {
     return static_cast<std::size_t>(std::ranges::count_if(
@@ -70,7 +61,7 @@ std::string takes(const Parameter& parameter) {
 }
 
 std::unexpected<Error> refuse(const Parameter& parameter, const Json& value) {
-    return fail(fmt::format("{}, not {}.", takes(parameter), shown(value)));
+    return fail(fmt::format("{}, not {}.", takes(parameter), excerpt(value)));
 }
 
 Result<Json> checkNumber(const Parameter& parameter, const Json& value) {
@@ -167,11 +158,19 @@ std::unexpected<Error> refuseUnknown(std::string_view tool, std::span<const Para
                                      const std::string& name) {
     std::vector<std::string_view> known;
     for (const Parameter& parameter : parameters) known.push_back(parameter.name);
-    return fail(fmt::format("{} has no parameter {}; it takes {}.", tool, shown(name),
+    return fail(fmt::format("{} has no parameter {}; it takes {}.", tool, excerpt(name),
                             known.empty() ? "none" : fmt::format("{}", fmt::join(known, ", "))));
 }
 
 }  // namespace
+
+std::string excerpt(const Json& value) {
+    std::string text = dumpJson(value);
+    if (text.size() <= kMostExcerpt) return text;
+    std::size_t end = kMostExcerpt;
+    while (end > 0 && (static_cast<unsigned char>(text[end]) & 0xC0U) == 0x80U) --end;
+    return text.substr(0, end) + "...";
+}
 
 Json inputSchema(std::span<const Parameter> parameters) {
     Json properties = Json::object();

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <span>
+#include <string>
 #include <string_view>
 
 #include "base/json.h"
@@ -33,5 +34,8 @@ Json inputSchema(std::span<const Parameter> parameters);
 // takes.
 Result<Json> checkArguments(std::string_view tool, std::span<const Parameter> parameters,
                             const Json& given);
+
+// The value as JSON for a message to the assistant, cut where it is long.
+std::string excerpt(const Json& value);
 
 }  // namespace tandrel

@@ -138,7 +138,8 @@ Result<Picture> takePicture(const ToolCall& call, PictureKind kind) {
         const std::size_t bytes = bytesOf(picture.data);
         if (bytes > kMostPictureBytes) continue;
         if (kind == PictureKind::screenshot) addFrameAge(call, picture);
-        call.memory.remember(picture.phone, picture.size);
+        // One that nobody waits for any more is not the last that the assistant saw.
+        if (!call.stop.stop_requested()) call.memory.remember(picture.phone, picture.size);
         call.memory.expectPng(i == 0 || bytes < kFlatJpegBytes);
         return picture;
     }

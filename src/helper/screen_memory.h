@@ -34,7 +34,7 @@ class ScreenMemory {
     bool expectsPng() const { return expectsPng_; }
     void expectPng(bool isLikely) { expectsPng_ = isLikely; }
 
-    // When the last action reached a phone, in milliseconds since 1970; 0 before any. What changed
+    // When the last action had been done, in milliseconds since 1970; 0 before any. What changed
     // on the screen after that is likely to be its doing.
     double lastAction() const { return lastAction_; }
     void acted(double time) { lastAction_ = time; }

@@ -218,6 +218,13 @@ TEST_F(UnderWay, AnEngineThatDoesNotAnswerInTimeIsNotTheOwner) {
     awaitClosed();
 }
 
+TEST_F(UnderWay, ACallWhoseTimeIsOverBeforeItsTurnIsNotSent) {
+    AppSide app(CallTimes{.longest = Duration::zero()});
+    EXPECT_THAT(app.callForText("iphone_type", {{"text", "x"}}, Outcome::refused),
+                HasSubstr("Not done: too many other calls"));
+    EXPECT_THAT(engine_.requests("/type"), IsEmpty());
+}
+
 TEST_F(UnderWay, WhatIsUnderWayAtTheEndOfInputIsClosedAndAnswered) {
     holdUntilClosed("/home");
     AppSide app;
