@@ -5,6 +5,7 @@
 #include "aiconnect/ai_connect.h"
 #include "aiconnect/claude_settings.h"
 #include "aiconnect/programs.h"
+#include "base/file.h"
 #include "base/unicode.h"
 
 namespace tandrel {

@@ -6,8 +6,6 @@
 
 namespace tandrel {
 
-bool isExecutableFile(const std::filesystem::path& path);
-
 // The first of the paths at which an executable file lies.
 std::optional<std::filesystem::path> firstExecutable(
     const std::vector<std::filesystem::path>& paths);
