@@ -2,6 +2,7 @@ find_package(Threads REQUIRED)
 find_package(PkgConfig REQUIRED)
 find_package(fmt REQUIRED)
 find_package(nlohmann_json REQUIRED)
+find_path(TOMLPLUSPLUS toml++/toml.h REQUIRED)  # headers only
 find_package(ICU REQUIRED COMPONENTS uc i18n)
 
 # Each library that only one room needs is looked up here all the same, so that a missing package

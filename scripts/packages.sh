@@ -5,7 +5,7 @@ set -eu
 
 build="
     g++ cmake ninja-build ccache pkg-config python3 curl ca-certificates
-    nlohmann-json3-dev libfmt-dev libicu-dev
+    nlohmann-json3-dev libtomlplusplus-dev libfmt-dev libicu-dev
     libisal-dev libturbojpeg0-dev libpng-dev
     libtesseract-dev libleptonica-dev tesseract-ocr-eng
     libcairo2-dev libpango1.0-dev fonts-inter

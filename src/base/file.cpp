@@ -180,6 +180,11 @@ Result<std::string> readFile(const std::filesystem::path& path, std::size_t limi
     }
 }
 
+bool isExecutableFile(const std::filesystem::path& path) {
+    std::error_code error;
+    return std::filesystem::is_regular_file(path, error) && ::access(path.c_str(), X_OK) == 0;
+}
+
 Result<void> replaceFile(const std::filesystem::path& path, std::string_view content) {
     const std::filesystem::path target = TRY(followLinks(path));
     TemporaryFile beside = TRY(writeBeside(target, content));

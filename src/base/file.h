@@ -17,6 +17,9 @@ std::string systemError(int code);
 // `limit` bytes; the error says which.
 Result<std::string> readFile(const std::filesystem::path& path, std::size_t limit);
 
+// Whether a program lies there that this user may run.
+bool isExecutableFile(const std::filesystem::path& path);
+
 // Replaces the file as a whole: a temporary file beside it is written, synced and renamed over it,
 // and the folder is synced, so that a crash leaves the old content or the new and never a part. An
 // existing file keeps its mode and, where allowed, its owner; a symbolic link is followed. Missing

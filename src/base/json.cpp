@@ -35,16 +35,21 @@ const Json* member(const Json& object, std::string_view key) {
     return found == object.end() ? nullptr : &*found;
 }
 
-}  // namespace
-
-Result<Json> parseJson(std::string_view text) {
+template <typename Value>
+Result<Value> parseAs(std::string_view text) {
     if (!isShallow(text)) return fail(fmt::format("nested deeper than {} levels", kDeepestJson));
     try {
-        return Json::parse(text);
+        return Value::parse(text);
     } catch (const nlohmann::json::exception& error) {
         return fail(error.what());
     }
 }
+
+}  // namespace
+
+Result<Json> parseJson(std::string_view text) { return parseAs<Json>(text); }
+
+Result<OrderedJson> parseOrderedJson(std::string_view text) { return parseAs<OrderedJson>(text); }
 
 std::string dumpJson(const Json& value) {
     return value.dump(-1, ' ', false, Json::error_handler_t::replace);

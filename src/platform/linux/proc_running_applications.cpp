@@ -36,6 +36,7 @@ constexpr std::array kKnown{
     KnownApplication{"tandrel-app",    "Tandrel",        "com.mossgate.tandrel"},
     KnownApplication{"tandrel-mirror", "Tandrel Mirror", "com.mossgate.tandrel-mirror"},
     KnownApplication{"pocketlink",     "PocketLink",     "ai.far-reach.pocketlink"},
+    KnownApplication{"claude-desktop", "Claude",         "com.anthropic.claudefordesktop"},
 };
 // clang-format on
 

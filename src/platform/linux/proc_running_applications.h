@@ -5,8 +5,9 @@
 namespace tandrel {
 
 // This user's processes whose executable is one of the applications known by name: "tandrel-app",
-// "tandrel-mirror", "pocketlink". A request goes to the process that was listed or to none: a
-// process number that has passed on to another program in the meantime is not touched.
+// "tandrel-mirror", "pocketlink", "claude-desktop". A request goes to the process that was listed
+// or to none: a process number that has passed on to another program in the meantime is not
+// touched.
 class ProcRunningApplications final : public RunningApplications {
  public:
     std::vector<RunningApplication> others() override;

@@ -1,0 +1,99 @@
+#include "aiconnect/toml_reading.h"
+
+#include <algorithm>
+#include <string>
+#include <vector>
+
+// Values nest no deeper than this; the library's own limit is meant for a larger stack.
+#define TOML_MAX_NESTED_VALUES 32
+#include <toml++/toml.h>
+
+namespace tandrel {
+namespace {
+
+constexpr std::string_view kServers = "mcp_servers";
+constexpr std::string_view kEntry = "tandrel";
+
+// Each dot of a key opens a table inside a table, and those are compared and destroyed recursively.
+// Dots in texts nest nothing, but telling them apart is the parser's work, and a line with this
+// many is no line of settings either way.
+constexpr int kMostDotsInALine = 250;
+
+bool isShallow(std::string_view text) {
+    int dots = 0;
+    for (const char c : text) {
+        if (c == '\n') dots = 0;
+        if (c == '.' && ++dots > kMostDotsInALine) return false;
+    }
+    return true;
+}
+
+Result<toml::table> parseToml(std::string_view text) {
+    if (!isShallow(text)) return fail("its keys nest too deeply");
+    try {
+        return toml::parse(text);
+    } catch (const toml::parse_error& error) {
+        return fail(std::string(error.description()));
+    } catch (const std::exception& error) {
+        return fail(error.what());
+    }
+}
+
+const toml::node* entryOf(const toml::table& file) {
+    const toml::table* servers = file[kServers].as_table();
+    return servers == nullptr ? nullptr : servers->get(kEntry);
+}
+
+bool isEntryFor(const toml::node* node, std::string_view command) {
+    const toml::table* entry = node == nullptr ? nullptr : node->as_table();
+    if (entry == nullptr || entry->size() != 2) return false;
+    const toml::array* arguments = (*entry)["args"].as_array();
+    return (*entry)["command"].value<std::string_view>() == command && arguments != nullptr &&
+           arguments->size() == 1 && arguments->get(0)->value<std::string_view>() == "mcp";
+}
+
+// The file's tables without what an edit of ours may change.
+void removeOurs(toml::table& file) {
+    if (toml::table* servers = file[kServers].as_table()) {
+        servers->erase(kEntry);
+        if (servers->empty()) file.erase(kServers);
+    }
+    std::vector<std::string> renamed;
+    for (const auto& [key, value] : file) {
+        if (key.str().starts_with(kRenamedTable)) renamed.emplace_back(key.str());
+    }
+    for (const std::string& key : renamed) file.erase(key);
+}
+
+}  // namespace
+
+std::optional<std::string> tomlTextOfLine(std::string_view line, std::string_view key) {
+    // Most lines name another key; only the one that may be meant is read.
+    if (line.find(key) == std::string_view::npos) return std::nullopt;
+    const auto table = parseToml(line);
+    if (!table) return std::nullopt;
+    return (*table)[key].value<std::string>();
+}
+
+std::optional<std::string> tomlServerCommand(std::string_view text) {
+    const auto file = parseToml(text);
+    const toml::node* entry = file ? entryOf(*file) : nullptr;
+    if (entry == nullptr) return std::nullopt;
+    const toml::table* table = entry->as_table();
+    if (table == nullptr) return "";
+    return (*table)["command"].value<std::string>().value_or("");
+}
+
+Result<void> checkTomlEdit(std::string_view before, std::string_view after,
+                           std::string_view command) {
+    toml::table old = TRY(parseToml(before));
+    if (entryOf(old) != nullptr) return fail("an entry stands where a line cannot be taken out");
+    toml::table edited = TRY(parseToml(after));
+    if (!isEntryFor(entryOf(edited), command)) return fail("the entry would not be read as meant");
+    removeOurs(old);
+    removeOurs(edited);
+    if (old != edited) return fail("other settings would change their meaning");
+    return {};
+}
+
+}  // namespace tandrel
