@@ -52,15 +52,24 @@ PaymentGate::Frame* frameIn(ScreenReading& reading) {
     return std::get_if<PaymentGate::Frame>(&reading);
 }
 
-// The verdict on the action and the action that it is about: a click that may land elsewhere is
-// judged as one on an unlabelled spot, too.
-std::optional<std::string> assess(GuardedAction& guarded, const PaymentGate::Frame& frame) {
+// The verdict on the action and the action that it is about: a click that may land elsewhere, or
+// whose label the pointer may hide, is judged as one on an unlabelled spot, too.
+std::optional<std::string> assess(GuardedAction& guarded, const PaymentGate::Frame& frame,
+                                  std::optional<PlaceOnScreen> pointer) {
     auto why = PaymentGuard::assess(frame.lines, frame.size, guarded.action);
-    if (why || !guarded.strays) return why;
-    PaymentGuard::Action anywhere{.kind = PaymentGuard::Kind::tap};
-    why = PaymentGuard::assess(frame.lines, frame.size, anywhere);
-    if (why) guarded.action = anywhere;
+    if (why) return why;
+    const PaymentGuard::Action anywhere{.kind = PaymentGuard::Kind::tap};
+    if (guarded.strays) {
+        why = PaymentGuard::assess(frame.lines, frame.size, anywhere);
+        if (why) guarded.action = anywhere;
+    } else if (underPointer(guarded.action, pointer, frame)) {
+        why = PaymentGuard::assess(frame.lines, frame.size, anywhere);
+    }
     return why;
+}
+
+std::optional<PlaceOnScreen> pointerOf(const GateRoad& road) {
+    return road.pointer ? road.pointer() : std::nullopt;
 }
 
 std::optional<PlaceOnScreen> placeOf(const PaymentGuard::Action& action) {
@@ -162,7 +171,7 @@ PaymentGate::Decision PaymentGate::check(const HTTPRequest& request, const GateR
         return {tryAgain(kUnreadableScreen), ""};
     }
     GuardedAction judged = *guarded;
-    auto why = assess(judged, *frame);
+    auto why = assess(judged, *frame, pointerOf(road));
     if (!why) return {};
     return ask({std::move(*why), std::move(*guarded), std::move(judged.action), std::move(*frame)},
                request, road, withdrawn);
@@ -218,7 +227,7 @@ std::optional<PaymentGate::Decision> PaymentGate::settle(Question& question,
     }
     const bool elsewhere = *guarded != question.guarded;
     question.guarded = *guarded;
-    if (auto why = assess(*guarded, *frame)) question.why = std::move(*why);
+    if (auto why = assess(*guarded, *frame, pointerOf(road))) question.why = std::move(*why);
     question.asked = std::move(guarded->action);
     question.frame = std::move(*frame);
     if (elsewhere) question.what = wording(question.asked, question.frame);
@@ -261,8 +270,7 @@ ScreenReading PaymentGate::look(const GateRoad& road) {
 
 std::optional<GuardedAction> PaymentGate::actionOf(const HTTPRequest& request, const GateRoad& road,
                                                    PaymentGuard::FrameSize screen) const {
-    const auto pointer = road.pointer ? road.pointer() : std::nullopt;
-    return guardedAction(request, screen, pointer, options_.keyUsage);
+    return guardedAction(request, screen, pointerOf(road), options_.keyUsage);
 }
 
 void PaymentGate::saw(const std::vector<std::string>& texts) {
