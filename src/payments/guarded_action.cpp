@@ -24,6 +24,9 @@ constexpr std::size_t kLongestLabelInWording = 60;  // characters
 // How far an unread area lies from what it may concern, in reaches of a label: its box is less
 // certain than that of a line that was read.
 constexpr double kUnreadReach = 2.0;
+// How far the pointer covers the screen around its place, in screen widths; the phone's owner can
+// choose a larger one than the usual.
+constexpr double kPointerRadius = 0.06;
 
 struct Point {
     std::optional<double> x;
@@ -138,6 +141,27 @@ std::string wording(const Action& action, const GateFrame& frame) {
     const auto label = PaymentGuard::label(action.x, action.y, frame.lines, frame.size);
     if (!label) return "tap the screen";
     return fmt::format("tap \u201C{}\u201D", firstGraphemes(*label, kLongestLabelInWording));
+}
+
+bool underPointer(const Action& action, std::optional<PlaceOnScreen> pointer,
+                  const GateFrame& frame) {
+    if (!action.x || !action.y || !pointer) return false;
+    const double radius = kPointerRadius * frame.size.width;
+    const Box disc{pointer->x * frame.size.width - radius, pointer->y * frame.size.height - radius,
+                   pointer->x * frame.size.width + radius, pointer->y * frame.size.height + radius};
+    const double x = *action.x * frame.size.width;
+    const double y = *action.y * frame.size.height;
+    const auto holds = [](const Box& box, double reach, double px, double py) {
+        return box.left - reach <= px && px <= box.right + reach && box.top - reach <= py &&
+               py <= box.bottom + reach;
+    };
+    if (holds(disc, 0, x, y)) return true;
+    const double reach = PaymentGuard::tolerance(frame.size);
+    return std::ranges::any_of(frame.lines, [&](const PaymentGuard::Line& line) {
+        return holds({line.x, line.y, line.x + line.w, line.y + line.h}, reach, x, y) &&
+               line.x <= disc.right && disc.left <= line.x + line.w && line.y <= disc.bottom &&
+               disc.top <= line.y + line.h;
+    });
 }
 
 bool dependsOnUnread(const GuardedAction& guarded, const GateFrame& frame) {

@@ -35,6 +35,11 @@ std::optional<GuardedAction> guardedAction(const HTTPRequest& request,
 // The action's wording for the owner.
 std::string wording(const PaymentGuard::Action& action, const GateFrame& frame);
 
+// Whether the phone's pointer may lie over the text that the action is judged by: it hides what is
+// under it, and half a label reads as another one.
+bool underPointer(const PaymentGuard::Action& action, std::optional<PlaceOnScreen> pointer,
+                  const GateFrame& frame);
+
 // Whether text that the verdict on an action that is not quiet hangs on may be among what could not
 // be read: around its point or along its swipe; for a key, and for a click that may land anywhere,
 // all over a screen that speaks of money.

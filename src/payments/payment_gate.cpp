@@ -59,6 +59,10 @@ bool unsureSetting(const UserDefaults& defaults) {
     return defaults.boolValue("askWhenUnsure").value_or(true);
 }
 
+std::optional<PlaceOnScreen> pointerOf(const GateRoad& road) {
+    return road.pointer ? road.pointer() : std::nullopt;
+}
+
 std::optional<PlaceOnScreen> placeOf(const PaymentGuard::Action& action) {
     if (!action.x || !action.y) return std::nullopt;
     return PlaceOnScreen{*action.x, *action.y};
@@ -174,15 +178,15 @@ PaymentGate::Decision PaymentGate::check(const HTTPRequest& request, const GateR
         return {tryAgain(kUnreadableScreen), ""};
     }
     GuardedAction judged = *guarded;
-    auto reason = judge(judged, *frame);
+    auto reason = judge(judged, *frame, pointerOf(road));
     if (!reason) return {};
     return ask(
         {std::move(*reason), std::move(*guarded), std::move(judged.action), std::move(*frame)},
         request, road, withdrawn);
 }
 
-std::optional<PaymentGate::Reason> PaymentGate::judge(GuardedAction& guarded,
-                                                      const Frame& frame) const {
+std::optional<PaymentGate::Reason> PaymentGate::judge(GuardedAction& guarded, const Frame& frame,
+                                                      std::optional<PlaceOnScreen> pointer) const {
     const PaymentGuard::Action anywhere{.kind = PaymentGuard::Kind::tap};
     const auto first = [&](const PaymentGuard::Action& action) -> std::optional<Reason> {
         auto why = PaymentGuard::assess(frame.lines, frame.size, action);
@@ -193,11 +197,14 @@ std::optional<PaymentGate::Reason> PaymentGate::judge(GuardedAction& guarded,
         return seen ? std::optional(Reason{std::move(seen->why), seen->rule}) : std::nullopt;
     };
     auto reason = first(guarded.action);
+    // A click that may land elsewhere, or whose label the pointer may hide, is judged as one on an
+    // unlabelled spot, too.
+    const bool hidden = !guarded.strays && underPointer(guarded.action, pointer, frame);
     bool elsewhere = false;
     const auto tryElsewhere = [&](const auto& layer) {
-        if (reason || !guarded.strays) return;
+        if (reason || (!guarded.strays && !hidden)) return;
         reason = layer(anywhere);
-        elsewhere = reason.has_value();
+        elsewhere = reason.has_value() && guarded.strays;
     };
     tryElsewhere(first);
     if (!reason && asksWhenUnsure(defaults_)) {
@@ -278,7 +285,8 @@ std::optional<PaymentGate::Decision> PaymentGate::settle(Question& question,
     }
     const bool elsewhere = *guarded != question.guarded;
     question.guarded = *guarded;
-    if (auto reason = judge(*guarded, *frame)) question.reason = std::move(*reason);
+    if (auto reason = judge(*guarded, *frame, pointerOf(road)))
+        question.reason = std::move(*reason);
     question.asked = std::move(guarded->action);
     question.frame = std::move(*frame);
     if (elsewhere) question.what = wording(question.asked, question.frame);
@@ -324,8 +332,7 @@ ScreenReading PaymentGate::look(const GateRoad& road) {
 
 std::optional<GuardedAction> PaymentGate::actionOf(const HTTPRequest& request, const GateRoad& road,
                                                    PaymentGuard::FrameSize screen) const {
-    const auto pointer = road.pointer ? road.pointer() : std::nullopt;
-    return guardedAction(request, screen, pointer, options_.keyUsage);
+    return guardedAction(request, screen, pointerOf(road), options_.keyUsage);
 }
 
 void PaymentGate::saw(const std::vector<std::string>& texts) {

@@ -107,7 +107,8 @@ class PaymentGate {
 
     // The reason and the action that it is about: a click that may land elsewhere is judged as one
     // on an unlabelled spot, too.
-    std::optional<Reason> judge(GuardedAction& guarded, const Frame& frame) const;
+    std::optional<Reason> judge(GuardedAction& guarded, const Frame& frame,
+                                std::optional<PlaceOnScreen> pointer) const;
     // The reply to a question that is not put to the owner again, or not yet.
     std::optional<HTTPResponse> heldBack(const Question& question);
 

@@ -19,10 +19,12 @@ class RunningEngine {
     static constexpr const char* kDefaultPhone = "1";
 
     // `phones` as in TANDREL_VIRTUAL_PHONE. An engine started again with the same `home` is a
-    // restart.
+    // restart. `owner` answers the guard's questions and outlives the engine; without one nobody
+    // does.
     explicit RunningEngine(
         const std::string& phones = kDefaultPhone,
-        std::shared_ptr<TemporaryFolder> home = std::make_shared<TemporaryFolder>());
+        std::shared_ptr<TemporaryFolder> home = std::make_shared<TemporaryFolder>(),
+        Asker* owner = nullptr);
 
     ClientResponse get(const std::string& target);
     ClientResponse post(const std::string& target, const Json& body);
@@ -34,6 +36,7 @@ class RunningEngine {
     // The same until each is also matched to its screen.
     void awaitMatched();
 
+    const LoopbackUrl& url() const { return url_; }
     VirtualPhone& phone(std::size_t index = 0);
     Wiring& wiring() { return *wiring_; }
     const std::filesystem::path& home() const { return home_->path(); }
@@ -45,7 +48,7 @@ class RunningEngine {
 
     const std::shared_ptr<TemporaryFolder> home_;
     LinuxMainLoop loop_;
-    NobodyAsker asker_;
+    NobodyAsker nobody_;
     std::unique_ptr<Wiring> wiring_;
     LoopbackUrl url_;
 };

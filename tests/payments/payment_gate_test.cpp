@@ -307,7 +307,8 @@ TEST_F(PaymentGateTest, AClickIsJudgedWhereThePointerIs) {
     } cases[] = {
         {"on the button", PlaceOnScreen{0.5, 470.0 / 1300}, 0,
          "\"Confirm\" on a payment screen showing €25.00"},
-        {"on a harmless line", PlaceOnScreen{0.5, 170.0 / 1300}, 0, ""},
+        {"on a harmless line, which it hides", PlaceOnScreen{0.5, 170.0 / 1300}, 0,
+         "an unlabelled spot on a payment screen showing €25.00"},
         {"unknown", std::nullopt, 0, "an unlabelled spot on a payment screen showing €25.00"},
         {"away from a harmless line", PlaceOnScreen{0.5, 170.0 / 1300}, 40,
          "an unlabelled spot on a payment screen showing €25.00"},

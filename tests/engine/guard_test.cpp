@@ -1,0 +1,449 @@
+#include <future>
+#include <thread>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "base/file.h"
+#include "engine/running_engine.h"
+#include "engine/scripted_owner.h"
+
+namespace tandrel {
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::SizeIs;
+
+constexpr auto kApprove = ApprovalAnswer::approve;
+constexpr auto kDeny = ApprovalAnswer::deny;
+
+// The owner, the whole engine with real text recognition, and a phone whose record alone tells what
+// was done.
+class Guard : public testing::Test {
+ protected:
+    explicit Guard(const std::string& phones = RunningEngine::kDefaultPhone)
+        : engine(phones, std::make_shared<TemporaryFolder>(), &owner) {
+        engine.awaitMatched();
+    }
+
+    // Shows the page and starts to count from here.
+    void show(const std::string& page) {
+        phone().showPage(page);
+        before = phone().record();
+    }
+    VirtualPhone& phone() { return engine.phone(); }
+    // Where the phone shows something with this label, or else where that text is read.
+    Json at(const std::string& label) {
+        const auto place = phone().find(label);
+        if (place) return {{"x", place->x}, {"y", place->y}, {"fraction", true}};
+        awaitText(label);
+        const Json look = engine.get("/look").json();
+        for (const Json& line : look["lines"]) {
+            if (line["text"] != label) continue;
+            return {{"x", line["x"].get<double>() + line["w"].get<double>() / 2},
+                    {"y", line["y"].get<double>() + line["h"].get<double>() / 2}};
+        }
+        throw std::runtime_error("nowhere: " + label);
+    }
+    ClientResponse tap(const std::string& label) { return engine.post("/tap", at(label)); }
+    void awaitText(const std::string& text) {
+        const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+        for (std::vector<std::string> seen; std::ranges::count(seen, text) == 0;) {
+            ASSERT_LT(std::chrono::steady_clock::now(), deadline) << testing::PrintToString(seen);
+            seen = engine.get("/look?maxEdge=100").json()["ocr"].get<std::vector<std::string>>();
+        }
+    }
+    std::size_t touches() { return phone().record().touches.size() - before.touches.size(); }
+    std::size_t keys() { return phone().record().keys.size() - before.keys.size(); }
+    int count(const std::string& name) {
+        return phone().record().counts[name] - before.counts[name];
+    }
+    std::vector<std::string> logged() {
+        const auto text = readFile(engine.wiring().files().approvals, 1 << 20).value_or("");
+        std::vector<std::string> events;
+        std::istringstream lines(text);
+        for (std::string line; std::getline(lines, line);)
+            events.push_back(Json::parse(line)["event"]);
+        return events;
+    }
+    // The log is written behind the reply.
+    void awaitLogged(const std::string& event) {
+        const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+        while (logged().empty() || logged().back() != event) {
+            ASSERT_LT(std::chrono::steady_clock::now(), deadline)
+                << testing::PrintToString(logged());
+            std::this_thread::yield();
+        }
+    }
+
+    ScriptedOwner owner;
+    RunningEngine engine;
+    VirtualPhoneRecord before;
+};
+
+TEST_F(Guard, APriceButtonAsksAndAnApprovalTapsOnce) {
+    owner.always(kApprove);
+    show("tote");
+    const Json place = at("€12.50");
+    EXPECT_EQ(tap("€12.50").json(), Json({{"ok", true}, {"device", "VIRTUAL-0001"}}));
+    ASSERT_THAT(owner.asked(), SizeIs(1));
+    const ApprovalRequest asked = owner.asked()[0];
+    EXPECT_EQ(asked.title, "Approve a payment of €12.50?");
+    EXPECT_EQ(asked.what, "tap “€12.50”");
+    EXPECT_EQ(asked.summary, "€12.50");
+    EXPECT_EQ(asked.why, "a price button (\"€12.50\")");
+    EXPECT_EQ(asked.picture.width(), 1206);
+    EXPECT_EQ(asked.picture.height(), 2622);
+    EXPECT_EQ(asked.place, (PlaceOnScreen{place["x"], place["y"]}));
+    EXPECT_EQ(touches(), 1U);
+    EXPECT_EQ(count("priceTaps"), 1);
+    EXPECT_EQ(phone().record().touches.back().hit, "€12.50");
+    awaitLogged("approved");
+    EXPECT_THAT(logged(), ElementsAre("asked", "approved"));
+}
+
+TEST_F(Guard, ANoIsANo) {
+    show("transfer");
+    EXPECT_EQ(RunningEngine::errorOf(tap("Confirm"), 403),
+              "The owner denied this on their Mac (tap “Confirm”: €25.00 to Ilse Varga (also on "
+              "screen: DE89 3704 0044 0532 0130 00)). Don't retry this payment.");
+    EXPECT_EQ(owner.asked()[0].title, "Approve €25.00 to Ilse Varga?");
+    owner.react = [](std::size_t, TimePoint deadline, const std::stop_token&) {
+        std::this_thread::sleep_until(deadline);
+        return ApprovalAnswer::timeout;
+    };
+    EXPECT_EQ(
+        RunningEngine::errorOf(tap("Confirm"), 403),
+        "Not done: the owner didn't answer the payment request on their Mac within 3 seconds "
+        "(tap “Confirm”: €25.00 to Ilse Varga (also on screen: DE89 3704 0044 0532 0130 00)), "
+        "so it counts as a no. Repeat the action only if the owner asks you to.");
+    EXPECT_EQ(touches(), 0U);
+    awaitLogged("timed out");
+    EXPECT_THAT(logged(), ElementsAre("asked", "denied", "asked", "timed out"));
+}
+
+TEST_F(Guard, AScreenThatChangesAfterTheApprovalIsAskedAboutAgain) {
+    show("tote");
+    owner.react = [&](std::size_t number, TimePoint, const std::stop_token&) {
+        if (number > 0) return kDeny;
+        phone().showPage("checkout");
+        return kApprove;
+    };
+    EXPECT_EQ(tap("€12.50").status, 403);
+    ASSERT_THAT(owner.asked(), SizeIs(2));
+    EXPECT_THAT(owner.asked()[1].summary, HasSubstr("€52.90"));
+    EXPECT_EQ(touches(), 0U);
+    awaitLogged("denied");
+    EXPECT_THAT(logged(), ElementsAre("asked", "voided", "asked", "denied"));
+}
+
+TEST_F(Guard, APhoneInTroubleAfterTheApprovalGetsNothing) {
+    struct Row {
+        const char* name;
+        void (VirtualPhone::*begins)();
+        void (VirtualPhone::*ends)();
+        int status;
+        const char* says;
+    };
+    constexpr const char* kChanged = "Not done: the iPhone or its connection changed";
+    const Row rows[] = {
+        {"unplugged", &VirtualPhone::unplug, &VirtualPhone::plug, 409, kChanged},
+        {"keyboard link lost", &VirtualPhone::disconnectBluetooth, &VirtualPhone::connectBluetooth,
+         409, kChanged},
+        {"carried off", &VirtualPhone::vanish, &VirtualPhone::comeBack, 409, kChanged},
+        {"black", &VirtualPhone::goBlack, &VirtualPhone::lightUp, 403, "no amount shown"},
+        {"asleep", &VirtualPhone::sleep, &VirtualPhone::wake, 403, "no amount shown"},
+        {"locked", &VirtualPhone::lock, &VirtualPhone::unlock, 403, "no amount shown"},
+    };
+    for (const Row& row : rows) {
+        show("tote");
+        const std::size_t first = owner.asked().size();
+        owner.react = [&](std::size_t number, TimePoint, const std::stop_token&) {
+            if (number > first) return kDeny;
+            (phone().*row.begins)();
+            const bool gone = row.status == 409;
+            while (gone && !engine.get("/status").json()["hosts"].empty() &&
+                   !engine.get("/status").json()["devices"].empty()) {
+                std::this_thread::yield();
+            }
+            return kApprove;
+        };
+        EXPECT_THAT(RunningEngine::errorOf(tap("€12.50"), row.status), HasSubstr(row.says))
+            << row.name;
+        (phone().*row.ends)();
+        phone().unlock();
+        engine.awaitMatched();
+        EXPECT_EQ(touches(), 0U) << row.name;
+    }
+}
+
+TEST_F(Guard, AQuestionGoesWithItsClient) {
+    show("tote");
+    for (const ApprovalAnswer late : {ApprovalAnswer::timeout, kApprove}) {
+        std::promise<void> asked;
+        std::promise<void> withdrawnSeen;
+        owner.react = [&](std::size_t, TimePoint, const std::stop_token& withdrawn) {
+            const std::stop_callback seen(withdrawn, [&] { withdrawnSeen.set_value(); });
+            asked.set_value();
+            withdrawnSeen.get_future().wait();
+            return late;
+        };
+        std::stop_source client;
+        auto reply = std::async(std::launch::async, [&] {
+            return httpPost(engine.url(), "/tap", at("€12.50"),
+                            {.timeout = std::chrono::seconds(60), .stop = client.get_token()});
+        });
+        asked.get_future().wait();
+        client.request_stop();
+        EXPECT_FALSE(reply.get());
+        awaitLogged("withdrawn");
+    }
+    EXPECT_THAT(logged(), ElementsAre("asked", "withdrawn", "asked", "withdrawn"));
+    EXPECT_EQ(touches(), 0U);
+}
+
+TEST_F(Guard, AClickIsJudgedWhereThePointerIs) {
+    show("transfer");
+    Json button = at("Confirm");
+    EXPECT_EQ(engine.post("/move", button).status, 200);
+    EXPECT_EQ(engine.post("/nudge", {{"click", true}}).status, 403);
+    ASSERT_THAT(owner.asked(), SizeIs(1));
+    EXPECT_THAT(owner.asked()[0].why, HasSubstr(" on a payment screen showing €25.00"));
+    EXPECT_EQ(owner.asked()[0].place, (PlaceOnScreen{button["x"], button["y"]}));
+    EXPECT_EQ(touches(), 0U);
+
+    owner.always(kApprove);
+    EXPECT_EQ(engine.post("/nudge", {{"click", true}}).status, 200);
+    EXPECT_EQ(count("transfers"), 1);
+
+    // Moved by counts, the pointer is somewhere: a spot without a label.
+    owner.always(kDeny);
+    show("transfer");
+    EXPECT_EQ(engine.post("/nudge", {{"dx", 5}, {"dy", 3}}).status, 200);
+    EXPECT_EQ(engine.post("/nudge", {{"click", true}}).status, 403);
+    EXPECT_EQ(owner.asked().back().what, "tap the screen");
+    EXPECT_EQ(owner.asked().back().place, std::nullopt);
+    // A click after a motion may land on the button although the pointer is beside it.
+    EXPECT_EQ(engine.post("/move", {{"x", 0.5}, {"y", 0.99}, {"fraction", true}}).status, 200);
+    EXPECT_EQ(engine.post("/nudge", {{"dy", -200}, {"click", true}}).status, 403);
+    EXPECT_EQ(touches(), 0U);
+}
+
+TEST_F(Guard, ALabelThatThePointerHidesDoesNotSlipThrough) {
+    for (const double beside : {-0.05, -0.03, 0.0, 0.03, 0.05}) {
+        show("transfer");
+        Json place = at("Confirm");
+        place["x"] = place["x"].get<double>() + beside;
+        EXPECT_EQ(engine.post("/move", place).status, 200);
+        EXPECT_EQ(engine.post("/nudge", {{"click", true}}).status, 403) << beside;
+        EXPECT_EQ(tap("Confirm").status, 403) << beside;
+        EXPECT_TRUE(owner.asked().back().place) << "the panel shows where";
+        EXPECT_EQ(touches(), 0U);
+    }
+    // Elsewhere the pointer may lie where it likes.
+    const std::size_t asked = owner.asked().size();
+    show("home");
+    EXPECT_EQ(engine.post("/move", at("Settings")).status, 200);
+    EXPECT_EQ(engine.post("/nudge", {{"click", true}}).status, 200);
+    EXPECT_EQ(owner.asked().size(), asked);
+}
+
+TEST_F(Guard, WhateverPressesReturnOrSpaceIsJudgedAsThat) {
+    struct Row {
+        const char* path;
+        Json body;
+    };
+    const Row pressing[] = {
+        {"/key", {{"key", "Return"}}},     {"/key", {{"key", "enter"}}},
+        {"/key", {{"key", "\n"}}},         {"/key", {{"key", "Return"}, {"modifiers", {"shift"}}}},
+        {"/key", {{"key", "space"}}},      {"/key", {{"key", " "}}},
+        {"/type", {{"text", "\n"}}},       {"/type", {{"text", "ref 1\n"}}},
+        {"/type", {{"text", "ref 1\r2"}}},
+    };
+    show("transfer");
+    for (const Row& row : pressing) {
+        EXPECT_EQ(engine.post(row.path, row.body).status, 403) << row.path << row.body;
+        EXPECT_EQ(owner.asked().back().why, "Enter on a payment screen showing €25.00")
+            << row.path << row.body;
+    }
+    EXPECT_THAT(owner.asked(), SizeIs(std::size(pressing)));
+    EXPECT_EQ(keys(), 0U);
+    // What cannot press the button goes through unasked.
+    EXPECT_EQ(engine.post("/type", {{"text", "ref 12345"}}).status, 200);
+    EXPECT_EQ(engine.post("/key", {{"key", "Tab"}}).status, 200);
+    EXPECT_EQ(engine.post("/key", {{"key", "space"}, {"modifiers", {"cmd"}}}).status, 200);
+    EXPECT_THAT(owner.asked(), SizeIs(std::size(pressing)));
+    EXPECT_GT(keys(), 0U);
+}
+
+TEST_F(Guard, ASlideToPayIsAskedAboutWhereverItGoes) {
+    show("checkout");
+    const Json knob = at("Slide to pay");
+    Json slide = {{"x1", 0.12},      {"y1", knob["y"]}, {"x2", 0.95},
+                  {"y2", knob["y"]}, {"duration", 0.6}, {"fraction", true}};
+    EXPECT_EQ(engine.post("/swipe", slide).status, 403);
+    EXPECT_EQ(owner.asked()[0].why, "a \"Slide to pay\" control for €48.00");
+    EXPECT_EQ(touches(), 0U);
+    owner.always(kApprove);
+    EXPECT_EQ(engine.post("/swipe", slide).status, 200);
+    EXPECT_TRUE(phone().awaitRecord(
+        [](const VirtualPhoneRecord& record) { return record.page == "paid"; }));
+    EXPECT_EQ(count("payments"), 1);
+    // A swipe that hardly moves is a tap.
+    owner.always(kDeny);
+    show("tote");
+    const Json price = at("€12.50");
+    EXPECT_EQ(engine
+                  .post("/swipe", {{"x1", price["x"]},
+                                   {"y1", price["y"]},
+                                   {"x2", price["x"].get<double>() + 0.01},
+                                   {"y2", price["y"]},
+                                   {"fraction", true}})
+                  .status,
+              403);
+    EXPECT_EQ(touches(), 0U);
+}
+
+TEST_F(Guard, AnApprovalCoversOneOfTwoRacingActions) {
+    show("transfer");
+    const Json confirm = at("Confirm");
+    std::future<int> second;
+    owner.react = [&](std::size_t number, TimePoint, const std::stop_token&) {
+        if (number > 0) return kDeny;
+        second =
+            std::async(std::launch::async, [&] { return engine.post("/tap", confirm).status; });
+        return kApprove;
+    };
+    EXPECT_EQ(engine.post("/tap", confirm).status, 200);
+    // Judged on the page after the transfer it is a harmless tap; while the picture still lags
+    // behind, it is a question of its own.
+    const bool performed = second.get() == 200;
+    EXPECT_EQ(owner.asked().size(), performed ? 1U : 2U);
+    EXPECT_EQ(touches(), performed ? 2U : 1U);
+    EXPECT_EQ(count("transfers"), 1);
+    EXPECT_FALSE(owner.overlapped);
+}
+
+TEST_F(Guard, TurnedOffItAsksNothing) {
+    std::filesystem::create_directories(engine.wiring().files().settings.parent_path());
+    ASSERT_TRUE(replaceFile(engine.wiring().files().settings, "{\"askBeforePayments\": false}"));
+    show("tote");
+    EXPECT_EQ(tap("€12.50").status, 200);
+    EXPECT_EQ(count("priceTaps"), 1);
+    EXPECT_EQ(engine.get("/status").json()["paymentGuard"], false);
+    ASSERT_TRUE(replaceFile(engine.wiring().files().settings, "{\"askBeforePayments\": true}"));
+    show("tote");
+    EXPECT_EQ(tap("€12.50").status, 403) << "read at every action";
+    EXPECT_THAT(owner.asked(), SizeIs(1));
+}
+
+class HardScreens : public Guard {
+ protected:
+    HardScreens() : Guard(TANDREL_SOURCE_DIR "/tests/data/scenarios/hard_screens.json") {}
+};
+
+TEST_F(HardScreens, TapsAreJudgedAsTheRulesSay) {
+    struct Row {
+        const char* page;
+        const char* label;
+        const char* why;  // empty: goes ahead unasked
+    };
+    const Row rows[] = {
+        {"till", "Pay €5.00", "a payment button (\"Pay €5.00\")"},
+        {"till", "Till", ""},
+        {"priceAbove", "€4.99", "a price button (\"€4.99\")"},
+        {"amountAfter", "31,20 €", "a price button (\"31,20 €\")"},
+        {"twoLines", "Confirm", "\"Confirm\" on a payment screen showing €31.20"},
+        {"subscription", "Subscribe", "a payment button (\"Subscribe\")"},
+        {"subscription", "Start free trial",
+         "\"Start free trial\" on a payment screen showing €9.99"},
+        {"chat", "Message", ""},
+        // Known limits of the rules, as docs/guard.md lists them.
+        {"priceAbove", "Get", ""},
+        {"twoLines", "your order", ""},
+        {"german", "Zahlungspflichtig bestellen", ""},
+        {"misread", "Confinn", ""},
+    };
+    for (const Row& row : rows) {
+        // Away from every text, which the pointer would hide.
+        ASSERT_EQ(engine.post("/move", {{"x", 0.99}, {"y", 0.7}, {"fraction", true}}).status, 200);
+        show(row.page);
+        const std::size_t asked = owner.asked().size();
+        const std::string name = std::string(row.page) + ": " + row.label;
+        const bool passes = *row.why == '\0';
+        EXPECT_EQ(tap(row.label).status, passes ? 200 : 403) << name;
+        ASSERT_EQ(owner.asked().size() - asked, passes ? 0U : 1U) << name;
+        if (!passes) {
+            EXPECT_EQ(owner.asked().back().why, row.why) << name;
+        }
+        EXPECT_EQ(touches(), passes ? 1U : 0U) << name;
+    }
+}
+
+TEST_F(HardScreens, AnIconOnAPaymentScreenIsAskedAbout) {
+    show("iconOnly");
+    Json icon = at("Confirm");
+    icon["y"] = icon["y"].get<double>() - 130.0 / 874;  // points above it, of the phone's height
+    EXPECT_EQ(engine.post("/tap", icon).status, 403);
+    EXPECT_THAT(owner.asked()[0].why, HasSubstr(" on a payment screen showing €80.00"));
+    EXPECT_EQ(touches(), 0U);
+}
+
+TEST_F(HardScreens, APasscodeIsTypedOnlyWithTheOwner) {
+    show("passcode");
+    EXPECT_EQ(engine.get("/look?maxEdge=300").status, 200) << "so that the guard knows the screen";
+    EXPECT_EQ(engine.post("/type", {{"text", "4821"}}).status, 403);
+    EXPECT_EQ(owner.asked()[0].what, "type on a passcode screen");
+    EXPECT_EQ(keys(), 0U);
+    EXPECT_EQ(engine.post("/type", {{"text", "hello"}}).status, 200);
+}
+
+TEST_F(HardScreens, AScreenThatChangesByItselfVoidsALateApproval) {
+    show("offer");
+    owner.react = [&](std::size_t, TimePoint deadline, const std::stop_token&) {
+        awaitText("Pay €200.00");
+        std::this_thread::sleep_until(deadline - std::chrono::seconds(1));
+        return kApprove;
+    };
+    EXPECT_EQ(
+        RunningEngine::errorOf(tap("Pay €20.00"), 409),
+        "Not done: the payment on screen changed after the owner approved it (now €200.00), so "
+        "that approval doesn't count. Repeat the action to ask again.");
+    ASSERT_THAT(owner.asked(), SizeIs(1));
+    EXPECT_EQ(owner.asked()[0].title, "Approve a payment of €20.00?");
+    EXPECT_EQ(touches(), 0U);
+    EXPECT_EQ(count("dear"), 0);
+}
+
+TEST_F(HardScreens, OfManyClientsExactlyTheApprovedOnesTap) {
+    constexpr int kClients = 32;
+    show("till");
+    owner.react = [](std::size_t number, TimePoint, const std::stop_token&) {
+        return number % 3 == 0 ? kApprove : kDeny;
+    };
+    const Json button = at("Pay €5.00");
+    std::atomic<int> done = 0;
+    std::atomic<int> denied = 0;
+    {
+        std::vector<std::jthread> clients;
+        for (int i = 0; i < kClients; ++i) {
+            clients.emplace_back([&] {
+                const int status = engine.post("/tap", button).status;
+                if (status == 200) ++done;
+                if (status == 403) ++denied;
+            });
+        }
+    }
+    // Whoever waited too long for a turn was sent away without a question.
+    EXPECT_EQ(done + denied, static_cast<int>(owner.asked().size()));
+    EXPECT_EQ(done, static_cast<int>((owner.asked().size() + 2) / 3));
+    EXPECT_GT(done, 1);
+    EXPECT_FALSE(owner.overlapped);
+    EXPECT_EQ(touches(), static_cast<std::size_t>(done));
+    EXPECT_EQ(count("paid"), done);
+}
+
+}  // namespace
+}  // namespace tandrel
