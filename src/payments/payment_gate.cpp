@@ -207,7 +207,7 @@ std::optional<PaymentGate::Reason> PaymentGate::judge(GuardedAction& guarded, co
         elsewhere = reason.has_value() && guarded.strays;
     };
     tryElsewhere(first);
-    if (!reason && asksWhenUnsure(defaults_)) {
+    if (!reason && usesSecondLayer() && asksWhenUnsure(defaults_)) {
         reason = second(guarded.action);
         tryElsewhere(second);
     }
@@ -219,6 +219,7 @@ std::optional<HTTPResponse> PaymentGate::heldBack(const Question& question) {
     const auto now = clock_.now();
     const std::string shown =
         question.what + ": " + PaymentGuard::details(question.frame.texts()).summary();
+    if (!usesSecondLayer()) return std::nullopt;
     if (const auto refusal = history_.refusal(question.subject(), now)) {
         log_.record("refused", shown + ": denied less than two minutes ago",
                     question.reason.logged());
@@ -337,7 +338,8 @@ std::optional<GuardedAction> PaymentGate::actionOf(const HTTPRequest& request, c
 
 void PaymentGate::saw(const std::vector<std::string>& texts) {
     const bool known = PaymentGuard::paymentScreen(texts);
-    if (!known && !(asksWhenUnsure(defaults_) && wider_.paymentScreen(texts))) return;
+    const bool unsure = usesSecondLayer() && asksWhenUnsure(defaults_);
+    if (!known && !(unsure && wider_.paymentScreen(texts))) return;
     const MutexLock lock(mutex_);
     paymentSeenAt_ = clock_.now();
 }

@@ -27,6 +27,9 @@ struct PaymentGateOptions {
     // How the keyboard finds the key of a name. Without it, only the names "enter", "return" and
     // "space" are known.
     KeyUsage keyUsage;
+    // Whether the second layer asks, too, and answers to repeated questions are kept in mind.
+    enum class SecondLayer { off, on };
+    SecondLayer secondLayer = SecondLayer::on;
     // What the second layer knows.
     std::shared_ptr<const PaymentGuard::GuardWords> words = PaymentGuard::GuardWords::builtIn();
     // So many questions within ten minutes make each further one wait a minute.
@@ -107,6 +110,9 @@ class PaymentGate {
 
     // The reason and the action that it is about: a click that may land elsewhere is judged as one
     // on an unlabelled spot, too.
+    bool usesSecondLayer() const {
+        return options_.secondLayer == PaymentGateOptions::SecondLayer::on;
+    }
     std::optional<Reason> judge(GuardedAction& guarded, const Frame& frame,
                                 std::optional<PlaceOnScreen> pointer) const;
     // The reply to a question that is not put to the owner again, or not yet.
