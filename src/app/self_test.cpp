@@ -20,7 +20,7 @@ struct Tally {
 };
 
 void checkGuard(const std::filesystem::path& share, Tally& tally) {
-    const auto files = PaymentGuard::shippedFixtures(share / "tandrel");
+    const auto files = PaymentGuard::shippedFixtures(share);
     tally.count(!files.empty(), "payment guard's cases are installed");
     for (const auto& file : files) {
         const int status = PaymentGuard::checkFixtures(file);
