@@ -1,3 +1,32 @@
+# Two ways to a short clean build, for g++ alone: clang's build (make analyze) compiles each file by
+# itself and so finds one that leans on another's includes or names.
+if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+    option(TANDREL_PRECOMPILE "Parse the commonest headers once" ON)
+    option(TANDREL_JOIN_TESTS "Compile the tests of a room a few files at a time" ON)
+endif()
+set(TANDREL_TESTS_TOGETHER 6)
+
+# What nearly every file reads.
+set(TANDREL_COMMON_HEADERS
+    <algorithm> <array> <atomic> <chrono> <cmath> <condition_variable> <cstdint> <filesystem>
+    <functional> <map> <memory> <mutex> <optional> <span> <stop_token> <string> <string_view>
+    <thread> <utility> <vector> <fmt/format.h> <nlohmann/json.hpp>)
+set(TANDREL_TEST_HEADERS <gmock/gmock.h> <gtest/gtest.h>)
+
+# Gives `target` the precompiled headers of `owner`, which is compiled with the same options, or its
+# own if it is the owner.
+function(tandrel_precompiled target owner)
+    if(NOT TANDREL_PRECOMPILE)
+        return()
+    endif()
+    target_compile_options(${target} PRIVATE -fpch-preprocess)  # for ccache
+    if(target STREQUAL owner)
+        target_precompile_headers(${target} PRIVATE ${TANDREL_COMMON_HEADERS} ${ARGN})
+    else()
+        target_precompile_headers(${target} REUSE_FROM ${owner})
+    endif()
+endfunction()
+
 # A room is one folder of src/ and one static library; it links only rooms on lower floors.
 #   tandrel_room(hid DEPS base platform)
 # The folder's *.cpp files are its sources. A room without sources yet is header-only.
@@ -15,6 +44,15 @@ function(tandrel_room name)
     endif()
     target_include_directories(tandrel_${name} ${scope} ${CMAKE_SOURCE_DIR}/src)
     target_link_libraries(tandrel_${name} ${scope} ${ROOM_DEPS} ${ROOM_LIBS})
+    if(NOT sources)
+        return()
+    endif()
+    # Qt wants position-independent code, which other options' precompiled headers do not fit.
+    if(ROOM_LIBS MATCHES "Qt6")
+        tandrel_precompiled(tandrel_${name} tandrel_${name})
+    else()
+        tandrel_precompiled(tandrel_${name} tandrel_base)
+    endif()
 endfunction()
 
 # One test program a room, made of tests/<folder>/*_test.cpp.
@@ -33,6 +71,15 @@ function(tandrel_tests name)
         TANDREL_SOURCE_DIR="${CMAKE_SOURCE_DIR}" TANDREL_BIN_DIR="${CMAKE_BINARY_DIR}/bin")
     # What a test itself computes is little; most of a test build's time would go into optimising it.
     target_compile_options(test_${name} PRIVATE -O0)
+    if(ROOM_DEPS MATCHES "tandrel_app")
+        tandrel_precompiled(test_${name} test_${name} ${TANDREL_TEST_HEADERS})
+    else()
+        tandrel_precompiled(test_${name} tandrel_test_support)
+    endif()
+    if(TANDREL_JOIN_TESTS)
+        set_target_properties(test_${name} PROPERTIES
+            UNITY_BUILD ON UNITY_BUILD_BATCH_SIZE ${TANDREL_TESTS_TOGETHER})
+    endif()
     add_test(NAME ${name} COMMAND test_${name} --gtest_brief=1)
     set_tests_properties(${name} PROPERTIES TIMEOUT 300)
 endfunction()

@@ -13,8 +13,7 @@ constexpr std::string_view kPaused =
     "control)";
 constexpr std::string_view kChanged =
     "Not done: the iPhone or its connection changed while Tandrel was checking this action. Read "
-    "the "
-    "screen again (screenshot) and repeat.";
+    "the screen again (screenshot) and repeat.";
 constexpr std::string_view kBusy =
     "Not done: Tandrel is finding out which iPhone is which right now. Try again in a minute.";
 // A matching run takes a little over a second a phone.
