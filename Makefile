@@ -18,7 +18,7 @@ CLANG := -DCMAKE_CXX_COMPILER=clang++-19
 
 # Tests meet none of the person's own settings, files, display or desktop bus.
 PLAIN = env -i PATH="$$PATH" LANG=C.UTF-8 TERM="$${TERM:-dumb}" HOME="$(CURDIR)/$(1)/home"
-CTEST = mkdir -p $(1)/home && $(PLAIN) $(2) ctest --test-dir $(1) --output-on-failure -j2
+CTEST = mkdir -p $(1)/home && $(PLAIN) $(2) ctest --test-dir $(1) --output-on-failure -j4
 
 # Targets share build folders.
 .NOTPARALLEL:

@@ -57,8 +57,9 @@ endfunction()
 
 # One test program a room, made of tests/<folder>/*_test.cpp.
 #   tandrel_tests(hid DEPS hid virtual)
+# SHARDS runs it as so many processes side by side: for tests that mostly wait for a phone.
 function(tandrel_tests name)
-    cmake_parse_arguments(ROOM "" "" "DEPS;LIBS" ${ARGN})
+    cmake_parse_arguments(ROOM "" "SHARDS" "DEPS;LIBS" ${ARGN})
     file(GLOB sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/*.cpp)
     if(NOT sources)
         return()
@@ -80,8 +81,19 @@ function(tandrel_tests name)
         set_target_properties(test_${name} PROPERTIES
             UNITY_BUILD ON UNITY_BUILD_BATCH_SIZE ${TANDREL_TESTS_TOGETHER})
     endif()
-    add_test(NAME ${name} COMMAND test_${name} --gtest_brief=1)
-    set_tests_properties(${name} PROPERTIES TIMEOUT 300)
+    if(NOT ROOM_SHARDS)
+        set(ROOM_SHARDS 1)
+    endif()
+    foreach(shard RANGE 1 ${ROOM_SHARDS})
+        set(test ${name})
+        if(ROOM_SHARDS GREATER 1)
+            set(test ${name}_${shard})
+        endif()
+        math(EXPR index "${shard} - 1")
+        add_test(NAME ${test} COMMAND test_${name} --gtest_brief=1)
+        set_tests_properties(${test} PROPERTIES TIMEOUT 300 ENVIRONMENT
+            "GTEST_TOTAL_SHARDS=${ROOM_SHARDS};GTEST_SHARD_INDEX=${index}")
+    endforeach()
 endfunction()
 
 # One benchmark program a room, made of bench/<room>/*.cpp (Google Benchmark; it has its own main).
