@@ -14,6 +14,10 @@
 
 namespace tandrel {
 
+// What the log says of a tap on the transfer screen's button.
+inline constexpr const char* kAsked =
+    "asked: tap “Confirm”: €25.00 to Ilse Varga (\"Confirm\" on a payment screen showing €25.00)";
+
 class FakeDefaults final : public UserDefaults {
  public:
     std::optional<bool> boolValue(std::string_view key) const override {

@@ -19,8 +19,6 @@ constexpr const char* kNoScreenAfterPayment =
     "Not done: the iPhone was showing a payment a moment ago and Tandrel can't see its screen "
     "right "
     "now, so it can't check this action. Read the screen again (screenshot) and repeat.";
-constexpr const char* kAsked =
-    "asked: tap “Confirm”: €25.00 to Ilse Varga (\"Confirm\" on a payment screen showing €25.00)";
 
 TEST_F(PaymentGateTest, AHarmlessActionIsPerformedUnasked) {
     screens_ = {article()};

@@ -12,8 +12,6 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 
 constexpr const char* kGone = "Not done: the request was closed before the action was carried out.";
-constexpr const char* kAsked =
-    "asked: tap “Confirm”: €25.00 to Ilse Varga (\"Confirm\" on a payment screen showing €25.00)";
 constexpr const char* kWithdrawn = "withdrawn: tap “Confirm”: €25.00 to Ilse Varga";
 
 // A client whose connection the test closes.

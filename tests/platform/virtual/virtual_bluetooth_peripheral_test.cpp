@@ -13,7 +13,7 @@ using test::hex;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-constexpr CharacteristicId kKeyboard = 11;
+constexpr CharacteristicId kKeyboardReport = 11;
 
 // Publishes the services as soon as the radio is on, advertises, and writes down what it is told.
 class Publisher final : public BluetoothPeripheralDelegate {
@@ -117,32 +117,32 @@ TEST_F(VirtualBluetoothTest, SecondStartOfAdvertisingSaysSo) {
 }
 
 TEST_F(VirtualBluetoothTest, UpdateReachesTheAddressedPhoneAlone) {
-    EXPECT_EQ(publisher_.send(kKeyboard, "00 00 04 00 00 00 00 00", {b_.traits().host}),
+    EXPECT_EQ(publisher_.send(kKeyboardReport, "00 00 04 00 00 00 00 00", {b_.traits().host}),
               Delivery::accepted);
     EXPECT_EQ(b_.record().typed, "a");
     EXPECT_EQ(a_.record().typed, "");
-    publisher_.send(kKeyboard, "00 00 00 00 00 00 00 00", {b_.traits().host});
-    publisher_.send(kKeyboard, "00 00 05 00 00 00 00 00", {a_.traits().host, b_.traits().host});
+    publisher_.send(kKeyboardReport, "00 00 00 00 00 00 00 00", {b_.traits().host});
+    publisher_.send(kKeyboardReport, "00 00 05 00 00 00 00 00", {a_.traits().host, b_.traits().host});
     EXPECT_EQ(b_.record().typed, "ab");
     EXPECT_EQ(a_.record().typed, "b");
-    publisher_.send(kKeyboard, "00 00 06 00 00 00 00 00", {Uuid()});
+    publisher_.send(kKeyboardReport, "00 00 06 00 00 00 00 00", {Uuid()});
     EXPECT_EQ(a_.record().typed + b_.record().typed, "bab");
 }
 
 TEST_F(VirtualBluetoothTest, RefusedUpdateIsNotDeliveredAndReadinessFollowsLater) {
     publisher_.takeEvents();
     a_.refuseNextUpdates(1);
-    EXPECT_EQ(publisher_.send(kKeyboard, "00 00 04 00 00 00 00 00", {b_.traits().host}),
+    EXPECT_EQ(publisher_.send(kKeyboardReport, "00 00 04 00 00 00 00 00", {b_.traits().host}),
               Delivery::accepted)
         << "the other phone";
-    EXPECT_EQ(publisher_.send(kKeyboard, "00 00 04 00 00 00 00 00", {a_.traits().host}),
+    EXPECT_EQ(publisher_.send(kKeyboardReport, "00 00 04 00 00 00 00 00", {a_.traits().host}),
               Delivery::refused);
     EXPECT_THAT(publisher_.takeEvents(), IsEmpty());
     clock_.advance(15ms);
     settle();
     EXPECT_THAT(publisher_.takeEvents(), ElementsAre("ready"));
     EXPECT_EQ(a_.record().typed, "");
-    EXPECT_EQ(publisher_.send(kKeyboard, "00 00 04 00 00 00 00 00", {a_.traits().host}),
+    EXPECT_EQ(publisher_.send(kKeyboardReport, "00 00 04 00 00 00 00 00", {a_.traits().host}),
               Delivery::accepted);
     EXPECT_EQ(a_.record().typed, "a");
 }
@@ -152,7 +152,7 @@ TEST_F(VirtualBluetoothTest, PhoneThatLeavesUnsubscribesAndComesBack) {
     settle();
     EXPECT_EQ(publisher_.subscriptionsOf(a_), 0u);
     EXPECT_EQ(publisher_.subscriptionsOf(b_), 6u);
-    publisher_.send(kKeyboard, "00 00 04 00 00 00 00 00", {a_.traits().host});
+    publisher_.send(kKeyboardReport, "00 00 04 00 00 00 00 00", {a_.traits().host});
     EXPECT_EQ(a_.record().typed, "");
     a_.connectBluetooth();
     settle();
@@ -182,13 +182,13 @@ TEST_F(VirtualBluetoothTest, StalePhoneSubscribesOnceToldThatServicesChanged) {
     publisher.send(40, "10 00 ff ff", {scenario.phone.host});
     for (int hop = 0; hop < 20; ++hop) publisher.queue.sync([] {});
     EXPECT_EQ(publisher.subscriptionsOf(stale), 7u) << "Service Changed twice, as it asks anew";
-    publisher.send(kKeyboard, "00 00 04 00 00 00 00 00", {scenario.phone.host});
+    publisher.send(kKeyboardReport, "00 00 04 00 00 00 00 00", {scenario.phone.host});
     EXPECT_EQ(stale.record().typed, "a");
 }
 
 TEST_F(VirtualBluetoothTest, RemovedServicesDeliverNothing) {
     publisher_.queue.sync([&] { publisher_.peripheral->removeAllServices(); });
-    publisher_.send(kKeyboard, "00 00 04 00 00 00 00 00", {a_.traits().host});
+    publisher_.send(kKeyboardReport, "00 00 04 00 00 00 00 00", {a_.traits().host});
     EXPECT_EQ(a_.record().typed, "");
 }
 
@@ -197,14 +197,14 @@ TEST_F(VirtualBluetoothTest, SecondPeripheralAfterTheFirstIsServedTheSame) {
     Publisher second(make_, clock_);
     for (int hop = 0; hop < 20; ++hop) second.queue.sync([] {});
     EXPECT_EQ(second.subscriptionsOf(a_), 6u);
-    second.send(kKeyboard, "00 00 04 00 00 00 00 00", {a_.traits().host});
+    second.send(kKeyboardReport, "00 00 04 00 00 00 00 00", {a_.traits().host});
     EXPECT_EQ(a_.record().typed, "a");
 }
 
 TEST_F(VirtualBluetoothTest, EndedPeripheralCallsNobody) {
     publisher_.takeEvents();
     a_.refuseNextUpdates(1);
-    publisher_.send(kKeyboard, "00 00 04 00 00 00 00 00", {a_.traits().host});
+    publisher_.send(kKeyboardReport, "00 00 04 00 00 00 00 00", {a_.traits().host});
     publisher_.queue.sync([&] {
         publisher_.peripheral->startAdvertising("Test", {});
         publisher_.peripheral.reset();
