@@ -57,6 +57,16 @@ void Devices::stop() {
     matchQueue_.stop();
 }
 
+// Later actions get an input of their own.
+void Devices::letGo() {
+    std::map<Uuid, std::shared_ptr<Input>> inputs;
+    {
+        MutexLock lock(mutex_);
+        inputs.swap(inputs_);
+    }
+    for (const auto& [host, input] : inputs) input->stop();
+}
+
 std::vector<Device> Devices::list(const std::vector<Uuid>& hosts) {
     const auto screens = screens_.all();
     MutexLock lock(mutex_);
