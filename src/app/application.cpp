@@ -6,6 +6,8 @@
 #include <fmt/format.h>
 #include <sys/resource.h>
 
+#include "app/app_delegate.h"
+#include "app/brand.h"
 #include "app/owner_side.h"
 #include "app/panel_asker.h"
 #include "app/phone_window.h"
@@ -23,9 +25,11 @@
 namespace tandrel {
 namespace {
 
-std::unique_ptr<MainLoop> makeMainLoop(bool hasDisplay) {
-    if (hasDisplay) return std::make_unique<QtMainLoop>();
-    return std::make_unique<LinuxMainLoop>();
+std::unique_ptr<MainLoop> makeMainLoop(bool hasDisplay, const AppInfo& info) {
+    if (!hasDisplay) return std::make_unique<LinuxMainLoop>();
+    auto loop = std::make_unique<QtMainLoop>();
+    Brand::registerFonts(info.bundle / "share");
+    return loop;
 }
 
 // Who asks the owner: the panel where there is a display, the terminal only when the person who
@@ -62,8 +66,11 @@ int serve(Wiring& wiring, OwnerSide& owner, const AppInfo& info, MainLoop& loop,
     wiring.engine().start(stopping);
     owner.start();
     const auto windows = openWindows(wiring.backends(), hasDisplay);
+    std::optional<AppDelegate> delegate;
+    if (hasDisplay) delegate.emplace(owner, info, loop, systemClock()).start();
     sayWelcome(wiring, info);
     const int status = loop.run();
+    delegate.reset();
     owner.stop();
     wiring.engine().stop();
     return status;
@@ -87,7 +94,7 @@ int runApplication(const Arguments& arguments) {
     }
     const bool hasDisplay = prepareDisplay();
     const bool askHere = std::ranges::count(arguments, "--ask-here") > 0;
-    loop = makeMainLoop(hasDisplay);
+    loop = makeMainLoop(hasDisplay, info);
     const auto listening = stopSignals.deliver([&] {
         stopping.request_stop();
         loop->quit(0);

@@ -7,6 +7,7 @@
 #include "app/application.h"
 #include "app/mirror_tools.h"
 #include "app/owner_modes.h"
+#include "app/screenshots.h"
 #include "app/self_test.h"
 #include "app/settings_command.h"
 #include "app/wiring.h"
@@ -29,9 +30,8 @@ int checkGuard(const Arguments& arguments) {
 
 int selfTest(const Arguments&) { return runSelfTest(appInfo()); }
 
-int renderSteps(const Arguments&) {
-    fmt::print("nothing to render yet\n");
-    return 0;
+int renderSteps(const Arguments& arguments) {
+    return Screenshots::render({arguments.begin() + 1, arguments.end()}, appInfo());
 }
 
 int changeSetting(const Arguments& arguments) {
@@ -54,7 +54,7 @@ constexpr Mode kModes[] = {
     {"--phone-test",   "[DEVICE]",       "run a short, harmless test on the phone",            runPhoneTest},
     {"--guard-check",  "FILE",           "run the payment guard over a file of recorded cases", checkGuard},
     {"--self-test",    "",               "run the fixtures that ship with the program",        selfTest},
-    {"--render-steps", "DIR",            "draw the setup steps into picture files",            renderSteps},
+    {"--render-steps", "DIR [--dark] [--scale N]", "draw every window into picture files",      renderSteps},
     {"--approvals",    "[--json]",       "list what the owner was asked and answered",         showApprovals},
     {"--set",          "paused|link VALUE", "change a setting: paused true|false, link cable|airplay", changeSetting},
     {"--help",         "",               "print this",                                         printHelp},

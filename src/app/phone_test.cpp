@@ -128,20 +128,20 @@ PhoneTest::Next PhoneTest::pressHome() {
     return Next::goOn;
 }
 
-PhoneTest::PointerLook PhoneTest::pointerShows() const {
+PhoneTest::PointerLook PhoneTest::pointerShows(const TryIt& phone, TryIt::From from) {
     std::array<std::optional<PointerCheck::Thumbnail>, 2> seen;
     for (std::size_t i = 0; i < seen.size(); ++i) {
         const ScreenPoint point = i == 0 ? PointerCheck::a : PointerCheck::b;
-        if (auto problem = phone_.act("/move", pointBody(point))) return {.problem = problem};
-        phone_.wait(kAfterMove);
-        seen[i] = gray(phone_.frame(from_, kMaxEdge, TryIt::Text::unread));
+        if (auto problem = phone.act("/move", pointBody(point))) return {.problem = problem};
+        phone.wait(kAfterMove);
+        seen[i] = gray(phone.frame(from, kMaxEdge, TryIt::Text::unread));
     }
     return {.shown = seen[0] && seen[1] && PointerCheck::pointerMoved(*seen[0], *seen[1])};
 }
 
 PhoneTest::Next PhoneTest::movePointer() {
     const int line = begin("Move the pointer");
-    const PointerLook look = pointerShows();
+    const PointerLook look = pointerShows(phone_, from_);
     if (look.problem) {
         end(line, Mark::failed, look.problem);
         finish(false, "The pointer couldn't be moved, so the test stopped here.");

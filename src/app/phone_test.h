@@ -47,6 +47,13 @@ class PhoneTest {
     // Logs how it ended. A test that is stopped ends without a message.
     Progress run(const Situation& situation);
 
+    // Moves the pointer from one place to another and looks for it. Blocks for some seconds.
+    struct PointerLook {
+        std::optional<TryIt::Problem> problem = std::nullopt;
+        bool shown = false;
+    };
+    static PointerLook pointerShows(const TryIt& phone, TryIt::From from);
+
     // What the owner reads before.
     static constexpr const char* kExplanation =
         "A quick test on the iPhone: Tandrel presses Home, moves the pointer, opens Settings by "
@@ -68,11 +75,6 @@ class PhoneTest {
     int begin(std::string title);
     void end(int index, Mark mark, std::optional<std::string> detail = std::nullopt);
     void finish(bool passed, std::string message);
-    struct PointerLook {
-        std::optional<TryIt::Problem> problem = std::nullopt;
-        bool shown = false;
-    };
-    PointerLook pointerShows() const;
     std::optional<TryIt::Problem> typeSettings() const;
 
     const TryIt& phone_;

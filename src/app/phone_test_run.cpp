@@ -35,6 +35,18 @@ void PhoneTestRun::start() {
     });
 }
 
+void PhoneTestRun::checkPointer(std::function<void(const PhoneTest::PointerLook& look)> done) {
+    queue_.post([this, done = std::move(done)] {
+        const TryIt phone(place_, clock_, {}, stopping_.get_token());
+        const auto from = TryIt::preferred(state_.snapshot().inputs);
+        const auto look = PhoneTest::pointerShows(phone, from);
+        if (look.shown) state_.setAssistiveTouchOn();
+        loop_.post([done, look, alive = std::weak_ptr(alive_)] {
+            if (!alive.expired()) done(look);
+        });
+    });
+}
+
 void PhoneTestRun::show(const PhoneTest::Progress& now) {
     progress_ = now;
     changed_(progress_);

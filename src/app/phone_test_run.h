@@ -24,6 +24,8 @@ class PhoneTestRun {
 
     // Begins afresh; nothing while one runs.
     void start();
+    // Only the step that looks for the pointer; `done` comes on the main thread.
+    void checkPointer(std::function<void(const PhoneTest::PointerLook& look)> done);
     bool running() const { return progress_.running; }
     const PhoneTest::Progress& progress() const { return progress_; }
 

@@ -85,7 +85,7 @@ TEST_F(Modes, PrintWhatTheTableSaysAndEnd) {
          0,
          AllOf(Not(HasSubstr("FAIL")), HasSubstr("guard: known_limits.json"),
                ContainsRegex("\n[0-9]+ passed, 0 failed\n$"))},
-        {{"--render-steps", "/tmp"}, 0, "nothing to render yet\n"},
+        {{"--render-steps"}, 2, StartsWith("usage: tandrel-app --render-steps DIR ")},
         {{"--approvals"}, 0, "No payment has been asked about yet.\n"},
         {{"--approvals", "--json"}, 0, "{\"approvals\":[],\"unreadable\":0}\n"},
         {{"--help"},
