@@ -33,7 +33,8 @@ struct Backends {
     CaptureDevices* capture = nullptr;
     std::unique_ptr<Permissions> ownPermissions;
     Permissions* permissions = nullptr;
-    std::vector<std::string> absences;  // sentences on what this system lacks
+    std::unique_ptr<TextRecognizer> recognizer;  // none: this computer's own
+    std::vector<std::string> absences;           // sentences on what this system lacks
 
     Backends();
     Backends(Backends&&) noexcept;

@@ -7,7 +7,7 @@
 #include "base/result.h"
 
 // The owner's settings. Keys in use: "paused", "link", "askBeforePayments",
-// "askWhenUnsure".
+// "askWhenUnsure", "languages".
 namespace tandrel {
 
 class UserDefaults {
