@@ -6,6 +6,7 @@
 #include <fmt/format.h>
 #include <sys/resource.h>
 
+#include "app/owner_side.h"
 #include "app/panel_asker.h"
 #include "app/phone_window.h"
 #include "app/qt_main_loop.h"
@@ -56,12 +57,14 @@ void raiseFileLimit() {
 }
 
 // Serves until the main loop is told to end.
-int serve(Wiring& wiring, const AppInfo& info, MainLoop& loop, bool hasDisplay,
+int serve(Wiring& wiring, OwnerSide& owner, const AppInfo& info, MainLoop& loop, bool hasDisplay,
           const std::stop_token& stopping) {
     wiring.engine().start(stopping);
+    owner.start();
     const auto windows = openWindows(wiring.backends(), hasDisplay);
     sayWelcome(wiring, info);
     const int status = loop.run();
+    owner.stop();
     wiring.engine().stop();
     return status;
 }
@@ -93,7 +96,8 @@ int runApplication(const Arguments& arguments) {
     const auto notifications = makeDesktopNotifications();
     const auto asker = makeAsker(hasDisplay, askHere, *loop, *notifications, clock);
     Wiring wiring(std::move(*backends), info, *loop, *asker, clock);
-    const int status = serve(wiring, info, *loop, hasDisplay, stopping.get_token());
+    OwnerSide owner(wiring, info, *loop, clock);
+    const int status = serve(wiring, owner, info, *loop, hasDisplay, stopping.get_token());
     AppLog::setShared(nullptr);
     return status;
 }

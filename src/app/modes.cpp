@@ -6,6 +6,7 @@
 
 #include "app/application.h"
 #include "app/mirror_tools.h"
+#include "app/owner_modes.h"
 #include "app/self_test.h"
 #include "app/settings_command.h"
 #include "app/wiring.h"
@@ -19,11 +20,6 @@ AppInfo appInfo() { return AppInfo::load(AppInfo::bundleOfThisProgram()); }
 
 int printVersion(const Arguments&) {
     fmt::print("Tandrel {}\n", appInfo().version);
-    return 0;
-}
-
-int checkHelper(const Arguments&) {
-    fmt::print("state: unknown\n");
     return 0;
 }
 
@@ -53,7 +49,9 @@ int printHelp(const Arguments&);
 // clang-format off
 constexpr Mode kModes[] = {
     {"--version",      "",               "print the version",                                  printVersion},
-    {"--helper-check", "[run]",          "say whether AI apps can start the helper",           checkHelper},
+    {"--helper-check", "[run]",          "say whether AI apps can start the helper",           runHelperCheck},
+    {"--doctor",       "[--json]",       "say what keeps an assistant from using the phone",   runDoctor},
+    {"--phone-test",   "[DEVICE]",       "run a short, harmless test on the phone",            runPhoneTest},
     {"--guard-check",  "FILE",           "run the payment guard over a file of recorded cases", checkGuard},
     {"--self-test",    "",               "run the fixtures that ship with the program",        selfTest},
     {"--render-steps", "DIR",            "draw the setup steps into picture files",            renderSteps},

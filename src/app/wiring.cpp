@@ -10,6 +10,7 @@
 #include "platform/linux/image_capture_devices.h"
 #include "platform/linux/linux_permissions.h"
 #include "platform/linux/sock_diag_peer_identity.h"
+#include "platform/linux/udev_usb_registry.h"
 #include "platform/virtual/virtual_platform.h"
 
 namespace tandrel {
@@ -50,6 +51,7 @@ Result<Backends> Backends::open(const AppInfo& info, Clock& clock) {
         backends.makeBluetooth = backends.virtualPhones->makeBluetoothPeripheral();
         backends.capture = &backends.virtualPhones->captureDevices();
         backends.permissions = &backends.virtualPhones->permissions();
+        backends.usb = &backends.virtualPhones->usbRegistry();
         return backends;
     }
     backends.makeBluetooth = AbsentBluetoothPeripheral::maker();
@@ -63,6 +65,8 @@ Result<Backends> Backends::open(const AppInfo& info, Clock& clock) {
     backends.capture = backends.ownCapture.get();
     backends.ownPermissions = std::make_unique<LinuxPermissions>();
     backends.permissions = backends.ownPermissions.get();
+    backends.ownUsb = std::make_unique<UdevUsbRegistry>();
+    backends.usb = backends.ownUsb.get();
     return backends;
 }
 

@@ -57,6 +57,16 @@ void Devices::stop() {
     matchQueue_.stop();
 }
 
+// Later actions get an input of their own.
+void Devices::letGo() {
+    std::map<Uuid, std::shared_ptr<Input>> inputs;
+    {
+        MutexLock lock(mutex_);
+        inputs.swap(inputs_);
+    }
+    for (const auto& [host, input] : inputs) input->stop();
+}
+
 // A host drives one phone: where the pairings give it to two screens that are present, only the
 // first has it, since an action judged by the picture of one phone must not reach the other.
 std::vector<Device> Devices::list(std::vector<Uuid> hosts) {

@@ -41,6 +41,9 @@ class Devices {
     // Ends matching and every action under way; nothing is matched afterwards. Bounded.
     void stop();
 
+    // Ends every action under way, which fails, and releases what it holds. Bounded.
+    void letGo();
+
     std::vector<Device> all();
     // Connected hosts that drive no present screen.
     std::vector<Uuid> unmatchedHosts();
