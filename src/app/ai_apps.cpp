@@ -19,4 +19,17 @@ std::vector<AIAppStatus> lookAtAIApps(const AIConnect& ai,
              .toPaste = ai.codexSnippet()}};
 }
 
+AIConnect::Outcome addToAIApp(const AIConnect& ai, AIApp app) {
+    switch (app) {
+        case AIApp::claudeCode:
+            if (const auto claude = ai.findClaude()) return ai.addToClaudeCode(*claude);
+            return {false, "Claude Code isn't on this computer."};
+        case AIApp::claudeDesktop:
+            return ai.addToClaudeDesktop();
+        case AIApp::codex:
+            return ai.addToCodex();
+    }
+    return {};
+}
+
 }  // namespace tandrel

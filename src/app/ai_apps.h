@@ -14,4 +14,7 @@ namespace tandrel {
 std::vector<AIAppStatus> lookAtAIApps(const AIConnect& ai,
                                       const std::optional<std::filesystem::path>& claude);
 
+// Adds Tandrel to the app's settings. Blocks; what came of it is shown as it stands.
+AIConnect::Outcome addToAIApp(const AIConnect& ai, AIApp app);
+
 }  // namespace tandrel

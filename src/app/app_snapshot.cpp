@@ -25,6 +25,12 @@ std::string_view name(AIApp app) {
     return "";
 }
 
+std::string describe(const AIAppStatus& status) {
+    if (status.link == Link::addedHere) return "uses this copy of Tandrel";
+    if (status.link == Link::addedElsewhere) return "still points to an older copy of Tandrel";
+    return status.installed ? "doesn't know Tandrel yet" : "not on this computer";
+}
+
 OwnerSettings OwnerSettings::read(const UserDefaults& defaults) {
     const auto chosen = [&](const char* key, bool unset) {
         return defaults.boolValue(key).value_or(unset);

@@ -29,6 +29,9 @@ struct AIAppStatus {
     bool operator==(const AIAppStatus&) const = default;
 };
 
+// How it stands, in a few words such as "uses this copy of Tandrel".
+std::string describe(const AIAppStatus& status);
+
 // What the owner has chosen, and what is remembered.
 struct OwnerSettings {
     bool paused = false;

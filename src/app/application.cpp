@@ -6,6 +6,7 @@
 #include <fmt/format.h>
 #include <sys/resource.h>
 
+#include "app/first_copy.h"
 #include "app/owner_side.h"
 #include "app/panel_asker.h"
 #include "app/phone_window.h"
@@ -56,6 +57,14 @@ void raiseFileLimit() {
     if (::setrlimit(RLIMIT_NOFILE, &limit) != 0) log("can't raise the limit of open files");
 }
 
+// Whether a copy that runs already has shown its window instead. Copies that take a free port each
+// have nothing in common.
+bool firstCopyShows(bool hasDisplay) {
+    const EngineSettings settings = EngineSettings::fromEnvironment();
+    if (!hasDisplay || settings.disabled || settings.port == 0) return false;
+    return FirstCopy::ask(FirstCopy::meetingPlace(settings.port));
+}
+
 // Serves until the main loop is told to end.
 int serve(Wiring& wiring, OwnerSide& owner, const AppInfo& info, MainLoop& loop, bool hasDisplay,
           const std::stop_token& stopping) {
@@ -80,12 +89,16 @@ int runApplication(const Arguments& arguments) {
     Clock& clock = systemClock();
     const AppInfo info = AppInfo::load(AppInfo::bundleOfThisProgram());
     AppLog::setShared(std::make_shared<AppLog>(AppFiles::of(info).log));
+    const bool hasDisplay = prepareDisplay();
+    if (firstCopyShows(hasDisplay)) {
+        fmt::print("Tandrel is already running; its window has been opened.\n");
+        return 0;
+    }
     auto backends = Backends::open(info, clock);
     if (!backends) {
         fmt::print(stderr, "{}\n", backends.error().message);
         return 1;
     }
-    const bool hasDisplay = prepareDisplay();
     const bool askHere = std::ranges::count(arguments, "--ask-here") > 0;
     loop = makeMainLoop(hasDisplay);
     const auto listening = stopSignals.deliver([&] {

@@ -132,15 +132,8 @@ Condition payments(const Findings& found) {
 }
 
 Condition aiApp(const AIAppStatus& status) {
-    Condition condition{State::note, std::string(name(status.app)), "not on this computer", ""};
-    if (status.link == Link::addedHere) {
-        condition.words = "uses this copy of Tandrel";
-        condition.state = State::good;
-    } else if (status.link == Link::addedElsewhere) {
-        condition.words = "still points to an older copy of Tandrel.";
-    } else if (status.installed) {
-        condition.words = "doesn't know Tandrel yet";
-    }
+    Condition condition{status.link == Link::addedHere ? State::good : State::note,
+                        std::string(name(status.app)), describe(status), ""};
     const bool isOpen = status.link != Link::addedHere && (status.installed || added(status.link));
     if (isOpen) condition.step = "add it in the setup, or by hand:\n" + status.toPaste;
     return condition;

@@ -51,6 +51,7 @@ constexpr Mode kModes[] = {
     {"--version",      "",               "print the version",                                  printVersion},
     {"--helper-check", "[run]",          "say whether AI apps can start the helper",           runHelperCheck},
     {"--doctor",       "[--json]",       "say what keeps an assistant from using the phone",   runDoctor},
+    {"--connect",      "[APP]",          "add Tandrel to claude-code, claude-desktop or codex", runConnect},
     {"--phone-test",   "[DEVICE]",       "run a short, harmless test on the phone",            runPhoneTest},
     {"--guard-check",  "FILE",           "run the payment guard over a file of recorded cases", checkGuard},
     {"--self-test",    "",               "run the fixtures that ship with the program",        selfTest},

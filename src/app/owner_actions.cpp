@@ -6,6 +6,7 @@
 #include <fmt/format.h>
 #include <fmt/ranges.h>
 
+#include "app/ai_apps.h"
 #include "app/status_explain.h"
 #include "base/environment.h"
 #include "base/file.h"
@@ -113,21 +114,8 @@ void OwnerActions::setSetupDone(bool isDone, Done done) {
     run([this, isDone] { return outcomeOf(to_.state.setSetupDone(isDone)); }, std::move(done));
 }
 
-Outcome OwnerActions::add(AIApp app) const {
-    switch (app) {
-        case AIApp::claudeCode:
-            if (const auto claude = to_.ai.findClaude()) return to_.ai.addToClaudeCode(*claude);
-            return {false, "Claude Code isn't on this computer."};
-        case AIApp::claudeDesktop:
-            return to_.ai.addToClaudeDesktop();
-        case AIApp::codex:
-            return to_.ai.addToCodex();
-    }
-    return {};
-}
-
 void OwnerActions::addTo(AIApp app, Done done) {
-    run([this, app] { return add(app); }, std::move(done));
+    run([this, app] { return addToAIApp(to_.ai, app); }, std::move(done));
 }
 
 void OwnerActions::restartClaudeDesktop(Done done) {

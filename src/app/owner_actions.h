@@ -60,7 +60,6 @@ class OwnerActions {
 
     void change(std::function<Result<void>(UserDefaults&)> setting, Done done);
     void run(Work work, Done done);
-    Outcome add(AIApp app) const;
     Outcome matchAgain() const;
     Outcome openBluetoothSettings() const;
     Outcome quitOthers();

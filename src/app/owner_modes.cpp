@@ -1,5 +1,6 @@
 #include "app/owner_modes.h"
 
+#include <algorithm>
 #include <cstdio>
 
 #include <fmt/format.h>
@@ -80,6 +81,24 @@ class TerminalLines {
     std::optional<PhoneTest::Line> shown_;
 };
 
+struct AppWord {
+    const char* word;
+    AIApp app;
+};
+constexpr AppWord kApps[] = {
+    {"claude-code", AIApp::claudeCode},
+    {"claude-desktop", AIApp::claudeDesktop},
+    {"codex", AIApp::codex},
+};
+
+void listApps(const AIConnect& ai) {
+    const auto apps = lookAtAIApps(ai, ai.findClaude());
+    for (const AppWord& row : kApps) {
+        const AIAppStatus& app = apps[static_cast<std::size_t>(row.app)];
+        fmt::print("{:<16}{}\n", row.word, describe(app));
+    }
+}
+
 int cannotAsk(const Error& error) {
     fmt::print(stderr, "{}\n", error.message);
     return 1;
@@ -124,6 +143,25 @@ int runPhoneTest(const Arguments& arguments) {
         test.run({.paused = report.paused, .from = TryIt::preferred(snapshot.inputs)});
     fmt::print("\n{}\n", ended.message.value_or(""));
     return ended.passed ? 0 : 1;
+}
+
+int runConnect(const Arguments& arguments) {
+    const OwnerServices services(appInfo(), systemClock());
+    if (arguments.size() < 2) {
+        listApps(services.ai());
+        return 0;
+    }
+    const auto row = std::ranges::find(kApps, arguments[1], &AppWord::word);
+    if (row == std::end(kApps) || arguments.size() > 2) {
+        fmt::print(stderr, "usage: tandrel-app --connect [claude-code|claude-desktop|codex]\n");
+        return 2;
+    }
+    const auto outcome = addToAIApp(services.ai(), row->app);
+    fmt::print("{}\n", outcome.message);
+    if (!outcome.ok && row->app == AIApp::codex) {
+        fmt::print("\n{}\n", services.ai().codexSnippet());
+    }
+    return outcome.ok ? 0 : 1;
 }
 
 }  // namespace tandrel

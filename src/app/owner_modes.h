@@ -14,4 +14,7 @@ int runDoctor(const Arguments& arguments);
 // The phone test in the terminal; 0 only when it passed. An argument names one of several phones.
 int runPhoneTest(const Arguments& arguments);
 
+// Adds Tandrel to the AI app named; without a name, how each app on this computer stands to it.
+int runConnect(const Arguments& arguments);
+
 }  // namespace tandrel

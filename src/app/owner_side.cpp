@@ -42,12 +42,14 @@ OwnerSide::OwnerSide(Wiring& wiring, const AppInfo& info, MainLoop& loop, Clock&
                 .clock = clock,
                 .reopen =
                     [this] {
+                        makeRoom();
                         const auto started = installer_.relaunch(kReopenAfterSeconds);
                         if (!started) return log(started.error().message);
                         quitSoon();
                     },
                 .moveToApplications =
                     [this] {
+                        makeRoom();
                         auto problem = installer_.moveToApplications();
                         if (!problem) loop_.post([this] { quitSoon(); });
                         return problem;
@@ -75,6 +77,7 @@ void OwnerSide::start() {
 }
 
 void OwnerSide::stop() {
+    makeRoom();
     services_.stop();
     state_.stop();
 }
@@ -86,6 +89,21 @@ EnginePlace OwnerSide::enginePlace() const {
     };
     return {usual(engine.ownURL(), engine.settings().port),
             usual(engine.ownAirplayURL(), engine.settings().airplayPort)};
+}
+
+void OwnerSide::listenForCopies(std::function<void()> show) {
+    const std::uint16_t port = wiring_.engine().settings().port;
+    if (port == 0) return;  // each copy takes a port of its own
+    auto listening = FirstCopy::listen(FirstCopy::meetingPlace(port), loop_, std::move(show));
+    if (listening) {
+        firstCopy_ = *std::move(listening);
+    } else {
+        log("reopening: " + listening.error().message);
+    }
+}
+
+void OwnerSide::makeRoom() {
+    if (firstCopy_) firstCopy_->leave();
 }
 
 void OwnerSide::quitSoon() {

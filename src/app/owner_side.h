@@ -1,8 +1,10 @@
 #pragma once
 
+#include <functional>
 #include <memory>
 
 #include "app/autostart.h"
+#include "app/first_copy.h"
 #include "app/installer.h"
 #include "app/owner_actions.h"
 #include "app/owner_services.h"
@@ -20,6 +22,8 @@ class OwnerSide {
 
     // After the engine has started.
     void start();
+    // From now on a second start of the application calls `show` instead of staying. Main thread.
+    void listenForCopies(std::function<void()> show);
     // Ends the polling and what runs; nothing of this calls anybody afterwards. Bounded.
     void stop();
 
@@ -31,6 +35,8 @@ class OwnerSide {
     EnginePlace enginePlace() const;
 
  private:
+    // The copy that is started next must not meet this one.
+    void makeRoom();
     void quitSoon();
 
     Wiring& wiring_;
@@ -39,6 +45,7 @@ class OwnerSide {
     Installer installer_;
     const Autostart autostart_;
     AppState state_;
+    std::unique_ptr<FirstCopy> firstCopy_;
     OwnerActions actions_;
     Login1Power power_;
     WakeCheck wakeCheck_;
