@@ -6,9 +6,9 @@
 #include "base/paths.h"
 #include "image/image_reader.h"
 #include "platform/linux/absent_bluetooth_peripheral.h"
+#include "platform/linux/chosen_languages.h"
 #include "platform/linux/image_capture_devices.h"
 #include "platform/linux/linux_permissions.h"
-#include "platform/linux/linux_text_recognizer.h"
 #include "platform/linux/sock_diag_peer_identity.h"
 #include "platform/linux/udev_usb_registry.h"
 #include "platform/virtual/virtual_platform.h"
@@ -85,7 +85,10 @@ Wiring::Wiring(Backends backends, AppInfo info, MainLoop& loop, Asker& asker, Cl
       files_(AppFiles::of(info)),
       defaults_(files_.settings, clock),
       peers_(std::make_unique<SockDiagPeerIdentity>()),
-      recognizer_(*makeTextRecognizer()),
+      recognizer_(backends_.recognizer
+                      ? std::move(backends_.recognizer)
+                      : std::make_unique<ChosenLanguages>(
+                            [this] { return defaults_.textValue("languages").value_or("eng"); })),
       hid_(info.bluetoothName, backends_.makeBluetooth, clock),
       capture_(*backends_.capture, clock),
       devices_(hid_, capture_,

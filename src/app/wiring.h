@@ -35,7 +35,8 @@ struct Backends {
     Permissions* permissions = nullptr;
     std::unique_ptr<UsbRegistry> ownUsb;
     UsbRegistry* usb = nullptr;
-    std::vector<std::string> absences;  // sentences on what this system lacks
+    std::unique_ptr<TextRecognizer> recognizer;  // none: this computer's own
+    std::vector<std::string> absences;           // sentences on what this system lacks
 
     Backends();
     Backends(Backends&&) noexcept;
