@@ -84,7 +84,7 @@ bench: ## run every benchmark (BENCH=name picks one room's)
 bench-text: ## how right and how fast frames are read (TANDREL_SCREENS names real screenshots)
 	@scripts/install-packages.sh bench
 	@scripts/configure.sh build-bench -DTANDREL_BENCH=ON -DTANDREL_TESTS=OFF
-	@ninja -C build-bench text_table
+	@ninja -C build-bench text_table look_and_tap
 	@scripts/bench-text.sh build-bench/bin --details
 
 fuzz: ## run each fuzz target for FUZZ_SECONDS (60), from its corpus (FUZZ=name picks one)

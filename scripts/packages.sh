@@ -24,6 +24,7 @@ check="
     $bench
     clang-19 clang-tidy-19 clang-format-19 libclang-rt-19-dev llvm-19
     mandoc
+    tesseract-ocr-deu tesseract-ocr-fra
 "
 
 case "${1:-build}" in

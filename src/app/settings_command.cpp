@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include "platform/linux/chosen_languages.h"
 #include "platform/linux/json_user_defaults.h"
 
 namespace tandrel {
@@ -10,11 +11,16 @@ namespace {
 constexpr const char* kUsage =
     "usage: tandrel-app --set paused true|false\n"
     "       tandrel-app --set link cable|airplay\n"
-    "       tandrel-app --set askWhenUnsure true|false\n";
+    "       tandrel-app --set askWhenUnsure true|false\n"
+    "       tandrel-app --set languages LANGUAGES\n";
 
 Result<void> change(UserDefaults& defaults, const std::string& key, const std::string& value) {
     if ((key == "paused" || key == "askWhenUnsure") && (value == "true" || value == "false")) {
         return defaults.set(key, value == "true");
+    }
+    if (key == "languages") {
+        TRY_VOID(checkLanguages(value));
+        return defaults.set(key, value);
     }
     if (key == "link" && (value == "cable" || value == "airplay")) return defaults.set(key, value);
     return fail(kUsage, 2);

@@ -6,10 +6,11 @@
 #include "base/paths.h"
 #include "image/image_reader.h"
 #include "platform/linux/absent_bluetooth_peripheral.h"
+#include "platform/linux/chosen_languages.h"
 #include "platform/linux/image_capture_devices.h"
 #include "platform/linux/linux_permissions.h"
-#include "platform/linux/linux_text_recognizer.h"
 #include "platform/linux/sock_diag_peer_identity.h"
+#include "platform/linux/udev_usb_registry.h"
 #include "platform/virtual/virtual_platform.h"
 
 namespace tandrel {
@@ -50,6 +51,7 @@ Result<Backends> Backends::open(const AppInfo& info, Clock& clock) {
         backends.makeBluetooth = backends.virtualPhones->makeBluetoothPeripheral();
         backends.capture = &backends.virtualPhones->captureDevices();
         backends.permissions = &backends.virtualPhones->permissions();
+        backends.usb = &backends.virtualPhones->usbRegistry();
         return backends;
     }
     backends.makeBluetooth = AbsentBluetoothPeripheral::maker();
@@ -63,6 +65,8 @@ Result<Backends> Backends::open(const AppInfo& info, Clock& clock) {
     backends.capture = backends.ownCapture.get();
     backends.ownPermissions = std::make_unique<LinuxPermissions>();
     backends.permissions = backends.ownPermissions.get();
+    backends.ownUsb = std::make_unique<UdevUsbRegistry>();
+    backends.usb = backends.ownUsb.get();
     return backends;
 }
 
@@ -81,7 +85,10 @@ Wiring::Wiring(Backends backends, AppInfo info, MainLoop& loop, Asker& asker, Cl
       files_(AppFiles::of(info)),
       defaults_(files_.settings, clock),
       peers_(std::make_unique<SockDiagPeerIdentity>()),
-      recognizer_(*makeTextRecognizer()),
+      recognizer_(backends_.recognizer
+                      ? std::move(backends_.recognizer)
+                      : std::make_unique<ChosenLanguages>(
+                            [this] { return defaults_.textValue("languages").value_or("eng"); })),
       hid_(info.bluetoothName, backends_.makeBluetooth, clock),
       capture_(*backends_.capture, clock),
       devices_(hid_, capture_,
@@ -90,8 +97,7 @@ Wiring::Wiring(Backends backends, AppInfo info, MainLoop& loop, Asker& asker, Cl
                clock),
       paymentLog_(files_.approvals, clock),
       gate_(defaults_, asker, paymentLog_, clock,
-            {.timeoutSeconds =
-                 PaymentGate::timeoutSeconds(environment("TANDREL_GUARD_TIMEOUT")),
+            {.timeoutSeconds = PaymentGate::timeoutSeconds(environment("TANDREL_GUARD_TIMEOUT")),
              .keyUsage = keyUsage,
              .secondLayer = PaymentGateOptions::SecondLayer::off,
              .words = PaymentGuard::GuardWords::load(info.bundle / "share/tandrel/guard/words")}),

@@ -33,7 +33,10 @@ struct Backends {
     CaptureDevices* capture = nullptr;
     std::unique_ptr<Permissions> ownPermissions;
     Permissions* permissions = nullptr;
-    std::vector<std::string> absences;  // sentences on what this system lacks
+    std::unique_ptr<UsbRegistry> ownUsb;
+    UsbRegistry* usb = nullptr;
+    std::unique_ptr<TextRecognizer> recognizer;  // none: this computer's own
+    std::vector<std::string> absences;           // sentences on what this system lacks
 
     Backends();
     Backends(Backends&&) noexcept;
@@ -61,6 +64,8 @@ class Wiring {
 
     Engine& engine() { return engine_; }
     Backends& backends() { return backends_; }
+    const Backends& backends() const { return backends_; }
+    UserDefaults& defaults() { return defaults_; }
     HIDPeripheral& hid() { return hid_; }
     ScreenCapture& capture() { return capture_; }
     const AppFiles& files() const { return files_; }

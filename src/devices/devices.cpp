@@ -57,14 +57,26 @@ void Devices::stop() {
     matchQueue_.stop();
 }
 
-std::vector<Device> Devices::list(const std::vector<Uuid>& hosts) {
+// Later actions get an input of their own.
+void Devices::letGo() {
+    std::map<Uuid, std::shared_ptr<Input>> inputs;
+    {
+        MutexLock lock(mutex_);
+        inputs.swap(inputs_);
+    }
+    for (const auto& [host, input] : inputs) input->stop();
+}
+
+// A host drives one phone: where the pairings give it to two screens that are present, only the
+// first has it, since an action judged by the picture of one phone must not reach the other.
+std::vector<Device> Devices::list(std::vector<Uuid> hosts) {
     const auto screens = screens_.all();
     MutexLock lock(mutex_);
     std::vector<Device> devices;
     for (const auto& screen : screens) {
         Device device{screen, std::nullopt};
         const auto paired = pairings_.find(screen->id());
-        if (paired != pairings_.end() && std::ranges::count(hosts, paired->second) > 0) {
+        if (paired != pairings_.end() && std::erase(hosts, paired->second) > 0) {
             device.host = paired->second;
         }
         devices.push_back(std::move(device));
@@ -107,23 +119,25 @@ std::shared_ptr<Input> Devices::input(const Uuid& host) {
 
 Result<void> Devices::pair(const Device& device, const Uuid& host) {
     MutexLock oneStore(fileMutex_);
-    Pairings current;
-    {
-        MutexLock lock(mutex_);
-        pairings_[device.id()] = host;
-        current = pairings_;
+    return storePairings(options_.pairingsFile, pairOnly({{device.id(), host}}));
+}
+
+Pairings Devices::pairOnly(const Pairings& made) {
+    const auto screens = screens_.all();
+    MutexLock lock(mutex_);
+    for (const auto& [id, host] : made) {
+        for (const auto& screen : screens) {
+            const auto before = pairings_.find(screen->id());
+            if (before != pairings_.end() && before->second == host) pairings_.erase(before);
+        }
+        pairings_[id] = host;
     }
-    return storePairings(options_.pairingsFile, current);
+    return pairings_;
 }
 
 void Devices::keep(const Pairings& made) {
     MutexLock oneStore(fileMutex_);
-    Pairings current;
-    {
-        MutexLock lock(mutex_);
-        for (const auto& [screen, host] : made) pairings_[screen] = host;
-        current = pairings_;
-    }
+    const Pairings current = pairOnly(made);
     std::string line = "matched";
     for (const auto& [screen, host] : made) line += fmt::format(" {}={}", screen, host.text());
     log(line);

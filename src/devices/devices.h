@@ -41,6 +41,9 @@ class Devices {
     // Ends matching and every action under way; nothing is matched afterwards. Bounded.
     void stop();
 
+    // Ends every action under way, which fails, and releases what it holds. Bounded.
+    void letGo();
+
     std::vector<Device> all();
     // Connected hosts that drive no present screen.
     std::vector<Uuid> unmatchedHosts();
@@ -70,7 +73,9 @@ class Devices {
  private:
     MatchOutcome runMatch(const MatchOptions& options) RUNS_ON(matchQueue_);
     void keep(const Pairings& made);
-    std::vector<Device> list(const std::vector<Uuid>& hosts);
+    // Takes the pairs over and each host away from the other screens that are present. Returns all.
+    Pairings pairOnly(const Pairings& made);
+    std::vector<Device> list(std::vector<Uuid> hosts);
 
     HIDPeripheral& hid_;
     ScreenCapture& screens_;

@@ -142,6 +142,11 @@ void Engine::reconnect() {
         to_.loop.after(kMatchAfterReconnect, [this] { to_.devices.scheduleMatch(); });
 }
 
+void Engine::letGo() {
+    to_.devices.letGo();
+    to_.hid.letGo();
+}
+
 std::string Engine::ownURL() const {
     return server_ ? fmt::format("http://127.0.0.1:{}", server_->port()) : settings_.baseURL();
 }

@@ -68,6 +68,9 @@ class Engine {
     void startBluetooth();
     void startScreens();
     void reconnect();
+    // Ends actions under way and releases every key and button on every phone: before the computer
+    // sleeps. Bounded.
+    void letGo();
 
     const EngineMode& mode() const { return mode_; }
     const EngineMode& airplayMode() const { return airplayMode_; }

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <ranges>
 
 namespace tandrel {
 
@@ -89,7 +90,7 @@ class Search {
         FoundLetters found;
         const Hypothesis& winner = beam_.front();
         for (int at = winner.node; at != kNoNode; at = nodes_[at].parent) {
-            found.letters.push_back({nodes_[at].letter, nodes_[at].step, 0});
+            found.letters.push_back({nodes_[at].letter, nodes_[at].step, nodes_[at].step, 0});
         }
         std::ranges::reverse(found.letters);
         found.logProbability = scale_ + std::log(std::max(1e-30f, winner.total()));
@@ -162,20 +163,27 @@ class Search {
 
 namespace {
 
-// Each letter's probability is the largest from where it was found up to the next one.
-void addProbabilities(std::span<const Candidates> steps, std::vector<FoundLetter>& letters) {
-    for (std::size_t i = 0; i < letters.size(); ++i) {
-        const auto end =
-            i + 1 < letters.size() ? static_cast<std::size_t>(letters[i + 1].step) : steps.size();
-        const auto first = static_cast<std::size_t>(letters[i].step);
-        for (std::size_t step = first; step < std::max(end, first + 1); ++step) {
-            for (int c = 0; c < steps[step].count; ++c) {
-                const Candidate& candidate = steps[step].list[c];
-                if (candidate.letter != letters[i].letter) continue;
-                letters[i].probability =
-                    std::max<double>(letters[i].probability, candidate.probability);
-            }
+float probabilityAt(const Candidates& step, int letter) {
+    for (int c = 0; c < step.count; ++c) {
+        if (step.list[c].letter == letter) return step.list[c].probability;
+    }
+    return 0;
+}
+
+// Moves each letter from where it first was a candidate to where it is most probable, which is at
+// its ink; from the last letter back, since each one lies before the next.
+void moveToPeaks(std::span<const Candidates> steps, std::vector<FoundLetter>& letters) {
+    auto end = static_cast<int>(steps.size());
+    for (FoundLetter& letter : std::views::reverse(letters)) {
+        int peak = letter.step;
+        for (int step = letter.step; step < end; ++step) {
+            const float probability = probabilityAt(steps[step], letter.letter);
+            if (probability <= letter.probability) continue;
+            letter.probability = probability;
+            peak = step;
         }
+        letter.step = peak;
+        end = std::max(peak, 1);
     }
 }
 
@@ -189,7 +197,7 @@ FoundLetters findLetters(const StripScores& scores, int classes, int noLetter) {
         search.advance(steps.back(), step);
     }
     FoundLetters found = search.best();
-    addProbabilities(steps, found.letters);
+    moveToPeaks(steps, found.letters);
     return found;
 }
 

@@ -9,8 +9,9 @@ namespace tandrel {
 // One letter found along a strip.
 struct FoundLetter {
     int letter = 0;          // its class
-    int step = 0;            // where the network was first sure enough of it
-    double probability = 0;  // of this letter at the step where it is most probable
+    int firstStep = 0;       // where it first was a candidate
+    int step = 0;            // where it is most probable
+    double probability = 0;  // of this letter there
 };
 
 struct FoundLetters {

@@ -86,11 +86,13 @@ std::uint64_t keyOf(const PixelBox& area) {
     return static_cast<std::uint64_t>(area.top) << 32 | static_cast<std::uint32_t>(area.left);
 }
 
-// Two findings of the same text are one; the first counts.
+// Two findings of the same text are one; the first counts. What lies within something much larger
+// is no part of it.
 bool isKnown(const TextLine& line, std::span<const TextLine> lines) {
     return std::ranges::any_of(lines, [&](const TextLine& other) {
-        const PixelBox& box = line.ink.box;
-        const PixelBox shared = box.intersected(other.ink.box);
+        const PixelBox &box = line.ink.box, &known = other.ink.box;
+        if (known.height() > 2 * box.height()) return false;
+        const PixelBox shared = box.intersected(known);
         return !shared.empty() && std::int64_t{2} * shared.width() * shared.height() >
                                       std::int64_t{box.width()} * box.height();
     });

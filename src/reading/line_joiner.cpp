@@ -10,12 +10,21 @@ constexpr int kBucketRows = 16;
 // No two parts of a line are further apart.
 constexpr int kWidestGap = 70;
 
+// A point, or a comma, which hangs below the line, at the foot of a letter.
+bool isFootMark(const PixelBox& mark, const PixelBox& letter) {
+    return mark.height() * 2 < letter.height() && mark.width() * 3 < letter.height() &&
+           mark.top < letter.bottom && (mark.bottom - letter.top) * 8 >= letter.height() * 7;
+}
+
 // Whether two parts, the left one first, may be neighbours on one line of text.
 bool onOneLine(const PixelBox& a, const PixelBox& b) {
     const int smaller = std::min(a.height(), b.height()), taller = std::max(a.height(), b.height());
-    if (sharedRows(a, b) * 2 < smaller) return false;
     const PixelBox& low = a.height() < b.height() ? a : b;
     const PixelBox& tall = a.height() < b.height() ? b : a;
+    const bool isMark = isFootMark(low, tall);
+    if (!isMark && sharedRows(a, b) * 2 < smaller) return false;
+    // No mark of a large letter is as small.
+    if (taller > 24 && smaller * 10 < taller) return false;
     const bool isDash = low.height() * 10 <= tall.height() * 3;
     const bool isWord = low.width() * 2 > low.height() * 3 && !isDash;
     if (taller > 24 && smaller * 100 < taller * 45 && isWord && tall.width() > 10) return false;
@@ -23,7 +32,10 @@ bool onOneLine(const PixelBox& a, const PixelBox& b) {
         tall.width() * 10 < tall.height() * 14 && tall.width() * 10 > tall.height() * 7;
     if (taller >= 18 && smaller * 100 < taller * 62 && isWord && tallIsSquare) return false;
     const int gap = -sharedColumns(a, b);
-    if (taller > 36) return gap * 10 <= std::min(taller * 4, std::max(50, smaller * 8));
+    if (taller > 36) {
+        const int reach = isMark ? taller * 3 : std::max(50, smaller * 8);
+        return gap * 10 <= std::min(taller * 5, reach);
+    }
     return gap <= std::max(5, taller * 70 / 100);
 }
 

@@ -3,6 +3,7 @@
 #include <array>
 #include <atomic>
 
+#include "base/unicode.h"
 #include "reading/ink_check.h"
 #include "reading/text_marks.h"
 
@@ -21,12 +22,31 @@ constexpr std::array<Look, 3> kLooks = {{{0.15, 0}, {0.4, 0.3f}, {0.25, 0}}};
 // enough that the weights are fetched for many lines at once.
 constexpr int kColumnsPerBatch = 3000;
 
+// A digit, point or comma less probable than this may well be another.
+constexpr double kSureFigure = 0.6;
+// Below this height of the ink, in pixels of the frame, a comma looks like a point.
+constexpr int kLeastFigureRows = 10;
+
 std::string withoutSpaces(const std::string& text) {
     std::string result;
     for (const char c : text) {
         if (c != ' ') result += c;
     }
     return result;
+}
+
+// Icons are read as short texts.
+bool isShort(const std::string& text) {
+    constexpr std::size_t kLongest = 3;
+    return text.size() <= kLongest || graphemeCount(text) <= kLongest;
+}
+
+bool needsSecondLook(const StripText& text) {
+    // Surer ones are hardly ever wrong, less sure ones are textures.
+    constexpr double kSure = 0.9, kHopeless = 0.25;
+    if (holdsFigures(text.text)) return true;
+    return !text.text.empty() && text.confidence >= kHopeless &&
+           (text.confidence < kSure || isShort(text.text));
 }
 
 bool sayTheSame(const StripText& a, const StripText& b) {
@@ -65,7 +85,7 @@ Result<std::vector<LineReading>> LineReader::read(const GrayFrame& frame,
     for (Job& job : jobs) pending.push_back(&job);
     TRY_VOID(look(frame, pending, 0, deadline));
     std::erase_if(pending,
-                  [](const Job* job) { return !job->looked || !holdsFigures(job->looks[0].text); });
+                  [](const Job* job) { return !job->looked || !needsSecondLook(job->looks[0]); });
     TRY_VOID(look(frame, pending, 1, deadline));
     std::erase_if(pending, [](const Job* job) {
         return job->looked < 2 || sayTheSame(job->looks[0], job->looks[1]);
@@ -85,29 +105,52 @@ Result<std::vector<LineReading>> LineReader::read(const GrayFrame& frame,
 }
 
 StripText LineReader::verdict(const Job& job) {
-    const StripText& first = job.looks[0];
-    if (job.looked == 1) {
-        StripText text = first;
-        if (holdsFigures(text.text)) text.confidence = std::min(text.confidence, kDoubt);
-        return text;
+    StripText text = job.looks[0];
+    if (job.looked > 1) {
+        text = sayTheSame(job.looks[0], job.looks[1]) ? agreed(job) : disputed(job);
+    } else if (holdsFigures(text.text)) {
+        text.confidence = std::min(text.confidence, kDoubt);
     }
-    const StripText& second = job.looks[1];
-    if (sayTheSame(first, second)) {
-        // They may differ in spaces.
-        StripText text = first.confidence >= second.confidence ? first : second;
-        text.confidence = std::min(first.confidence, second.confidence);
-        if (contradictsInk(job.strip, text.text) || mayMisspellSign(text.text)) {
-            text.confidence = std::min(text.confidence, kDoubt);
-        }
-        return text;
+    // Too much looks like a letter, and nothing beside it says otherwise.
+    const bool isLoneLetter = graphemeCount(text.text) == 1 && !holdsFigures(text.text);
+    if (isLoneLetter) text.confidence = std::min(text.confidence, kDoubt);
+    return text;
+}
+
+bool LineReader::mayMisreadPoints(const Job& job, const StripText& text) {
+    return job.ink->box.height() < kLeastFigureRows &&
+           text.text.find_first_of(".,") != std::string::npos;
+}
+
+StripText LineReader::agreed(const Job& job) {
+    const StripText &first = job.looks[0], &second = job.looks[1];
+    // They may differ in spaces.
+    StripText text = first.confidence >= second.confidence ? first : second;
+    text.confidence = std::min(first.confidence, second.confidence);
+    const bool hasFigures = holdsFigures(text.text);
+    const bool isDoubtful = std::min(first.leastFigure, second.leastFigure) < kSureFigure ||
+                            contradictsInk(job.strip, text.text) || mayMisreadPoints(job, text);
+    if ((hasFigures && isDoubtful) || mayMisspellSign(text.text)) {
+        text.confidence = std::min(text.confidence, kDoubt);
     }
+    return text;
+}
+
+StripText LineReader::disputed(const Job& job) {
+    const StripText &first = job.looks[0], &second = job.looks[1], &third = job.looks[2];
     const StripText* best = first.confidence >= second.confidence ? &first : &second;
+    bool isDecided = false;
     if (job.looked == 3) {
-        if (sayTheSame(job.looks[2], first)) best = &first;
-        if (sayTheSame(job.looks[2], second)) best = &second;
+        if (sayTheSame(third, first)) best = &first;
+        if (sayTheSame(third, second)) best = &second;
+        isDecided = sayTheSame(third, *best);
     }
+    // What once looked like an amount is not told as something else.
+    if (holdsFigures(first.text) && !holdsFigures(best->text)) best = &first;
     StripText text = *best;
-    text.confidence = std::min(text.confidence, kDoubt);
+    if (holdsFigures(text.text) || (!isDecided && isShort(text.text))) {
+        text.confidence = std::min(text.confidence, kDoubt);
+    }
     return text;
 }
 

@@ -17,12 +17,13 @@ struct LineReading {
 };
 
 // Reads lines of a frame: from memory where their pixels are known, else in batches by the strip
-// reader. Lines that hold digits or a currency sign are looked at twice, at different scales; where
-// the looks disagree, a third one decides and the confidence is at most kDoubt.
+// reader. Lines that hold digits or a currency sign, short ones and those that are not sure are
+// looked at twice, at different scales; where the looks disagree, a third one decides. What is read
+// of figures in doubt has at most the confidence kDoubt.
 class LineReader {
  public:
-    // The most that a line's confidence is when two looks at it disagree.
-    static constexpr double kDoubt = 0.5;
+    // The most that a line's confidence is when its figures may be wrong or it may be no text.
+    static constexpr double kDoubt = 0.45;
 
     // All must outlive the reader.
     LineReader(StripReader& strips, StripMemory& memory, SharedWork& work, Clock& clock)
@@ -35,6 +36,9 @@ class LineReader {
  private:
     struct Job;
     static StripText verdict(const Job& job);
+    static bool mayMisreadPoints(const Job& job, const StripText& text);
+    static StripText agreed(const Job& job);
+    static StripText disputed(const Job& job);
     // Has the jobs' strips read as `which` look says; those that time allows.
     Result<void> look(const GrayFrame& frame, std::vector<Job*>& jobs, int which,
                       TimePoint deadline);

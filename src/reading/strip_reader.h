@@ -13,6 +13,8 @@ namespace tandrel {
 struct StripText {
     std::string text;
     double confidence = 0;  // 0 to 1
+    // How sure the least sure of its digits, points and commas is; 1 if there is none.
+    double leastFigure = 1;
     // What part of the strip's ink the text covers, as fractions of its width; the rest are icons.
     double begin = 0;
     double end = 1;

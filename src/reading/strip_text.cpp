@@ -18,10 +18,14 @@ constexpr double kFigureGap = 0.6;
 // Letters of real words at screen quality are nearly always above this.
 constexpr double kSureLetter = 0.75;
 constexpr int kMostIconLetters = 3;
+// The network splits its belief between three letters of the same shape.
+constexpr double kLoneNought = 0.7;
 
 bool isFigure(const std::string& letter) {
     return letter.size() == 1 && std::string_view("0123456789.,").contains(letter[0]);
 }
+
+bool isInFigures(const std::string& letter) { return isFigure(letter) || letter == ":"; }
 
 struct Word {
     std::string text = {};
@@ -29,6 +33,7 @@ struct Word {
     int firstStep = 0;
     int lastStep = 0;
     double leastProbability = 1;
+    double leastFigure = 1;
     double logProbability = 0;
     int top = 0;  // of the ink, in rows of the strip
     int bottom = 0;
@@ -64,7 +69,7 @@ std::vector<Word> wordsOf(const Strip& strip, const FoundLetters& found,
             spacePending = true;
             continue;
         }
-        const bool inFigures = isFigure(letter) && isFigure(lastLetter);
+        const bool inFigures = isInFigures(letter) && isInFigures(lastLetter);
         if (words.empty() || spacePending || gapPending >= (inFigures ? kFigureGap : kSpaceGap)) {
             words.push_back({.firstStep = at.step});
         }
@@ -72,6 +77,7 @@ std::vector<Word> wordsOf(const Strip& strip, const FoundLetters& found,
         word.text += letter;
         word.lastStep = at.step;
         word.leastProbability = std::min(word.leastProbability, at.probability);
+        if (isFigure(letter)) word.leastFigure = std::min(word.leastFigure, at.probability);
         word.logProbability += std::log(std::max(1e-6, at.probability));
         ++word.letters;
         spacePending = false;
@@ -127,6 +133,22 @@ std::span<const Word> withoutIcons(std::span<const Word> words) {
     return words;
 }
 
+// A ring by itself: a nought, which the network without neighbours takes for an O. Noughts are
+// narrow in every font, the letter is round.
+bool isLoneNought(const Strip& strip, const std::string& text) {
+    if (text != "O" && text != "o" && text != "0") return false;
+    const int inkColumns = strip.columns - 2 * Strip::kSideMargin;
+    int top = Strip::kRows, bottom = 0;
+    for (int y = 0; y < Strip::kRows; ++y) {
+        const std::uint8_t* row = strip.row(y);
+        if (std::none_of(row, row + strip.columns, Strip::isInk)) continue;
+        top = std::min(top, y);
+        bottom = y + 1;
+    }
+    return inkColumns * 100 < (bottom - top) * 82 && inkColumns * 100 > (bottom - top) * 40 &&
+           !Strip::isInk(strip.row((top + bottom) / 2)[strip.columns / 2]);
+}
+
 }  // namespace
 
 StripText composeText(const Strip& strip, const FoundLetters& found,
@@ -142,6 +164,9 @@ StripText composeText(const Strip& strip, const FoundLetters& found,
         result.text += word.text;
         count += word.letters;
         logProbability += word.logProbability;
+        if (holdsFigures(word.text)) {
+            result.leastFigure = std::min(result.leastFigure, word.leastFigure);
+        }
     }
     // Where all words are kept, the search's own sum over all spacings is the better measure.
     if (words.size() == all.size()) logProbability = found.logProbability;
@@ -151,6 +176,10 @@ StripText composeText(const Strip& strip, const FoundLetters& found,
         const double column = (step + 0.5) * StripScores::kColumnsPerStep - Strip::kSideMargin;
         return std::clamp(column / inkColumns, 0.0, 1.0);
     };
+    if (isLoneNought(strip, result.text)) {
+        result.text = "0";
+        result.confidence = std::max(result.confidence, kLoneNought);
+    }
     if (words.begin() != std::span<const Word>(all).begin()) {
         const Word& dropped = *(words.data() - 1);
         result.begin = (placeOf(dropped.lastStep) + placeOf(words.front().firstStep)) / 2;

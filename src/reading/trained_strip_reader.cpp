@@ -1,5 +1,6 @@
 #include "reading/trained_strip_reader.h"
 
+#include <algorithm>
 #include <filesystem>
 #include <sstream>
 
@@ -11,6 +12,36 @@
 #include "reading/network_strip_reader.h"
 
 namespace tandrel {
+
+namespace {
+
+std::vector<std::string> languagesOf(const std::string& joined) {
+    std::vector<std::string> languages;
+    std::istringstream names(joined);
+    for (std::string name; std::getline(names, name, '+');) languages.push_back(name);
+    return languages;
+}
+
+std::filesystem::path pathOf(const std::string& folder, const std::string& language) {
+    return std::filesystem::path(folder) / (language + ".traineddata");
+}
+
+}  // namespace
+
+Result<void> findTrainedData(const std::string& folder, const std::string& languages) {
+    for (const std::string& language : languagesOf(languages)) {
+        const auto path = pathOf(folder, language);
+        std::error_code error;
+        if (std::filesystem::exists(path, error)) continue;
+        std::string package = language;
+        std::ranges::replace(package, '_', '-');
+        return fail(fmt::format("Tandrel can't read text: {} is missing (apt install "
+                                "tesseract-ocr-{}).",
+                                path.string(), package),
+                    500);
+    }
+    return {};
+}
 
 TrainedStripReader::TrainedStripReader(std::string folder, std::string languages,
                                        std::unique_ptr<StripReader> fallback)
@@ -50,17 +81,10 @@ Result<std::shared_ptr<const TrainedStripReader::Readers>> TrainedStripReader::r
 }
 
 Result<std::shared_ptr<const TrainedStripReader::Readers>> TrainedStripReader::load() const {
+    TRY_VOID(findTrainedData(folder_, languages_));
     auto readers = std::make_shared<Readers>();
-    std::istringstream languages(languages_);
-    for (std::string language; std::getline(languages, language, '+');) {
-        const auto path = std::filesystem::path(folder_) / (language + ".traineddata");
-        std::error_code error;
-        if (!std::filesystem::exists(path, error)) {
-            return fail(fmt::format("Tandrel can't read text: {} is missing (apt install "
-                                    "tesseract-ocr-{}).",
-                                    path.string(), language),
-                        500);
-        }
+    for (const std::string& language : languagesOf(languages_)) {
+        const auto path = pathOf(folder_, language);
         const std::string file = TRY(readFile(path, kLargestTrainedData));
         auto model = parseLineModel(toBytes(file));
         if (!model) {

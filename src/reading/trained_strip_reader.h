@@ -9,6 +9,10 @@
 
 namespace tandrel {
 
+// Whether `folder` holds the traineddata files of `languages`, names joined by "+"; the error says
+// what to install.
+Result<void> findTrainedData(const std::string& folder, const std::string& languages);
+
 // Reads strips with the traineddata files of one or several languages, loaded at the first read. A
 // file of a kind that our own network cannot run has its strips read by the fallback instead, which
 // is logged once.

@@ -25,12 +25,13 @@ void setEnvironment(const std::filesystem::path& home, const std::string& phones
 }  // namespace
 
 RunningEngine::RunningEngine(const std::string& phones, std::shared_ptr<TemporaryFolder> home,
-                             Asker* owner)
+                             Asker* owner, std::unique_ptr<TextRecognizer> recognizer)
     : home_(std::move(home)), nobody_(systemClock()) {
     setEnvironment(home_->path(), phones);
     const AppInfo info = AppInfo::load(TANDREL_SOURCE_DIR);
     auto backends = Backends::open(info, systemClock());
     if (!backends) throw std::runtime_error(backends.error().message);
+    backends->recognizer = std::move(recognizer);
     wiring_ = std::make_unique<Wiring>(std::move(*backends), info, loop_, owner ? *owner : nobody_,
                                        systemClock());
     wiring_->engine().start();

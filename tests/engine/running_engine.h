@@ -20,11 +20,11 @@ class RunningEngine {
 
     // `phones` as in TANDREL_VIRTUAL_PHONE. An engine started again with the same `home` is a
     // restart. `owner` answers the guard's questions and outlives the engine; without one nobody
-    // does.
+    // does. `recognizer` reads the screens in place of this computer's own.
     explicit RunningEngine(
         const std::string& phones = kDefaultPhone,
         std::shared_ptr<TemporaryFolder> home = std::make_shared<TemporaryFolder>(),
-        Asker* owner = nullptr);
+        Asker* owner = nullptr, std::unique_ptr<TextRecognizer> recognizer = nullptr);
 
     ClientResponse get(const std::string& target);
     ClientResponse post(const std::string& target, const Json& body);

@@ -2,6 +2,7 @@
 
 #include <cstring>
 #include <numbers>
+#include <random>
 
 #include <pango/pangocairo.h>
 
@@ -20,7 +21,7 @@ void setColour(cairo_t* cairo, const Colour& colour) {
 
 // One line laid out by Pango.
 struct Layout {
-    Layout(cairo_t* cairo, const std::string& words, const TextStyle& style)
+    Layout(cairo_t* cairo, const std::string& words, const DrawnStyle& style)
         : layout(pango_cairo_create_layout(cairo)) {
         PangoFontDescription* font = pango_font_description_from_string(style.font.c_str());
         pango_font_description_set_absolute_size(font, style.points * PANGO_SCALE);
@@ -58,7 +59,7 @@ DrawnFrame::~DrawnFrame() {
     delete surface_;
 }
 
-double DrawnFrame::text(double x, double y, const std::string& words, const TextStyle& style) {
+double DrawnFrame::text(double x, double y, const std::string& words, const DrawnStyle& style) {
     const Layout layout(surface_->cairo, words, style);
     setColour(surface_->cairo, style.colour);
     cairo_move_to(surface_->cairo, x, y);
@@ -66,7 +67,7 @@ double DrawnFrame::text(double x, double y, const std::string& words, const Text
     return layout.inkWidth();
 }
 
-double DrawnFrame::width(const std::string& words, const TextStyle& style) const {
+double DrawnFrame::width(const std::string& words, const DrawnStyle& style) const {
     return Layout(surface_->cairo, words, style).inkWidth();
 }
 
@@ -94,6 +95,63 @@ void DrawnFrame::outline(double x, double y, double width, double height, double
     setColour(surface_->cairo, line);
     cairo_set_line_width(surface_->cairo, 1);
     cairo_stroke(surface_->cairo);
+}
+
+void DrawnFrame::line(double x0, double y0, double x1, double y1, double thickness, Colour colour) {
+    setColour(surface_->cairo, colour);
+    cairo_set_line_width(surface_->cairo, thickness);
+    cairo_move_to(surface_->cairo, x0, y0);
+    cairo_line_to(surface_->cairo, x1, y1);
+    cairo_stroke(surface_->cairo);
+}
+
+void DrawnFrame::disc(double x, double y, double radius, Colour fill) {
+    cairo_arc(surface_->cairo, x, y, radius, 0, 2 * std::numbers::pi);
+    setColour(surface_->cairo, fill);
+    cairo_fill(surface_->cairo);
+}
+
+void DrawnFrame::texture(double x, double y, double width, double height, int seed) {
+    std::mt19937 random(static_cast<unsigned>(seed));
+    auto part = [&] { return static_cast<double>(random() % 1000) / 999; };
+    cairo_t* cairo = surface_->cairo;
+    cairo_save(cairo);
+    cairo_rectangle(cairo, x, y, width, height);
+    cairo_clip(cairo);
+    cairo_set_source_rgb(cairo, 0.2 + 0.5 * part(), 0.2 + 0.5 * part(), 0.2 + 0.5 * part());
+    cairo_paint(cairo);
+    for (int i = 0; i < 160; ++i) {
+        cairo_set_source_rgba(cairo, 0.8 * part(), 0.8 * part(), 0.8 * part(), 0.2 + 0.4 * part());
+        const double centreX = x + part() * width, centreY = y + part() * height;
+        cairo_move_to(cairo, centreX, centreY);
+        if (i % 3 == 0) {
+            cairo_arc(cairo, centreX, centreY, part() * width / 9, 0, 2 * std::numbers::pi);
+            cairo_fill(cairo);
+            continue;
+        }
+        cairo_line_to(cairo, centreX + (part() - 0.5) * width / 3,
+                      centreY + (part() - 0.5) * width / 3);
+        cairo_line_to(cairo, centreX + (part() - 0.5) * width / 3,
+                      centreY + (part() - 0.5) * width / 3);
+        cairo_set_line_width(cairo, 0.5 + 2 * part());
+        if (i % 3 == 1) {
+            cairo_fill(cairo);
+        } else {
+            cairo_stroke(cairo);
+        }
+    }
+    cairo_restore(cairo);
+}
+
+void DrawnFrame::shade(double x, double y, double width, double height, double amount) {
+    cairo_pattern_t* pattern = cairo_pattern_create_linear(0, y, 0, y + height);
+    const double grey = amount > 0 ? 0 : 1, most = std::abs(amount);
+    cairo_pattern_add_color_stop_rgba(pattern, 0, grey, grey, grey, most * 0.6);
+    cairo_pattern_add_color_stop_rgba(pattern, 1, grey, grey, grey, most);
+    cairo_set_source(surface_->cairo, pattern);
+    cairo_rectangle(surface_->cairo, x, y, width, height);
+    cairo_fill(surface_->cairo);
+    cairo_pattern_destroy(pattern);
 }
 
 PixelBuffer DrawnFrame::frame() const {

@@ -15,7 +15,7 @@ struct Colour {
 inline constexpr Colour kBlack{0, 0, 0};
 inline constexpr Colour kWhite{1, 1, 1};
 
-struct TextStyle {
+struct DrawnStyle {
     std::string font = "Inter";  // a Pango font description without the size
     double points = 17;
     Colour colour = kBlack;
@@ -30,11 +30,17 @@ class DrawnFrame {
     DrawnFrame& operator=(const DrawnFrame&) = delete;
 
     // Text with the left end of its baseline at (x, y); returns the width of its ink in points.
-    double text(double x, double y, const std::string& words, const TextStyle& style = {});
+    double text(double x, double y, const std::string& words, const DrawnStyle& style = {});
     // The width that `text` would return.
-    double width(const std::string& words, const TextStyle& style) const;
+    double width(const std::string& words, const DrawnStyle& style) const;
     void rectangle(double x, double y, double width, double height, double radius, Colour fill);
     void outline(double x, double y, double width, double height, double radius, Colour line);
+    void line(double x0, double y0, double x1, double y1, double thickness, Colour colour);
+    void disc(double x, double y, double radius, Colour fill);
+    // What a photo looks like from afar: patches, blades and blots, different ones for each seed.
+    void texture(double x, double y, double width, double height, int seed);
+    // Darkens the area from above, or brightens it where `amount` is below 0.
+    void shade(double x, double y, double width, double height, double amount);
 
     PixelBuffer frame() const;
 

@@ -16,6 +16,7 @@ struct KnownLine {
     std::optional<PixelBox> box = {};  // of its ink; absent where only the text is known
     bool isAmount = false;
     bool isPayLabel = false;
+    bool isOptional = false;  // counts neither as a line when missed nor as junk when read
 };
 
 struct KnownFrame {
@@ -37,8 +38,15 @@ PixelBuffer scrolled(const PixelBuffer& picture);
 // cannot be read is an empty set and a message on standard error.
 FrameSet loadScreenshots(const std::string& folder);
 
-// Frames drawn here, different ones for each seed.
-FrameSet drawScreens(int count, unsigned seed);
-FrameSet drawAmounts(int count, unsigned seed);
+// What drawn frames are for: rules are tuned on the ones; the others, in fonts of their own, show
+// whether the rules hold elsewhere.
+enum class DrawnUse { kTuning, kHeldBack };
+
+// Frames drawn here, different ones for each use.
+FrameSet drawScreens(int count, DrawnUse use);
+FrameSet drawAmounts(int count, DrawnUse use);
+
+// What the virtual phone shows: each page of its scenarios.
+FrameSet drawPhonePages(const std::string& folder);
 
 }  // namespace tandrel

@@ -103,8 +103,31 @@ bool holds(const std::string& text, const std::string& part) {
     return graphemeCount(part) >= 3 && text.find(part) != std::string::npos;
 }
 
+bool isLetter(char c) { return (c | 0x20) >= 'a' && (c | 0x20) <= 'z'; }
+
+// The lists of lines of real screenshots leave out some of the text. What reads like a word or a
+// figure is taken for such text.
+bool readsLikeText(const std::string& text) {
+    int run = 0;
+    for (const char c : text) {
+        run = isLetter(c) ? run + 1 : 0;
+        if (run >= 3 || (c >= '0' && c <= '9' && text.size() > 1)) return true;
+    }
+    return false;
+}
+
+// They leave out the keys of keyboards, too.
+bool showsKeyboard(const std::vector<TextRecord>& records) {
+    return std::ranges::count_if(records, [](const TextRecord& record) {
+               return record.text.size() == 1 && isLetter(record.text[0]);
+           }) >= 10;
+}
+
 // Whether a record without a line of its own shows text of known lines all the same.
-bool isOnKnownText(const TextRecord& record, const KnownFrame& frame) {
+bool isOnKnownText(const TextRecord& record, const KnownFrame& frame, bool keyboard) {
+    const bool hasBoxes = !frame.lines.empty() && frame.lines.front().box;
+    if (!hasBoxes && readsLikeText(record.text)) return true;
+    if (!hasBoxes && keyboard && graphemeCount(record.text) == 1) return true;
     return std::ranges::any_of(frame.lines, [&](const KnownLine& line) {
         if (line.box) return mayBe(record, line);
         return holds(folded(record.text), folded(line.text)) ||
@@ -145,6 +168,7 @@ Score scoreFrame(const KnownFrame& frame, const std::vector<TextRecord>& records
         const TextRecord read =
             index >= 0 ? records[static_cast<std::size_t>(index)] : TextRecord{};
         const bool exact = index >= 0 && folded(read.text) == folded(line.text);
+        if (line.isOptional) continue;
         ++score.lines;
         score.exact += exact;
         score.similar += matching.likeness[i] >= kSimilar;
@@ -161,17 +185,22 @@ Score scoreFrame(const KnownFrame& frame, const std::vector<TextRecord>& records
                         read.x, read.y, read.width, read.height, wrong ? " WRONG AMOUNT" : "");
         }
     }
+    const bool keyboard = showsKeyboard(records);
     for (std::size_t j = 0; j < records.size(); ++j) {
         const TextRecord& record = records[j];
-        const bool junk =
-            !matching.used[j] && record.confidence >= kSureEnough && !isOnKnownText(record, frame);
+        const bool junk = !matching.used[j] && record.confidence >= kSureEnough &&
+                          !isOnKnownText(record, frame, keyboard);
         const bool merged = isMerged(record, frame);
         score.junk += junk;
         score.merged += merged;
-        if (print && (junk || merged)) {
+        const bool unlisted = !matching.used[j] && !junk;
+        if (print && (junk || merged || unlisted)) {
             std::printf("  %s: %s \"%s\" %.2f [%.0f %.0f %.0f %.0f]\n", frame.name.c_str(),
-                        merged ? "MERGED" : "junk", record.text.c_str(), record.confidence,
-                        record.x, record.y, record.width, record.height);
+                        merged ? "MERGED"
+                        : junk ? "junk"
+                               : "unlisted",
+                        record.text.c_str(), record.confidence, record.x, record.y, record.width,
+                        record.height);
         }
     }
     return score;

@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <cstdio>
 
 #include "base/file.h"
@@ -8,6 +9,14 @@
 namespace tandrel {
 
 namespace {
+
+// Chinese, Japanese and Korean, in UTF-8.
+bool isOfOtherScript(const std::string& text) {
+    return std::ranges::any_of(text, [](char c) {
+        const auto byte = static_cast<unsigned char>(c);
+        return byte >= 0xE3 && byte <= 0xED;
+    });
+}
 
 KnownFrame knownFrame(const Json& entry, PixelBuffer picture) {
     KnownFrame frame{.name = entry.value("file", ""), .picture = std::move(picture), .lines = {}};
@@ -24,7 +33,8 @@ KnownFrame knownFrame(const Json& entry, PixelBuffer picture) {
         frame.lines.push_back({.text = text,
                                .box = std::nullopt,
                                .isAmount = hasSign && hasDigit,
-                               .isPayLabel = text == payLabel});
+                               .isPayLabel = text == payLabel,
+                               .isOptional = isOfOtherScript(text)});
     }
     return frame;
 }

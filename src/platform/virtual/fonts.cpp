@@ -41,6 +41,15 @@ PangoAlignment pangoAlignment(TextStyle::Align align) {
     return PANGO_ALIGN_LEFT;
 }
 
+// One line stands in the middle of its rectangle.
+double topOf(PangoLayout* layout, const TextShape& shape) {
+    if (shape.style.lines == Lines::many) return shape.rect.y;
+    PangoRectangle extent;
+    pango_layout_get_extents(layout, nullptr, &extent);
+    return shape.rect.y +
+           (shape.rect.height - static_cast<double>(extent.height) / PANGO_SCALE) / 2;
+}
+
 }  // namespace
 
 struct Fonts::Context {
@@ -105,16 +114,33 @@ Point Fonts::caret(const std::string& text, const TextStyle& style, double width
 void Fonts::draw(cairo_t* cairo, const TextShape& shape) {
     const auto& [rect, text, style] = shape;
     const auto layout = context_->layOut(text, style, rect.width);
-    double y = rect.y;
-    if (style.lines != Lines::many) {
-        PangoRectangle extent;
-        pango_layout_get_extents(layout.get(), nullptr, &extent);
-        y += (rect.height - static_cast<double>(extent.height) / PANGO_SCALE) / 2;
-    }
+    const double y = topOf(layout.get(), shape);
     cairo_set_source_rgba(cairo, style.color.red, style.color.green, style.color.blue,
                           style.color.alpha);
     cairo_move_to(cairo, rect.x, y);
     pango_cairo_show_layout(cairo, layout.get());
+}
+
+std::vector<SetLine> Fonts::lines(const TextShape& shape) {
+    const auto layout = context_->layOut(shape.text, shape.style, shape.rect.width);
+    const double top = topOf(layout.get(), shape);
+    const bool isCut = pango_layout_is_ellipsized(layout.get()) != FALSE;
+    std::vector<SetLine> lines;
+    PangoLayoutIter* at = pango_layout_get_iter(layout.get());
+    do {
+        const PangoLayoutLine* line = pango_layout_iter_get_line_readonly(at);
+        PangoRectangle ink;
+        pango_layout_iter_get_line_extents(at, &ink, nullptr);
+        const auto begin = static_cast<std::size_t>(line->start_index);
+        lines.push_back({.text = shape.text.substr(begin, static_cast<std::size_t>(line->length)),
+                         .ink = {shape.rect.x + static_cast<double>(ink.x) / PANGO_SCALE,
+                                 top + static_cast<double>(ink.y) / PANGO_SCALE,
+                                 static_cast<double>(ink.width) / PANGO_SCALE,
+                                 static_cast<double>(ink.height) / PANGO_SCALE},
+                         .isCut = isCut});
+    } while (pango_layout_iter_next_line(at));
+    pango_layout_iter_free(at);
+    return lines;
 }
 
 }  // namespace tandrel

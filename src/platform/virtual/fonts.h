@@ -2,12 +2,20 @@
 
 #include <memory>
 #include <string>
+#include <vector>
 
 #include <cairo.h>
 
 #include "platform/virtual/display_list.h"
 
 namespace tandrel {
+
+// One line of a text as it stands on the page.
+struct SetLine {
+    std::string text;
+    Rect ink;
+    bool isCut = false;  // some of the text is left out
+};
 
 // Sets and draws text in Inter, or in whatever sans serif the system has instead; without any font
 // at all it draws nothing or boxes. One thread at a time.
@@ -27,6 +35,8 @@ class Fonts {
     // Where the caret stands behind the text's last character, `width` points being there; its top.
     Point caret(const std::string& text, const TextStyle& style, double width);
     void draw(cairo_t* cairo, const TextShape& shape);
+    // The lines that `draw` sets the text in.
+    std::vector<SetLine> lines(const TextShape& shape);
 
  private:
     struct Context;

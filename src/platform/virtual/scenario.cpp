@@ -19,7 +19,8 @@ template <typename Value>
 using Names = std::pair<std::string_view, Value>;
 
 constexpr Names<KeyboardLayout> kKeyboards[] = {{"us", KeyboardLayout::us},
-                                                {"german", KeyboardLayout::german}};
+                                                {"german", KeyboardLayout::german},
+                                                {"russian", KeyboardLayout::russian}};
 constexpr Names<Appearance> kAppearances[] = {{"light", Appearance::light},
                                               {"dark", Appearance::dark}};
 constexpr Names<ScreenPower> kPowers[] = {{"awake", ScreenPower::awake},

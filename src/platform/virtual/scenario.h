@@ -18,7 +18,7 @@
 // the file, member by member; the values here carry the same names.
 namespace tandrel {
 
-enum class KeyboardLayout { us, german };
+enum class KeyboardLayout { us, german, russian };
 enum class Appearance { light, dark };
 enum class ScreenPower { awake, locked, asleep };
 
