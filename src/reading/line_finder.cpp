@@ -30,6 +30,11 @@ bool isWideAsAPicture(const PixelBox& box) {
     return box.height() > 48 && box.width() > 2 * box.height();
 }
 
+// The border of a card or a sheet, with nothing of its own inside.
+bool isCardBorder(const Component& part) {
+    return part.area < 3 * 2 * (part.box.width() + part.box.height()) && part.centre == 0;
+}
+
 // The frame of a card, field or button: large, drawn with a thin stroke, empty in the middle.
 // Letters of that size have thicker strokes or something in the middle.
 bool isOutline(const Component& part) {
@@ -127,7 +132,7 @@ std::vector<TextLine> LineFinder::find(const GrayFrame& frame, const ChangedRows
          connectedComponents(cells_.marked(), cells_.columns(), cells_.rows())) {
         const PixelBox pixels = inPixels(part.box, scale, frame);
         if (part.box.height() > kTallestGlyph || isWideAsAPicture(part.box)) {
-            pictures.push_back(pixels);
+            if (!isCardBorder(part)) pictures.push_back(pixels);
         } else if (!isNoGlyph(part) && (!isOutline(part) || hasLetterStroke(frame, pixels))) {
             parts.push_back(part.box);
         }

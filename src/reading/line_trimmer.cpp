@@ -163,8 +163,8 @@ std::vector<Ink> withoutIcons(const GrayFrame& frame, const Ink& line) {
                gapBefore(letters[end], letters[end - 1]) <= kColumnGap * height) {
             ++end;
         }
-        const Letters together = Letters(letters).subspan(first, end - first);
-        if (!areSignalBars(together)) lines.push_back(inkOf(trimmed(together), line));
+        const Letters kept = trimmed(Letters(letters).subspan(first, end - first));
+        if (!areSignalBars(kept)) lines.push_back(inkOf(kept, line));
         first = end;
     }
     return lines;
