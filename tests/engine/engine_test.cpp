@@ -1,5 +1,7 @@
 #include "engine/engine.h"
 
+#include <thread>
+
 #include <gtest/gtest.h>
 
 #include "base/file.h"
@@ -29,6 +31,33 @@ TEST(Engine, FreesBothPortsWhenItStops) {
         HTTPServer again(port, [](const HTTPRequest&) { return HTTPResponse(); });
         EXPECT_TRUE(again.start()) << port;
     }
+}
+
+TEST(Engine, LettingGoEndsADragAndLaterActionsWork) {
+    RunningEngine engine;
+    engine.awaitMatched();
+    const int before = engine.phone().record().pointerMoves;
+    ClientResponse drag;
+    {
+        const std::jthread dragging([&] {
+            drag = engine.post("/swipe", {{"x1", 0.5},
+                                          {"y1", 0.6},
+                                          {"x2", 0.5},
+                                          {"y2", 0.7},
+                                          {"duration", 60},
+                                          {"fraction", true}});
+        });
+        constexpr int kWellOnItsWay = 10;
+        EXPECT_TRUE(engine.phone().awaitRecord([&](const VirtualPhoneRecord& record) {
+            return record.pointerMoves > before + kWellOnItsWay;
+        }));
+        EXPECT_TRUE(engine.phone().record().touches.empty()) << "the button is down";
+        engine.wiring().engine().letGo();
+    }
+    EXPECT_EQ(drag.status, 503);
+    EXPECT_TRUE(engine.phone().awaitRecord(
+        [](const VirtualPhoneRecord& record) { return record.touches.size() == 1; }));
+    EXPECT_EQ(engine.post("/home", Json::object()).status, 200);
 }
 
 TEST(Engine, AirplayPortSaysThatThereIsNoPicture) {
