@@ -6,6 +6,7 @@
 
 #include "base/file.h"
 #include "engine/running_engine.h"
+#include "screen/window_search.h"
 
 namespace tandrel {
 namespace {
@@ -62,12 +63,13 @@ TEST(Engine, LettingGoEndsADragAndLaterActionsWork) {
 
 TEST(Engine, AirplayPortSaysThatThereIsNoPicture) {
     RunningEngine engine;
+    engine.phone().stopMirroring();
     const LoopbackUrl port = *LoopbackUrl::parse(engine.wiring().engine().ownAirplayURL());
     EXPECT_EQ(httpGet(port, "/status")->json()["app"], "Tandrel");
     EXPECT_EQ(httpGet(port, "/quit")->json(), Json({{"ok", true}}));
     const auto frame = httpGet(port, "/frame.png");
     EXPECT_EQ(frame->status, 503);
-    EXPECT_EQ(frame->json(), Json({{"ok", false}, {"error", "no capture"}}));
+    EXPECT_EQ(frame->json(), Json({{"ok", false}, {"error", kNoMirroringWindow}}));
 }
 
 }  // namespace
