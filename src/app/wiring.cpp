@@ -5,7 +5,7 @@
 #include "base/environment.h"
 #include "base/paths.h"
 #include "image/image_reader.h"
-#include "platform/linux/absent_bluetooth_peripheral.h"
+#include "platform/linux/bluez_peripheral.h"
 #include "platform/linux/chosen_languages.h"
 #include "platform/linux/image_capture_devices.h"
 #include "platform/linux/linux_permissions.h"
@@ -19,8 +19,6 @@
 namespace tandrel {
 namespace {
 
-constexpr const char* kNoBluetooth =
-    "Bluetooth: this version cannot drive this computer's Bluetooth yet, so no iPhone can connect";
 constexpr const char* kNoCable =
     "Cable: this version cannot see an iPhone's screen over a cable yet, so there is no picture";
 
@@ -58,8 +56,10 @@ Result<Backends> Backends::open(const AppInfo& info, Clock& clock) {
         backends.usb = &backends.virtualPhones->usbRegistry();
         return backends;
     }
-    backends.makeBluetooth = AbsentBluetoothPeripheral::maker();
-    backends.absences.emplace_back(kNoBluetooth);
+    BluezOptions bluetooth;
+    bluetooth.adapters =
+        BluezOptions::parseAdapters(environment("TANDREL_BLUETOOTH_ADAPTERS").value_or(""));
+    backends.makeBluetooth = makeBluezPeripheral(std::move(bluetooth), clock);
     const auto images =
         ImageCaptureDevices::parsePaths(environment("TANDREL_CAPTURE_IMAGES").value_or(""));
     for (const auto& path : images) TRY_VOID(checkImages(path));
