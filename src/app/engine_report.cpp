@@ -75,9 +75,8 @@ void takePorts(const std::filesystem::path& stateFile, EngineSettings& settings)
         const double value = numberMember(*state, key).value_or(0);
         if (value >= 1 && value <= 65535) port = static_cast<std::uint16_t>(value);
     };
-    const EngineSettings usual;
-    if (settings.port == usual.port) take("port", settings.port);
-    if (settings.airplayPort == usual.airplayPort) take("airplayPort", settings.airplayPort);
+    take("port", settings.port);
+    take("airplayPort", settings.airplayPort);
 }
 
 }  // namespace
@@ -103,8 +102,17 @@ bool EngineReport::phoneConnected() const {
 }
 
 Result<EnginePlace> findEngine(const std::filesystem::path& stateFile) {
-    EngineSettings settings = EngineSettings::fromEnvironment();
+    const EngineSettings set = EngineSettings::fromEnvironment();
+    EngineSettings settings;
     takePorts(stateFile, settings);
+    settings.engineURL = set.engineURL;
+    settings.airplayURL = set.airplayURL;
+    // Port 0 lets the running copy choose.
+    const EngineSettings usual;
+    if (set.port != usual.port && set.port != 0) settings.port = set.port;
+    if (set.airplayPort != usual.airplayPort && set.airplayPort != 0) {
+        settings.airplayPort = set.airplayPort;
+    }
     return EnginePlace {
         TRY(LoopbackUrl::parse(settings.baseURL()))
         , TRY(LoopbackUrl::parse(settings.baseAirplayURL()))

@@ -68,7 +68,8 @@ int printHelp(const Arguments&) {
         "usage: tandrel-app              start the application; Ctrl-C ends it\n"
         "       tandrel-app --ask-here   the same, and ask about payments on this terminal\n"
         "       tandrel-app OPTION       one of the options below\n"
-        "       tandrel-app TOOL ...     a picture tool (ocr, detect-rect)\n\noptions:\n");
+        "       tandrel-app TOOL ...     a picture tool (tandrel-app help lists "
+        "them)\n\noptions:\n");
     for (const Mode& mode : kModes) {
         fmt::print("  {:<36}{}\n", fmt::format("{} {}", mode.argument, mode.operands), mode.help);
     }

@@ -43,6 +43,30 @@ bool isWorthTelling(const TextRecord& record, const TextLine& line) {
     return record.confidence >= kLeastConfidence || holdsFigures(record.text);
 }
 
+PixelBox boxOf(const TextRecord& record) {
+    return {static_cast<int>(record.x), static_cast<int>(record.y),
+            static_cast<int>(record.x + record.width), static_cast<int>(record.y + record.height)};
+}
+
+// On pictures a line is often found both whole and in parts. Parts of what was read as a whole are
+// no records of their own, but figures are only left out for figures.
+bool isPartOf(const TextRecord& part, const TextRecord& whole) {
+    if (part.text.size() >= whole.text.size()) return false;
+    if (holdsFigures(part.text) && !holdsFigures(whole.text)) return false;
+    const PixelBox box = boxOf(part), around = boxOf(whole);
+    const PixelBox shared = box.intersected(around);
+    return !shared.empty() && around.height() < 2 * box.height() &&
+           std::int64_t{3} * shared.width() * shared.height() >
+               std::int64_t{2} * box.width() * box.height();
+}
+
+void leaveOutParts(std::vector<TextRecord>& records, const std::vector<TextRecord>& wholes) {
+    std::erase_if(records, [&](const TextRecord& record) {
+        return std::ranges::any_of(wholes,
+                                   [&](const auto& whole) { return isPartOf(record, whole); });
+    });
+}
+
 UnreadArea unreadAreaOf(const PixelBox& box) {
     return {static_cast<double>(box.left), static_cast<double>(box.top),
             static_cast<double>(box.width()), static_cast<double>(box.height())};
@@ -137,14 +161,18 @@ Result<ReadText> FrameReader::readLines(const GrayFrame& frame, const std::vecto
     LineReader reader(*strips_, memory_, work_, clock_);
     const auto readings = TRY(reader.read(frame, inks, deadline));
     ReadText result;
+    std::vector<TextRecord> onPictures;
     for (std::size_t i = 0; i < lines.size(); ++i) {
         if (!readings[i].wasRead) {
             result.unread.push_back(unreadAreaOf(inks[i].box));
             continue;
         }
         TextRecord record = recordOf(readings[i].text, inks[i].box);
-        if (isWorthTelling(record, lines[i])) result.records.push_back(std::move(record));
+        if (!isWorthTelling(record, lines[i])) continue;
+        if (lines[i].onPicture) onPictures.push_back(record);
+        result.records.push_back(std::move(record));
     }
+    leaveOutParts(result.records, onPictures);
     return result;
 }
 

@@ -25,8 +25,9 @@ Histogram histogramOf(const GrayFrame& frame, const PixelBox& box, int& count) {
 
 // From this part of the way from paper to ink on a pixel counts as ink.
 constexpr int kInkPercent = 45;
-// Text covers less of its box than this; what covers more is a plate that text stands on.
 constexpr int kPlatePercent = 56;
+constexpr int kDiscPercent = 66;
+constexpr int kLeastDisc = 14;  // pixels; smaller letters are blurred to more
 
 // The most frequent brightness along the border of the box: what the text stands on.
 int paperLevel(const GrayFrame& frame, const PixelBox& box, const Histogram& histogram) {
@@ -52,9 +53,11 @@ int paperLevel(const GrayFrame& frame, const PixelBox& box, const Histogram& his
 
 // Paper and ink of the text in `box`, whose paper is known; none if they hardly differ.
 std::optional<Ink> inkOn(int paper, const Histogram& histogram, int count, const PixelBox& box) {
+    // The outermost hundredth does not count, but at least one pixel has the level.
+    const int enough = std::max(1, count / 100);
     int low = 0, high = 255;
-    for (int seen = histogram[0]; low < 255 && seen < count / 100;) seen += histogram[++low];
-    for (int seen = histogram[255]; high > 0 && seen < count / 100;) seen += histogram[--high];
+    for (int seen = histogram[0]; low < 255 && seen < enough;) seen += histogram[++low];
+    for (int seen = histogram[255]; high > 0 && seen < enough;) seen += histogram[--high];
     const int level = high - paper > paper - low ? high : low;
     if (std::abs(level - paper) < kLeastContrast) return std::nullopt;
     return Ink{box, paper, level};
@@ -79,18 +82,13 @@ PixelBox tightBox(const GrayFrame& frame, const Ink& ink, int& inked) {
     return tight;
 }
 
-// The text on a plate such as a badge or a pressed button: its paper is what most of the plate is.
-std::optional<Ink> inkOnPlate(const GrayFrame& frame, const PixelBox& plate) {
-    // Round corners stay outside of a box that is this much smaller.
-    const int inset = std::max(1, plate.height() / 7);
-    const int side = std::max(1, plate.height() / 4);
-    const PixelBox inner{plate.left + side, plate.top + inset, plate.right - side,
-                         plate.bottom - inset};
-    if (inner.empty()) return std::nullopt;
-    int count = 0;
-    const Histogram histogram = histogramOf(frame, inner, count);
-    const auto paper = std::ranges::max_element(histogram) - histogram.begin();
-    return inkOn(static_cast<int>(paper), histogram, count, inner);
+// Text covers less of its box than this; what covers more is a plate that text stands on, or an
+// icon. Single letters, which are about as wide as high, cover more than words do.
+bool isPlate(const PixelBox& box, int inked) {
+    const int covered = inked * 100, area = box.width() * box.height();
+    if (5 * box.width() > 6 * box.height()) return covered > area * kPlatePercent;
+    return 6 * box.width() > 5 * box.height() && box.height() >= kLeastDisc &&
+           covered > area * kDiscPercent;
 }
 
 }  // namespace
@@ -112,21 +110,32 @@ std::vector<std::uint8_t> inkMask(const GrayFrame& frame, const Ink& ink) {
     return mask;
 }
 
+std::optional<Ink> findInkOnPlate(const GrayFrame& frame, const PixelBox& plate) {
+    // Round corners stay outside of a box that is this much smaller.
+    const int inset = std::max(1, plate.height() / 7);
+    const int side = std::max(1, plate.height() / 4);
+    const PixelBox inner{plate.left + side, plate.top + inset, plate.right - side,
+                         plate.bottom - inset};
+    if (inner.empty()) return std::nullopt;
+    int count = 0, inked = 0;
+    const Histogram histogram = histogramOf(frame, inner, count);
+    const auto paper = std::ranges::max_element(histogram) - histogram.begin();
+    auto ink = inkOn(static_cast<int>(paper), histogram, count, inner);
+    if (!ink) return std::nullopt;
+    ink->box = tightBox(frame, *ink, inked);
+    if (ink->box.empty() || ink->box.height() < kLeastInkRows) return std::nullopt;
+    return ink;
+}
+
 std::optional<Ink> findInk(const GrayFrame& frame, const PixelBox& box) {
     if (box.empty()) return std::nullopt;
     int count = 0, inked = 0;
     const Histogram histogram = histogramOf(frame, box, count);
     auto ink = inkOn(paperLevel(frame, box, histogram), histogram, count, box);
     if (!ink) return std::nullopt;
-    PixelBox tight = tightBox(frame, *ink, inked);
+    const PixelBox tight = tightBox(frame, *ink, inked);
     if (tight.empty()) return std::nullopt;
-    if (inked * 100 > tight.width() * tight.height() * kPlatePercent &&
-        5 * tight.width() > 6 * tight.height()) {
-        ink = inkOnPlate(frame, tight);
-        if (!ink) return std::nullopt;
-        tight = tightBox(frame, *ink, inked);
-        if (tight.empty()) return std::nullopt;
-    }
+    if (isPlate(tight, inked)) return findInkOnPlate(frame, tight);
     if (tight.height() < kLeastInkRows) return std::nullopt;
     ink->box = tight;
     return ink;

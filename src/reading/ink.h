@@ -20,6 +20,10 @@ struct Ink {
 // The ink in `box`; none where paper and ink hardly differ.
 std::optional<Ink> findInk(const GrayFrame& frame, const PixelBox& box);
 
+// The text on a plate such as a badge or a pressed button, whose paper is what most of the plate
+// is; none on an empty one.
+std::optional<Ink> findInkOnPlate(const GrayFrame& frame, const PixelBox& plate);
+
 // One byte for each pixel of the ink's box, 1 where the pixel is more ink than paper.
 std::vector<std::uint8_t> inkMask(const GrayFrame& frame, const Ink& ink);
 

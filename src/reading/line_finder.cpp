@@ -25,6 +25,16 @@ bool isNoGlyph(const Component& part) {
     return height > kTallestGlyph || part.area < 4;
 }
 
+// A chart or a photo: letters that touch are wide, but not where they are as large.
+bool isWideAsAPicture(const PixelBox& box) {
+    return box.height() > 48 && box.width() > 2 * box.height();
+}
+
+// The border of a card or a sheet, with nothing of its own inside.
+bool isCardBorder(const Component& part) {
+    return part.area < 3 * 2 * (part.box.width() + part.box.height()) && part.centre == 0;
+}
+
 // The frame of a card, field or button: large, drawn with a thin stroke, empty in the middle.
 // Letters of that size have thicker strokes or something in the middle.
 bool isOutline(const Component& part) {
@@ -121,8 +131,8 @@ std::vector<TextLine> LineFinder::find(const GrayFrame& frame, const ChangedRows
     for (const Component& part :
          connectedComponents(cells_.marked(), cells_.columns(), cells_.rows())) {
         const PixelBox pixels = inPixels(part.box, scale, frame);
-        if (part.box.height() > kTallestGlyph) {
-            pictures.push_back(pixels);
+        if (part.box.height() > kTallestGlyph || isWideAsAPicture(part.box)) {
+            if (!isCardBorder(part)) pictures.push_back(pixels);
         } else if (!isNoGlyph(part) && (!isOutline(part) || hasLetterStroke(frame, pixels))) {
             parts.push_back(part.box);
         }

@@ -34,7 +34,7 @@ bool onOneLine(const PixelBox& a, const PixelBox& b) {
     const int gap = -sharedColumns(a, b);
     if (taller > 36) {
         const int reach = isMark ? taller * 3 : std::max(50, smaller * 8);
-        return gap * 10 <= std::min(taller * 5, reach);
+        return gap * 10 <= std::min(taller * 65 / 10, reach);
     }
     return gap <= std::max(5, taller * 70 / 100);
 }

@@ -4,7 +4,7 @@
 #include <atomic>
 
 #include "base/unicode.h"
-#include "reading/ink_check.h"
+#include "reading/point_marks.h"
 #include "reading/text_marks.h"
 
 namespace tandrel {
@@ -117,9 +117,23 @@ StripText LineReader::verdict(const Job& job) {
     return text;
 }
 
+// A small comma looks like a point.
 bool LineReader::mayMisreadPoints(const Job& job, const StripText& text) {
     return job.ink->box.height() < kLeastFigureRows &&
            text.text.find_first_of(".,") != std::string::npos;
+}
+
+// The text with its points as the ink has them, and doubted where they had not been.
+StripText LineReader::checked(const Job& job, StripText text) {
+    if (!holdsFigures(text.text)) return text;
+    const bool isLarge = job.ink->box.height() >= kLeastFigureRows;
+    PointCheck check = checkPoints(job.strip, text.text);
+    if (isLarge) text.text = std::move(check.text);
+    if (check.marks != PointMarks::kSame || mayMisreadPoints(job, text) ||
+        text.leastFigure < kSureFigure) {
+        text.confidence = std::min(text.confidence, kDoubt);
+    }
+    return text;
 }
 
 StripText LineReader::agreed(const Job& job) {
@@ -127,12 +141,9 @@ StripText LineReader::agreed(const Job& job) {
     // They may differ in spaces.
     StripText text = first.confidence >= second.confidence ? first : second;
     text.confidence = std::min(first.confidence, second.confidence);
-    const bool hasFigures = holdsFigures(text.text);
-    const bool isDoubtful = std::min(first.leastFigure, second.leastFigure) < kSureFigure ||
-                            contradictsInk(job.strip, text.text) || mayMisreadPoints(job, text);
-    if ((hasFigures && isDoubtful) || mayMisspellSign(text.text)) {
-        text.confidence = std::min(text.confidence, kDoubt);
-    }
+    text.leastFigure = std::min(first.leastFigure, second.leastFigure);
+    text = checked(job, std::move(text));
+    if (mayMisspellSign(text.text)) text.confidence = std::min(text.confidence, kDoubt);
     return text;
 }
 
@@ -148,7 +159,16 @@ StripText LineReader::disputed(const Job& job) {
     // What once looked like an amount is not told as something else.
     if (holdsFigures(first.text) && !holdsFigures(best->text)) best = &first;
     StripText text = *best;
-    if (holdsFigures(text.text) || (!isDecided && isShort(text.text))) {
+    if (holdsFigures(text.text)) {
+        // A look that has the points where the ink has them saw better than others.
+        for (int look = 0; look < job.looked; ++look) {
+            const StripText& other = job.looks[look];
+            if (checkPoints(job.strip, text.text).marks == PointMarks::kSame) break;
+            if (holdsFigures(other.text)) text = other;
+        }
+        text = checked(job, std::move(text));
+        text.confidence = std::min(text.confidence, kDoubt);
+    } else if (!isDecided && isShort(text.text)) {
         text.confidence = std::min(text.confidence, kDoubt);
     }
     return text;

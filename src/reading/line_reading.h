@@ -37,6 +37,7 @@ class LineReader {
     struct Job;
     static StripText verdict(const Job& job);
     static bool mayMisreadPoints(const Job& job, const StripText& text);
+    static StripText checked(const Job& job, StripText text);
     static StripText agreed(const Job& job);
     static StripText disputed(const Job& job);
     // Has the jobs' strips read as `which` look says; those that time allows.

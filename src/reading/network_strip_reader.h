@@ -1,7 +1,12 @@
 #pragma once
 
+#include <memory>
+#include <vector>
+
+#include "base/mutex.h"
 #include "reading/kernels.h"
 #include "reading/line_model.h"
+#include "reading/network_runner.h"
 #include "reading/strip_reader.h"
 
 namespace tandrel {
@@ -15,8 +20,15 @@ class NetworkStripReader : public StripReader {
     Result<std::vector<StripText>> read(std::span<const Strip> strips) override;
 
  private:
+    using Runner = std::unique_ptr<NetworkRunner>;
+    // Runners are kept for their scratch memory, which is dear to get from the system anew.
+    Runner take();
+    void giveBack(Runner runner);
+
     const LineModel model_;
     const Kernels& kernels_;
+    Mutex mutex_;
+    std::vector<Runner> idle_ OWNED_BY(mutex_);
 };
 
 }  // namespace tandrel

@@ -4,6 +4,7 @@
 #include <array>
 #include <cmath>
 
+#include "reading/pixel_box.h"
 #include "reading/text_marks.h"
 #include "reading/word_gaps.h"
 
@@ -133,20 +134,33 @@ std::span<const Word> withoutIcons(std::span<const Word> words) {
     return words;
 }
 
+PixelBox inkBox(const Strip& strip) {
+    PixelBox box{Strip::kSideMargin, Strip::kRows, strip.columns - Strip::kSideMargin, 0};
+    for (int y = 0; y < Strip::kRows; ++y) {
+        const std::uint8_t* row = strip.row(y);
+        if (std::none_of(row, row + strip.columns, Strip::isInk)) continue;
+        box.top = std::min(box.top, y);
+        box.bottom = y + 1;
+    }
+    return box;
+}
+
 // A ring by itself: a nought, which the network without neighbours takes for an O. Noughts are
 // narrow in every font, the letter is round.
 bool isLoneNought(const Strip& strip, const std::string& text) {
     if (text != "O" && text != "o" && text != "0") return false;
-    const int inkColumns = strip.columns - 2 * Strip::kSideMargin;
-    int top = Strip::kRows, bottom = 0;
-    for (int y = 0; y < Strip::kRows; ++y) {
-        const std::uint8_t* row = strip.row(y);
-        if (std::none_of(row, row + strip.columns, Strip::isInk)) continue;
-        top = std::min(top, y);
-        bottom = y + 1;
-    }
-    return inkColumns * 100 < (bottom - top) * 82 && inkColumns * 100 > (bottom - top) * 40 &&
-           !Strip::isInk(strip.row((top + bottom) / 2)[strip.columns / 2]);
+    const PixelBox ink = inkBox(strip);
+    if (ink.empty()) return false;
+    return ink.width() * 100 < ink.height() * 82 && ink.width() * 100 > ink.height() * 40 &&
+           !Strip::isInk(strip.row((ink.top + ink.bottom) / 2)[strip.columns / 2]);
+}
+
+// A letter by itself, of which the network cannot tell whether it is a capital, and so it says
+// both.
+bool isSaidTwice(const Strip& strip, const std::string& text) {
+    if (text.size() != 2 || (text[0] | 0x20) != (text[1] | 0x20)) return false;
+    const PixelBox ink = inkBox(strip);
+    return ink.width() * 10 < ink.height() * 13;
 }
 
 }  // namespace
@@ -176,6 +190,7 @@ StripText composeText(const Strip& strip, const FoundLetters& found,
         const double column = (step + 0.5) * StripScores::kColumnsPerStep - Strip::kSideMargin;
         return std::clamp(column / inkColumns, 0.0, 1.0);
     };
+    if (isSaidTwice(strip, result.text)) result.text.pop_back();
     if (isLoneNought(strip, result.text)) {
         result.text = "0";
         result.confidence = std::max(result.confidence, kLoneNought);

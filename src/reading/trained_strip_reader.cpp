@@ -66,14 +66,10 @@ Result<std::vector<StripText>> TrainedStripReader::read(std::span<const Strip> s
 }
 
 Result<std::shared_ptr<const TrainedStripReader::Readers>> TrainedStripReader::readers() {
-    {
-        MutexLock lock(mutex_);
-        if (readers_) return readers_;
-    }
-    // Two threads may both load at first; one set is kept.
-    auto loaded = TRY(load());
+    // Others wait for who loads, instead of loading too.
     MutexLock lock(mutex_);
     if (!readers_) {
+        auto loaded = TRY(load());
         if (loaded->empty()) log("Text is read by libtesseract, which takes several times longer.");
         readers_ = std::move(loaded);
     }

@@ -189,9 +189,9 @@ TEST(Application, ASignalEndsAClientsWait) {
         Variables{{"TANDREL_VIRTUAL_PHONE", "1"}, {"TANDREL_GUARD_TIMEOUT", "120"}});
     program.awaitMatched();
     program.post("/tap", {{"x", 0.152}, {"y", 0.131}, {"fraction", true}});  // Shop
-    program.get("/settle");
+    program.awaitText("Canvas tote bag");
     // The shop's first price. While nobody can be asked, this takes all of the owner's time.
-    std::jthread waiting([&] {
+    const std::jthread waiting([&] {
         (void)httpPost(LoopbackUrl::ofPort(program.port()), "/tap",
                        {{"x", 0.8}, {"y", 0.2}, {"fraction", true}},
                        {.timeout = std::chrono::seconds(60)});

@@ -40,7 +40,7 @@ TEST(LetterSearch, saysWhereALetterIsAndHowProbable) {
     const auto found = search({{0, 0, 1}, {0, 0, 1}, {0, 0.7, 0.3}, {0, 0.9, 0.1}, {0, 0, 1}});
     ASSERT_EQ(found.letters.size(), 1U);
     EXPECT_EQ(found.letters[0].firstStep, 2);
-    EXPECT_EQ(found.letters[0].step, 3) << "where it is most probable";
+    EXPECT_EQ(found.letters[0].step, 3);
     EXPECT_NEAR(found.letters[0].probability, 0.9, 1e-3);
 }
 

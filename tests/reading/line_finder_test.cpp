@@ -50,6 +50,36 @@ const Case kCases[] = {
          frame.text(40, 51, "Password");
      },
      {{40, 119}}},
+    {"the bars of a phone's signal, and a battery with its figure",
+     [](DrawnFrame& frame) {
+         for (int bar = 0; bar < 4; ++bar) {
+             frame.rectangle(20 + bar * 5, 50 - bar * 3, 3, 4 + bar * 3, 1, kBlack);
+         }
+         frame.text(52, 54, "5G");
+         frame.rectangle(84, 41, 26, 14, 4, kBlack);
+         frame.text(90, 53, "90", {"Inter", 11, kWhite});
+     },
+     {{52, 76}, {90, 104}}},
+    {"a solid disc, and one with a figure",
+     [](DrawnFrame& frame) {
+         frame.disc(40, 45, 10, kBlack);
+         frame.disc(100, 45, 10, kBlack);
+         frame.text(96, 50, "3", {"Inter", 13, kWhite});
+     },
+     {{96, 104}}},
+    {"a large figure with its comma and sign",
+     [](DrawnFrame& frame) { frame.text(20, 70, "345,27 €", {"Inter Light", 52, kBlack}); },
+     {{20, 234}}},
+    {"a plus sign before the figure, the arrow of a place behind the time",
+     [](DrawnFrame& frame) {
+         frame.text(20, 50, "+ 69.98");
+         frame.text(200, 50, "1:49");
+         frame.line(237, 44, 247, 39, 1.5, kBlack);
+         frame.line(247, 39, 242, 48, 1.5, kBlack);
+         frame.line(242, 48, 241, 44, 1.5, kBlack);
+         frame.line(241, 44, 237, 44, 1.5, kBlack);
+     },
+     {{20, 81}, {200, 232}}},
 };
 
 class FindsLines : public testing::TestWithParam<Case> {};
@@ -60,7 +90,7 @@ TEST_P(FindsLines, whereTheInkIs) {
     const auto lines = findLines(GrayFrame::from(drawn.frame()));
     std::vector<std::pair<int, int>> spans;
     for (const TextLine& line : lines) {
-        if (line.ink.box.height() > 20 * kDensity) continue;
+        if (line.ink.box.height() > 60 * kDensity) continue;
         spans.emplace_back(line.ink.box.left / kDensity, line.ink.box.right / kDensity);
     }
     ASSERT_EQ(spans.size(), GetParam().spans.size());
@@ -71,6 +101,27 @@ TEST_P(FindsLines, whereTheInkIs) {
 }
 
 INSTANTIATE_TEST_SUITE_P(LineFinder, FindsLines, testing::ValuesIn(kCases));
+
+// Dark grey with a rim as on maps, across roads and the line of a coast.
+TEST(LineFinder, findsLabelsOnAMap) {
+    DrawnFrame drawn(390 * kDensity, 300 * kDensity, kDensity, {0.95, 0.93, 0.9});
+    for (int i = 0; i < 9; ++i) {
+        drawn.line(0, 20 + 33 * i, 390, 290 - 31 * i, 2 + i % 3, kWhite);
+        drawn.line(40 * i, 0, 390 - 35 * i, 300, 1.5, {0.8, 0.75, 0.7});
+    }
+    drawn.disc(300, 200, 60, {0.67, 0.83, 0.95});
+    for (const double by : {-1.0, 1.0}) {
+        drawn.text(120 + by, 150, "Old Harbour", {"Inter", 14, kWhite});
+        drawn.text(120, 150 + by, "Old Harbour", {"Inter", 14, kWhite});
+    }
+    const double width = drawn.text(120, 150, "Old Harbour", {"Inter", 14, {0.3, 0.3, 0.33}});
+    const auto lines = findLines(GrayFrame::from(drawn.frame()));
+    const auto found = std::ranges::count_if(lines, [&](const TextLine& line) {
+        return std::abs(line.ink.box.left - 120 * kDensity) < 9 &&
+               std::abs(line.ink.box.right - (120 + width) * kDensity) < 50;
+    });
+    EXPECT_EQ(found, 1);
+}
 
 TEST(LineFinder, findsWhiteLettersOnAPhoto) {
     DrawnFrame drawn(390 * kDensity, 200 * kDensity, kDensity, kBlack);

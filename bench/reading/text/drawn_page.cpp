@@ -111,7 +111,7 @@ std::string fontOf(std::mt19937& random, DrawnUse use) {
 DrawnPage::DrawnPage(std::mt19937& random, DrawnUse use)
     : random_(random),
       density_(std::array{1, 2, 2, 3, 3}[random() % 5]),
-      width_(kSizes[random() % kSizes.size()].width),
+      width_(density_ == 3 ? 390 : kSizes[random() % kSizes.size()].width),
       height_(sizeOf(random).height),
       theme_(kThemes[random() % kThemes.size()]),
       font_(fontOf(random, use)),

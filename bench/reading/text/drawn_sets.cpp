@@ -80,9 +80,14 @@ FrameSet drawAmounts(int count, DrawnUse use) {
             const double size = page.between(12, 34);
             y += size * 0.6;
             const Colour colour = page.pick(4) ? page.theme().ink : page.theme().faint;
-            page.write(20, y, page.amount(), size, colour, {.isAmount = true});
-            page.writeBefore(page.width() - 20, y, page.amount(), std::min(size, 22.0), colour,
-                             {.isAmount = true});
+            const std::string left = page.amount(), right = page.amount();
+            const double smaller = std::min(size, 22.0);
+            const double free =
+                page.width() - 40 - page.widthOf(left, size) - page.widthOf(right, smaller);
+            page.write(20, y, left, size, colour, {.isAmount = true});
+            if (free > size) {
+                page.writeBefore(page.width() - 20, y, right, smaller, colour, {.isAmount = true});
+            }
             y += size;
         }
         set.frames.push_back(finished(page, "amounts", i, random));

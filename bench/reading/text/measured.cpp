@@ -8,6 +8,7 @@
 #include <string_view>
 
 #include "platform/linux/linux_text_recognizer.h"
+#include "reading/drawn_frame.h"
 
 namespace tandrel {
 
@@ -37,6 +38,13 @@ double peakMegabytes() {
 
 double share(int part, int whole) { return whole ? static_cast<double>(part) / whole : 1.0; }
 
+PixelBuffer someText() {
+    DrawnFrame frame(600, 120, 2, kWhite);
+    frame.text(20, 40, "Two lines");
+    frame.text(200, 40, "of text");
+    return frame.frame();
+}
+
 }  // namespace
 
 void Times::add(const Times& other) {
@@ -51,7 +59,7 @@ Measured measureOwn(const FrameSet& set, Details details) {
     for (const KnownFrame& frame : set.frames) {
         const auto recognizer = *makeTextRecognizer();
         // Loads the model, which happens once in the life of a program.
-        recognizer->read(PixelBuffer::make(2, 2, [](std::uint8_t*, int) {})).value();
+        recognizer->read(someText()).value();
         const PixelBuffer again = frame.picture.copy();
         const PixelBuffer changed = withOneRowChanged(frame.picture);
         const PixelBuffer moved = scrolled(frame.picture);
