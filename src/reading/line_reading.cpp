@@ -2,6 +2,7 @@
 
 #include <array>
 #include <atomic>
+#include <cctype>
 
 #include "base/unicode.h"
 #include "reading/point_marks.h"
@@ -40,6 +41,16 @@ std::string withoutSpaces(const std::string& text) {
 bool isShort(const std::string& text) {
     constexpr std::size_t kLongest = 3;
     return text.size() <= kLongest || graphemeCount(text) <= kLongest;
+}
+
+// Too much looks like a letter by itself, and nothing beside it says otherwise; a digit by itself
+// must be plain. What else is short and no word is an icon read as signs.
+bool mayBeIcon(const StripText& text) {
+    constexpr double kPlainDigit = 0.75;
+    const bool hasFigures = holdsFigures(text.text);
+    if (graphemeCount(text.text) == 1) return !hasFigures || text.confidence < kPlainDigit;
+    auto isSign = [](char c) { return static_cast<unsigned char>(c) < 0x80 && !std::isalpha(c); };
+    return !hasFigures && isShort(text.text) && std::ranges::any_of(text.text, isSign);
 }
 
 bool needsSecondLook(const StripText& text) {
@@ -112,9 +123,7 @@ StripText LineReader::verdict(const Job& job) {
     } else if (holdsFigures(text.text)) {
         text.confidence = std::min(text.confidence, kDoubt);
     }
-    // Too much looks like a letter, and nothing beside it says otherwise.
-    const bool isLoneLetter = graphemeCount(text.text) == 1 && !holdsFigures(text.text);
-    if (isLoneLetter) text.confidence = std::min(text.confidence, kDoubt);
+    if (mayBeIcon(text)) text.confidence = std::min(text.confidence, kDoubt);
     return text;
 }
 
