@@ -2,6 +2,7 @@
 
 #include <filesystem>
 #include <optional>
+#include <stop_token>
 #include <string>
 #include <utility>
 #include <vector>
@@ -43,6 +44,7 @@ class AIConnect {
         InstalledApplications& installed;
         RunningApplications& running;
         Clock& clock;
+        std::stop_token stop = {};  // ends the programs that are waited for
     };
     // What came of it, and the sentence that the setup shows as it stands.
     struct Outcome {

@@ -60,7 +60,8 @@ std::optional<std::filesystem::path> AIConnect::findClaude() const {
 
     const auto end = to_.processes.run({.program = places_.loginShell,
                                         .arguments = {"-lc", "command -v claude"},
-                                        .timeout = kAskShellTimeout});
+                                        .timeout = kAskShellTimeout,
+                                        .stop = to_.stop});
     if (!end || end->how != ProgramEnd::How::exited || end->status != 0) return std::nullopt;
     // A profile may greet before the answer, and an alias is no path.
     std::istringstream lines(end->output);
@@ -89,7 +90,8 @@ ProgramEnd AIConnect::runClaude(const std::filesystem::path& claude,
     auto end = to_.processes.run({.program = claude,
                                   .arguments = arguments,
                                   .timeout = kAddTimeout,
-                                  .environment = {{"PATH", path}}});
+                                  .environment = {{"PATH", path}},
+                                  .stop = to_.stop});
     if (!end) return {.status = kStatusNotStarted, .output = end.error().message};
     if (end->how == ProgramEnd::How::timedOut && trimmed(end->output).empty()) {
         end->output = fmt::format("no answer in {} s",

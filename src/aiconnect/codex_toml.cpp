@@ -67,6 +67,12 @@ bool isOurs(const std::string& header) {
     return header == kTable || header.starts_with(std::string(kTable) + ".");
 }
 
+// Whether the line ends the table before it: a plain header, or one with a key that only the whole
+// language allows, such as [projects."/home/ada/app"].
+bool endsTable(std::string_view line) {
+    return withoutBlankEnds(line).starts_with('[') && isTomlDocument(line);
+}
+
 // The text with each of our lines, from a header of ours to the next header, handed to `change`.
 // What it returns takes the line's place; nothing drops it.
 struct OurLine {
@@ -80,7 +86,11 @@ std::vector<std::string> changeOurLines(std::string_view text, const ChangeLine&
     bool inside = false;
     for (const std::string_view line : linesOf(text)) {
         const auto header = tomlHeader(line);
-        if (header) inside = isOurs(*header);
+        if (header) {
+            inside = isOurs(*header);
+        } else if (inside && endsTable(line)) {
+            inside = false;
+        }
         if (!inside) {
             kept.emplace_back(line);
         } else if (auto changed = change({line, header.has_value()})) {
@@ -158,6 +168,8 @@ Link codexLink(std::string_view text, std::string_view command) {
         if (const auto header = tomlHeader(line)) {
             inside = *header == kTable;
             found = found || inside;
+        } else if (inside && endsTable(line)) {
+            inside = false;
         } else if (inside) {
             if (const auto value = tomlTextOfLine(line, "command")) {
                 return *value == command ? Link::addedHere : Link::addedElsewhere;

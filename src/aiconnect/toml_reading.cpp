@@ -8,6 +8,8 @@
 #define TOML_MAX_NESTED_VALUES 32
 #include <toml++/toml.h>
 
+#include "base/unicode.h"
+
 namespace tandrel {
 namespace {
 
@@ -19,6 +21,9 @@ constexpr std::string_view kEntry = "tandrel";
 // many is no line of settings either way.
 constexpr int kMostDotsInALine = 250;
 
+// Twice what is read of settings, since an edit adds to it.
+constexpr std::size_t kLargestToml = 2 * 1024 * 1024;
+
 bool isShallow(std::string_view text) {
     int dots = 0;
     for (const char c : text) {
@@ -28,7 +33,18 @@ bool isShallow(std::string_view text) {
     return true;
 }
 
+// Nothing that is no text reaches the library: some of it ends the process instead of the parse.
+bool isText(std::string_view text) {
+    const bool plain = std::ranges::all_of(text, [](char c) {
+        const auto byte = static_cast<unsigned char>(c);
+        return (byte >= ' ' && byte != 0x7f) || c == '\t' || c == '\n' || c == '\r';
+    });
+    return plain && isUtf8(text);
+}
+
 Result<toml::table> parseToml(std::string_view text) {
+    if (text.size() > kLargestToml) return fail("it is too large");
+    if (!isText(text)) return fail("it is not text");
     if (!isShallow(text)) return fail("its keys nest too deeply");
     try {
         return toml::parse(text);
@@ -66,6 +82,8 @@ void removeOurs(toml::table& file) {
 }
 
 }  // namespace
+
+bool isTomlDocument(std::string_view text) { return parseToml(text).has_value(); }
 
 std::optional<std::string> tomlTextOfLine(std::string_view line, std::string_view key) {
     // Most lines name another key; only the one that may be meant is read.

@@ -12,6 +12,9 @@ namespace tandrel {
 // Tables of this name and a number stand for our own tables in the text before an edit.
 inline constexpr std::string_view kRenamedTable = "tandrel_table_before_the_edit_";
 
+// Whether the text is TOML as a whole.
+bool isTomlDocument(std::string_view text);
+
 // The text that the line gives to the key; nothing when it is another line or another type.
 std::optional<std::string> tomlTextOfLine(std::string_view line, std::string_view key);
 

@@ -6,6 +6,10 @@
 #include <fmt/format.h>
 #include <sys/resource.h>
 
+#include "app/app_delegate.h"
+#include "app/brand.h"
+#include "app/first_copy.h"
+#include "app/owner_side.h"
 #include "app/panel_asker.h"
 #include "app/phone_window.h"
 #include "app/qt_main_loop.h"
@@ -22,9 +26,11 @@
 namespace tandrel {
 namespace {
 
-std::unique_ptr<MainLoop> makeMainLoop(bool hasDisplay) {
-    if (hasDisplay) return std::make_unique<QtMainLoop>();
-    return std::make_unique<LinuxMainLoop>();
+std::unique_ptr<MainLoop> makeMainLoop(bool hasDisplay, const AppInfo& info) {
+    if (!hasDisplay) return std::make_unique<LinuxMainLoop>();
+    auto loop = std::make_unique<QtMainLoop>();
+    Brand::registerFonts(info.bundle / "share");
+    return loop;
 }
 
 // Who asks the owner: the panel where there is a display, the terminal only when the person who
@@ -55,13 +61,26 @@ void raiseFileLimit() {
     if (::setrlimit(RLIMIT_NOFILE, &limit) != 0) log("can't raise the limit of open files");
 }
 
+// Whether a copy that runs already has shown its window instead. Copies that take a free port each
+// have nothing in common.
+bool firstCopyShows(bool hasDisplay) {
+    const EngineSettings settings = EngineSettings::fromEnvironment();
+    if (!hasDisplay || settings.disabled || settings.port == 0) return false;
+    return FirstCopy::ask(FirstCopy::meetingPlace(settings.port));
+}
+
 // Serves until the main loop is told to end.
-int serve(Wiring& wiring, const AppInfo& info, MainLoop& loop, bool hasDisplay,
+int serve(Wiring& wiring, OwnerSide& owner, const AppInfo& info, MainLoop& loop, bool hasDisplay,
           const std::stop_token& stopping) {
     wiring.engine().start(stopping);
+    owner.start();
     const auto windows = openWindows(wiring.backends(), hasDisplay);
+    std::optional<AppDelegate> delegate;
+    if (hasDisplay) delegate.emplace(owner, info, loop, systemClock()).start();
     sayWelcome(wiring, info);
     const int status = loop.run();
+    delegate.reset();
+    owner.stop();
     wiring.engine().stop();
     return status;
 }
@@ -77,14 +96,18 @@ int runApplication(const Arguments& arguments) {
     Clock& clock = systemClock();
     const AppInfo info = AppInfo::load(AppInfo::bundleOfThisProgram());
     AppLog::setShared(std::make_shared<AppLog>(AppFiles::of(info).log));
+    const bool hasDisplay = prepareDisplay();
+    if (firstCopyShows(hasDisplay)) {
+        fmt::print("Tandrel is already running; its window has been opened.\n");
+        return 0;
+    }
     auto backends = Backends::open(info, clock);
     if (!backends) {
         fmt::print(stderr, "{}\n", backends.error().message);
         return 1;
     }
-    const bool hasDisplay = prepareDisplay();
     const bool askHere = std::ranges::count(arguments, "--ask-here") > 0;
-    loop = makeMainLoop(hasDisplay);
+    loop = makeMainLoop(hasDisplay, info);
     const auto listening = stopSignals.deliver([&] {
         stopping.request_stop();
         loop->quit(0);
@@ -93,7 +116,8 @@ int runApplication(const Arguments& arguments) {
     const auto notifications = makeDesktopNotifications();
     const auto asker = makeAsker(hasDisplay, askHere, *loop, *notifications, clock);
     Wiring wiring(std::move(*backends), info, *loop, *asker, clock);
-    const int status = serve(wiring, info, *loop, hasDisplay, stopping.get_token());
+    OwnerSide owner(wiring, info, *loop, clock);
+    const int status = serve(wiring, owner, info, *loop, hasDisplay, stopping.get_token());
     AppLog::setShared(nullptr);
     return status;
 }

@@ -8,34 +8,40 @@
 #include <QLabel>
 #include <QPushButton>
 #include <QScreen>
+#include <QScrollArea>
+#include <QScrollBar>
 #include <QVBoxLayout>
 #include <algorithm>
 #include <cmath>
 #include <vector>
 
+#include "app/brand.h"
+#include "app/every_desktop.h"
+#include "app/icons.h"
 #include "app/screen_picture.h"
+#include "app/wrapped_label.h"
 
 namespace tandrel {
 namespace {
 
 constexpr int kMargin = 24;
-constexpr int kPictureHeight = 432;
+constexpr int kSpacing = 16;
+constexpr int kTitleBar = 48;  // what the window manager may put around the panel
+constexpr int kLowestPicture = 330;
+constexpr int kHighestPicture = 480;
+constexpr int kWidestPicture = 260;
 constexpr int kGapBetweenPrompts = 16;
 
-// Light whatever the desktop's theme is: a question about money looks the same every time.
-constexpr const char* kStyle = R"(
-    #prompt { background: #ffffff; }
-    QLabel { color: #1d1d1f; font-size: 14px; }
-    #product { color: #0a5bd3; font-size: 13px; font-weight: 600; }
-    #title { font-size: 21px; font-weight: 700; }
-    #small { color: #515154; font-size: 13px; }
-    #countdown { color: #9a3412; font-size: 13px; font-weight: 600; }
-    QPushButton { font-size: 15px; font-weight: 600; min-height: 40px; border-radius: 10px; }
-    QPushButton#deny { background: #e8e8ed; color: #1d1d1f; border: 1px solid #c7c7cc; }
-    QPushButton#deny:hover { background: #dcdce1; }
-    QPushButton#approve { background: #0a5bd3; color: #ffffff; border: 1px solid #0a5bd3; }
-    QPushButton#approve:hover { background: #084cb0; }
-    QPushButton:disabled { background: #f2f2f5; color: #6e6e73; border: 1px solid #d2d2d7; }
+constexpr const char* kRules = R"(
+    #prompt { background: @surface; }
+    QLabel[role="product"] { color: @link; }
+    QLabel[role="title"] { font-size: 20pt; }
+    QLabel[role="body"] { font-size: 13.5pt; }
+    QLabel[role="secondary"] { font-size: 11.5pt; }
+    QLabel[role="attention"] { font-size: 11pt; }
+    QPushButton { font-size: 12pt; padding: 10px 16px; background: @sidebar; }
+    QPushButton:focus { padding: 9px 15px; }
+    QPushButton[role="primary"]:disabled { background: @sidebar; }
 )";
 
 // Prompts on the screen, in the order they were shown.
@@ -43,12 +49,10 @@ std::vector<ApprovalPrompt*> openPrompts;
 
 QString translated(const char* text) { return QCoreApplication::translate("ApprovalPrompt", text); }
 
-QLabel* label(const char* name, const QString& text) {
-    auto* result = new QLabel(text);
-    result->setObjectName(name);
-    result->setTextFormat(Qt::PlainText);  // what stands on the phone is never markup
-    result->setWordWrap(true);
-    return result;
+// The part of the screen that the panel may take.
+QSize space() {
+    const QRect area = QGuiApplication::primaryScreen()->availableGeometry();
+    return area.size() - QSize(2 * kMargin, 2 * kMargin + kTitleBar);
 }
 
 }  // namespace
@@ -63,7 +67,9 @@ ApprovalPrompt::ApprovalPrompt(const ApprovalRequest& request, TimePoint deadlin
     setObjectName("prompt");
     setAttribute(Qt::WA_StyledBackground);
     setWindowTitle(translated("Tandrel: approve a payment"));
-    setStyleSheet(kStyle);
+    setWindowIcon(productIcon());
+    // Light whatever the desktop is: a question about money looks the same every time.
+    Brand::dress(*this, ColorScheme::light, kRules);
     build(request);
     QObject::connect(&ticker_, &QTimer::timeout, this, [this] { showSecondsLeft(); });
     ticker_.start(std::chrono::seconds(1));
@@ -75,45 +81,41 @@ void ApprovalPrompt::build(const ApprovalRequest& request) {
     auto* columns = new QHBoxLayout(this);
     columns->setContentsMargins(kMargin, kMargin, kMargin, kMargin);
     columns->setSpacing(kMargin);
-    columns->addWidget(buildText(request), 1);
-    int width = kWidth;
-    int height = kHeight;
-    if (request.picture) {
-        auto* picture = new QLabel;
-        picture->setPixmap(screenPicture(request.picture, request.place, kPictureHeight));
-        picture->setAlignment(Qt::AlignTop);
-        picture->setAccessibleName(translated("The iPhone's screen with the place of the action"));
-        columns->addWidget(picture);
-        width +=
-            picture->pixmap().width() / static_cast<int>(picture->pixmap().devicePixelRatio()) +
-            kMargin;
-        height = std::max(height, kPictureHeight + 2 * kMargin);
-    }
-    setFixedWidth(width);
-    setMinimumHeight(height);
+    auto* column = new QVBoxLayout;
+    column->setSpacing(kSpacing);
+    columns->addLayout(column);
+    texts_ = new QScrollArea;
+    texts_->setFocusPolicy(Qt::NoFocus);
+    texts_->setFrameShape(QFrame::NoFrame);
+    texts_->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    texts_->setWidgetResizable(true);
+    texts_->setWidget(buildTexts(request));
+    countdown_ = makeWrappedLabel("attention", {});
+    buttons_ = buildButtons();
+    column->addWidget(texts_);
+    column->addStretch(1);
+    column->addWidget(countdown_);
+    column->addWidget(buttons_);
+    showSecondsLeft();
+    layOut(request.picture, request.place);
 }
 
-QWidget* ApprovalPrompt::buildText(const ApprovalRequest& request) {
-    auto* column = new QWidget;
-    auto* rows = new QVBoxLayout(column);
+QWidget* ApprovalPrompt::buildTexts(const ApprovalRequest& request) {
+    auto* texts = new QWidget;
+    auto* rows = new QVBoxLayout(texts);
     rows->setContentsMargins(0, 0, 0, 0);
-    rows->setSpacing(10);
+    rows->setSpacing(kSpacing);
     const auto text = [](const std::string& utf8) { return QString::fromStdString(utf8); };
-    rows->addWidget(label("product", "Tandrel"));
-    rows->addWidget(label("title", text(request.title)));
-    rows->addWidget(
-        label("body", translated("Your AI wants to %1 on your iPhone. The screen shows %2.")
-                          .arg(text(request.what), text(request.summary))));
-    rows->addWidget(
-        label("small", translated("Approve lets this one action through. If the amount or "
-                                  "recipient changes before it happens, Tandrel asks "
-                                  "again.")));
+    rows->addWidget(makeWrappedLabel("product", "Tandrel"));
+    rows->addWidget(makeWrappedLabel("title", text(request.title)));
+    rows->addWidget(makeWrappedLabel(
+        "body", translated("Your AI wants to %1 on your iPhone. The screen shows %2.")
+                    .arg(text(request.what), text(request.summary))));
+    rows->addWidget(makeWrappedLabel(
+        "secondary", translated("Approve lets this one action through. If the amount or recipient "
+                                "changes before it happens, Tandrel asks again.")));
     rows->addStretch(1);
-    countdown_ = label("countdown", {});
-    rows->addWidget(countdown_);
-    rows->addWidget(buildButtons());
-    showSecondsLeft();
-    return column;
+    return texts;
 }
 
 QWidget* ApprovalPrompt::buildButtons() {
@@ -122,14 +124,13 @@ QWidget* ApprovalPrompt::buildButtons() {
     buttons->setContentsMargins(0, 0, 0, 0);
     buttons->setSpacing(12);
     deny_ = new QPushButton(translated("Deny"));
-    deny_->setObjectName("deny");
     approve_ = new QPushButton(translated("Approve"));
-    approve_->setObjectName("approve");
+    approve_->setProperty("role", "primary");
     approve_->setFocusPolicy(Qt::NoFocus);  // never reached, so never pressed, by a key
     for (QPushButton* button : {deny_, approve_}) {
         button->setAutoDefault(false);
         button->setEnabled(false);
-        buttons->addWidget(button);
+        buttons->addWidget(button, 1);
     }
     QObject::connect(deny_, &QPushButton::clicked, this, [this] { answer(ApprovalAnswer::deny); });
     QObject::connect(approve_, &QPushButton::clicked, this,
@@ -137,10 +138,43 @@ QWidget* ApprovalPrompt::buildButtons() {
     return row;
 }
 
+// The panel is as high as its texts, and the picture as high as they are within its bounds. Where
+// the screen is too small, the picture shrinks and the texts scroll; the buttons always stay.
+void ApprovalPrompt::layOut(const PixelBuffer& picture, const std::optional<PlaceOnScreen>& place) {
+    for (QWidget* child : findChildren<QWidget*>()) child->ensurePolished();
+    const QSize most = space();
+    const int pictureWidth = picture ? std::min(kWidestPicture / 2, most.width() / 4) + kMargin : 0;
+    const int width = std::min(Brand::scaled(kWidth - 2 * kMargin), most.width() - pictureWidth);
+    const int textHeight = texts_->widget()->heightForWidth(width);
+    const int below = countdown_->heightForWidth(width) + buttons_->sizeHint().height();
+    const int natural = textHeight + below + 2 * kSpacing;
+    const int lowest = picture ? kLowestPicture : kHeight - 2 * kMargin;
+    const int height = std::min(std::max(natural, lowest), most.height());
+    texts_->setFixedSize(width, std::min(textHeight, height - below - 2 * kSpacing));
+    texts_->verticalScrollBar()->setSingleStep(kMargin);
+    int total = width;
+    if (picture) {
+        const QSize bounds(std::min(kWidestPicture, most.width() - width - kMargin),
+                           std::min(height, kHighestPicture));
+        const QPixmap pixmap = screenPicture(asImage(picture), place, bounds);
+        addPicture(pixmap);
+        total += kMargin + qCeil(pixmap.deviceIndependentSize().width());
+    }
+    setFixedSize(total + 2 * kMargin, height + 2 * kMargin);
+}
+
+void ApprovalPrompt::addPicture(const QPixmap& pixmap) {
+    auto* picture = new QLabel;
+    picture->setPixmap(pixmap);
+    picture->setAlignment(Qt::AlignTop);
+    picture->setAccessibleName(translated("The iPhone's screen with the place of the action"));
+    static_cast<QHBoxLayout*>(layout())->addWidget(picture);
+}
+
 void ApprovalPrompt::open() {
-    adjustSize();
     placeBesideOthers();
     openPrompts.push_back(this);
+    stayOnEveryDesktop(*this);
     show();
     raise();
     activateWindow();
@@ -167,7 +201,10 @@ void ApprovalPrompt::closeEvent(QCloseEvent* event) {
 }
 
 void ApprovalPrompt::keyPressEvent(QKeyEvent* event) {
+    QScrollBar& bar = *texts_->verticalScrollBar();
     if (event->key() == Qt::Key_Escape) answer(ApprovalAnswer::deny);
+    if (event->key() == Qt::Key_Down) bar.triggerAction(QScrollBar::SliderSingleStepAdd);
+    if (event->key() == Qt::Key_Up) bar.triggerAction(QScrollBar::SliderSingleStepSub);
     event->accept();
 }
 
@@ -180,7 +217,7 @@ void ApprovalPrompt::placeBesideOthers() {
     const QRect area = QGuiApplication::primaryScreen()->availableGeometry();
     QRect place(QPoint(0, 0), size());
     place.moveCenter(area.center());
-    place.moveTop(area.top() + area.height() / 6);
+    place.moveTop(area.top() + std::min(area.height() / 6, (area.height() - height()) / 2));
     for (const ApprovalPrompt* other : openPrompts) {
         if (!place.intersects(other->geometry())) continue;
         place.moveTop(other->geometry().bottom() + kGapBetweenPrompts);

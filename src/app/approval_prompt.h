@@ -10,6 +10,7 @@
 
 class QLabel;
 class QPushButton;
+class QScrollArea;
 
 namespace tandrel {
 
@@ -30,7 +31,8 @@ class ApprovalPrompt final : public QWidget {
     void answer(ApprovalAnswer answer);
 
     static constexpr Duration kArmedAfter = std::chrono::seconds(1);
-    // Without the picture; with it the panel grows to the right and down.
+    // In points at the usual text size, without the picture; with it the panel grows to the right
+    // and down. Larger text takes more, as far as the screen goes.
     static constexpr int kWidth = 460;
     static constexpr int kHeight = 300;
 
@@ -40,8 +42,10 @@ class ApprovalPrompt final : public QWidget {
 
  private:
     void build(const ApprovalRequest& request);
-    QWidget* buildText(const ApprovalRequest& request);
+    QWidget* buildTexts(const ApprovalRequest& request);
     QWidget* buildButtons();
+    void layOut(const PixelBuffer& picture, const std::optional<PlaceOnScreen>& place);
+    void addPicture(const QPixmap& pixmap);
     void showSecondsLeft();
     void placeBesideOthers();
 
@@ -49,7 +53,9 @@ class ApprovalPrompt final : public QWidget {
     Clock& clock_;
     Answered answered_;
     bool finished_ = false;
+    QScrollArea* texts_ = nullptr;
     QLabel* countdown_ = nullptr;
+    QWidget* buttons_ = nullptr;
     QPushButton* deny_ = nullptr;
     QPushButton* approve_ = nullptr;
     QTimer ticker_;

@@ -6,6 +6,8 @@
 
 #include "app/application.h"
 #include "app/mirror_tools.h"
+#include "app/owner_modes.h"
+#include "app/screenshots.h"
 #include "app/self_test.h"
 #include "app/settings_command.h"
 #include "app/wiring.h"
@@ -22,20 +24,14 @@ int printVersion(const Arguments&) {
     return 0;
 }
 
-int checkHelper(const Arguments&) {
-    fmt::print("state: unknown\n");
-    return 0;
-}
-
 int checkGuard(const Arguments& arguments) {
     return PaymentGuard::checkFixtures(arguments.size() > 1 ? arguments[1] : "");
 }
 
 int selfTest(const Arguments&) { return runSelfTest(appInfo()); }
 
-int renderSteps(const Arguments&) {
-    fmt::print("nothing to render yet\n");
-    return 0;
+int renderSteps(const Arguments& arguments) {
+    return Screenshots::render({arguments.begin() + 1, arguments.end()}, appInfo());
 }
 
 int changeSetting(const Arguments& arguments) {
@@ -53,10 +49,13 @@ int printHelp(const Arguments&);
 // clang-format off
 constexpr Mode kModes[] = {
     {"--version",      "",               "print the version",                                  printVersion},
-    {"--helper-check", "[run]",          "say whether AI apps can start the helper",           checkHelper},
+    {"--helper-check", "[run]",          "say whether AI apps can start the helper",           runHelperCheck},
+    {"--doctor",       "[--json]",       "say what keeps an assistant from using the phone",   runDoctor},
+    {"--connect",      "[APP]",          "add Tandrel to claude-code, claude-desktop or codex", runConnect},
+    {"--phone-test",   "[DEVICE]",       "run a short, harmless test on the phone",            runPhoneTest},
     {"--guard-check",  "FILE",           "run the payment guard over a file of recorded cases", checkGuard},
     {"--self-test",    "",               "run the fixtures that ship with the program",        selfTest},
-    {"--render-steps", "DIR",            "draw the setup steps into picture files",            renderSteps},
+    {"--render-steps", "DIR [--dark] [--scale N]", "draw every window into picture files",      renderSteps},
     {"--approvals",    "[--json]",       "list what the owner was asked and answered",         showApprovals},
     {"--set",          "NAME VALUE",     "change a setting: paused true|false, link cable|airplay, languages eng+deu", changeSetting},
     {"--help",         "",               "print this",                                         printHelp},
@@ -69,7 +68,8 @@ int printHelp(const Arguments&) {
         "usage: tandrel-app              start the application; Ctrl-C ends it\n"
         "       tandrel-app --ask-here   the same, and ask about payments on this terminal\n"
         "       tandrel-app OPTION       one of the options below\n"
-        "       tandrel-app TOOL ...     a picture tool (ocr, detect-rect)\n\noptions:\n");
+        "       tandrel-app TOOL ...     a picture tool (tandrel-app help lists "
+        "them)\n\noptions:\n");
     for (const Mode& mode : kModes) {
         fmt::print("  {:<36}{}\n", fmt::format("{} {}", mode.argument, mode.operands), mode.help);
     }

@@ -13,6 +13,8 @@
 namespace tandrel {
 namespace {
 
+// By which other programs know what the window shows.
+constexpr const char* kWindowRole = "virtual-iphone";
 constexpr int kBezel = 14;  // points
 constexpr double kCornerRadius = 38;
 constexpr double kShareOfDisplay = 0.85;
@@ -28,6 +30,7 @@ struct PhoneWindow::Latest {
 
 PhoneWindow::PhoneWindow(VirtualPhone& phone) : phone_(phone), latest_(std::make_shared<Latest>()) {
     setWindowTitle(QString::fromStdString(phone.traits().name));
+    setWindowRole(kWindowRole);
     const double shape = static_cast<double>(phone.traits().width) / phone.traits().height;
     const int height = static_cast<int>(
         QGuiApplication::primaryScreen()->availableGeometry().height() * kShareOfDisplay);

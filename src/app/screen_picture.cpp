@@ -7,7 +7,17 @@
 namespace tandrel {
 namespace {
 constexpr double kCornerRadius = 14;
-constexpr double kRingRadius = 15;
+constexpr double kRingRadius = 21;
+
+// Red between two white lines, to be seen on any ground.
+void drawRing(QPainter& painter, QPointF centre) {
+    painter.setBrush(Qt::NoBrush);
+    painter.setPen(QPen(QColor(255, 255, 255, 230), 5));
+    painter.drawEllipse(centre, kRingRadius, kRingRadius);
+    painter.setPen(QPen(QColor(0xd7, 0x26, 0x26), 2));
+    painter.drawEllipse(centre, kRingRadius, kRingRadius);
+}
+
 }  // namespace
 
 QImage asImage(const PixelBuffer& frame) {
@@ -17,11 +27,11 @@ QImage asImage(const PixelBuffer& frame) {
         [](void* kept) { delete static_cast<PixelBuffer*>(kept); }, keeper);
 }
 
-QPixmap screenPicture(const PixelBuffer& frame, const std::optional<PlaceOnScreen>& place,
-                      int height) {
+QPixmap screenPicture(const QImage& image, const std::optional<PlaceOnScreen>& place,
+                      const QSize& space) {
     const double ratio = qGuiApp->devicePixelRatio();
     const QImage scaled =
-        asImage(frame).scaledToHeight(static_cast<int>(height * ratio), Qt::SmoothTransformation);
+        image.scaled(space * ratio, Qt::KeepAspectRatio, Qt::SmoothTransformation);
     QPixmap result(scaled.size());
     result.fill(Qt::transparent);
     result.setDevicePixelRatio(ratio);
@@ -35,13 +45,7 @@ QPixmap screenPicture(const PixelBuffer& frame, const std::optional<PlaceOnScree
     painter.setClipping(false);
     painter.setPen(QPen(QColor(0xc7, 0xc7, 0xcc), 1));
     painter.drawPath(outline);
-    if (place) {
-        const QPointF centre(place->x * bounds.width(), place->y * bounds.height());
-        painter.setPen(QPen(Qt::white, 6));
-        painter.drawEllipse(centre, kRingRadius, kRingRadius);
-        painter.setPen(QPen(QColor(0xd7, 0x26, 0x26), 3));
-        painter.drawEllipse(centre, kRingRadius, kRingRadius);
-    }
+    if (place) drawRing(painter, {place->x * bounds.width(), place->y * bounds.height()});
     return result;
 }
 

@@ -2,6 +2,7 @@
 
 #include <QImage>
 #include <QPixmap>
+#include <QSize>
 #include <optional>
 
 #include "base/pixel_buffer.h"
@@ -12,9 +13,9 @@ namespace tandrel {
 // The frame's own pixels as Qt's image; the image keeps the frame alive.
 QImage asImage(const PixelBuffer& frame);
 
-// The frame scaled to `height` points with rounded corners, and a ring around `place` when there is
-// one.
-QPixmap screenPicture(const PixelBuffer& frame, const std::optional<PlaceOnScreen>& place,
-                      int height);
+// The image scaled to fit into `space` (points) with rounded corners, and a ring around `place`
+// when there is one. The ring is wide and thin, so that what it marks stays readable.
+QPixmap screenPicture(const QImage& image, const std::optional<PlaceOnScreen>& place,
+                      const QSize& space);
 
 }  // namespace tandrel

@@ -27,10 +27,12 @@ State HelperCheck::state() const {
     return {needsApproval(quarantineFlags(info_.bundle)) ? Kind::needsApproval : Kind::ready, {}};
 }
 
-State HelperCheck::run(Duration timeout) const {
+State HelperCheck::run(Duration timeout, std::stop_token stop) const {
     if (!isExecutableFile(path())) return {Kind::missing, {}};
-    const auto end =
-        to_.processes.run({.program = path(), .arguments = {"--version"}, .timeout = timeout});
+    const auto end = to_.processes.run({.program = path(),
+                                        .arguments = {"--version"},
+                                        .timeout = timeout,
+                                        .stop = std::move(stop)});
     if (!end) return {Kind::failed, end.error().message};
     if (end->how == ProgramEnd::How::timedOut) {
         log(fmt::format("helper check: no answer in {} s (held by macOS)",

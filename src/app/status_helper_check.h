@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <optional>
+#include <stop_token>
 #include <string>
 #include <string_view>
 
@@ -41,7 +42,7 @@ class HelperCheck {
     // Told without running anything.
     State state() const;
     // Runs the helper with "--version" and remembers a right answer for `state`. Blocks.
-    State run(Duration timeout = kTimeout) const;
+    State run(Duration timeout = kTimeout, std::stop_token stop = {}) const;
 
     static std::optional<std::uint64_t> parseFlags(std::string_view text);
     std::optional<std::uint64_t> quarantineFlags(const std::filesystem::path& file) const;

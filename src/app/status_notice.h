@@ -36,6 +36,8 @@ struct AppModelInputs {
     bool anyBluetoothHost = false;
     std::string advertisedName;  // this computer's Bluetooth name
     std::string macName;
+
+    bool operator==(const AppModelInputs&) const = default;
 };
 
 // What the application can do for the owner behind a notice's button.

@@ -5,18 +5,20 @@
 #include "base/environment.h"
 #include "base/paths.h"
 #include "image/image_reader.h"
-#include "platform/linux/absent_bluetooth_peripheral.h"
+#include "platform/linux/bluez_peripheral.h"
 #include "platform/linux/chosen_languages.h"
 #include "platform/linux/image_capture_devices.h"
 #include "platform/linux/linux_permissions.h"
+#include "platform/linux/pipe_airplay_receiver.h"
 #include "platform/linux/sock_diag_peer_identity.h"
+#include "platform/linux/udev_usb_registry.h"
+#include "platform/linux/x_windows.h"
 #include "platform/virtual/virtual_platform.h"
+#include "screen/window_sources.h"
 
 namespace tandrel {
 namespace {
 
-constexpr const char* kNoBluetooth =
-    "Bluetooth: this version cannot drive this computer's Bluetooth yet, so no iPhone can connect";
 constexpr const char* kNoCable =
     "Cable: this version cannot see an iPhone's screen over a cable yet, so there is no picture";
 
@@ -49,11 +51,15 @@ Result<Backends> Backends::open(const AppInfo& info, Clock& clock) {
             TRY(VirtualPlatform::open(phones, info.bundle / "share/tandrel", clock));
         backends.makeBluetooth = backends.virtualPhones->makeBluetoothPeripheral();
         backends.capture = &backends.virtualPhones->captureDevices();
+        backends.windows = &backends.virtualPhones->windows();
         backends.permissions = &backends.virtualPhones->permissions();
+        backends.usb = &backends.virtualPhones->usbRegistry();
         return backends;
     }
-    backends.makeBluetooth = AbsentBluetoothPeripheral::maker();
-    backends.absences.emplace_back(kNoBluetooth);
+    BluezOptions bluetooth;
+    bluetooth.adapters =
+        BluezOptions::parseAdapters(environment("TANDREL_BLUETOOTH_ADAPTERS").value_or(""));
+    backends.makeBluetooth = makeBluezPeripheral(std::move(bluetooth), clock);
     const auto images =
         ImageCaptureDevices::parsePaths(environment("TANDREL_CAPTURE_IMAGES").value_or(""));
     for (const auto& path : images) TRY_VOID(checkImages(path));
@@ -61,8 +67,18 @@ Result<Backends> Backends::open(const AppInfo& info, Clock& clock) {
     backends.ownCapture = std::make_unique<ImageCaptureDevices>(
         ImageCaptureDevices::Options{.paths = images, .load = readImage}, clock);
     backends.capture = backends.ownCapture.get();
+    auto receiver = std::make_unique<PipeAirPlayReceiver>(PipeAirPlayReceiver::Options{
+        .program = environment("TANDREL_AIRPLAY_RECEIVER").value_or("uxplay"),
+        .name = AppInfo::macName()});
+    backends.desktop = std::make_unique<XWindows>();
+    backends.ownWindows = std::make_unique<WindowSources>(
+        std::vector<Windows*>{receiver.get(), backends.desktop.get()});
+    backends.windows = backends.ownWindows.get();
+    backends.receiver = std::move(receiver);
     backends.ownPermissions = std::make_unique<LinuxPermissions>();
     backends.permissions = backends.ownPermissions.get();
+    backends.ownUsb = std::make_unique<UdevUsbRegistry>();
+    backends.usb = backends.ownUsb.get();
     return backends;
 }
 
@@ -86,7 +102,18 @@ Wiring::Wiring(Backends backends, AppInfo info, MainLoop& loop, Asker& asker, Cl
                       : std::make_unique<ChosenLanguages>(
                             [this] { return defaults_.textValue("languages").value_or("eng"); })),
       hid_(info.bluetoothName, backends_.makeBluetooth, clock),
-      capture_(*backends_.capture, clock),
+      airplay_(
+          {.windows = *backends_.windows,
+           .receiver = backends_.receiver.get(),
+           .recognizer = *recognizer_,
+           .clock = clock,
+           .mayRecord =
+               [this] { return backends_.permissions->screenRecording() == Permission::granted; },
+           .app = "Tandrel",
+           .version = info.version},
+          std::nullopt),
+      screens_(*backends_.capture, airplay_),
+      capture_(screens_, clock),
       devices_(hid_, capture_,
                {.pairingsFile = files_.pairings,
                 .mayMove = [this] { return !defaults_.boolValue("paused").value_or(false); }},
@@ -102,6 +129,8 @@ Wiring::Wiring(Backends backends, AppInfo info, MainLoop& loop, Asker& asker, Cl
                .devices = devices_,
                .gate = gate_,
                .recognizer = *recognizer_,
+               .airplay = airplay_,
+               .receiver = backends_.receiver.get(),
                .defaults = defaults_,
                .permissions = *backends_.permissions,
                .peers = peers_.get(),

@@ -18,6 +18,9 @@
 #include "platform/power.h"
 #include "platform/running_applications.h"
 #include "platform/usb_registry.h"
+#include "platform/windows.h"
+#include "screen/airplay_server.h"
+#include "screen/mirrored_devices.h"
 #include "screen/screen_capture.h"
 
 namespace tandrel {
@@ -31,8 +34,15 @@ struct Backends {
     std::unique_ptr<VirtualPlatform> virtualPhones;  // none on the real platform
     std::unique_ptr<CaptureDevices> ownCapture;      // none when the virtual phones are the cameras
     CaptureDevices* capture = nullptr;
+    // None of these three when the virtual phones mirror.
+    std::unique_ptr<AirPlayReceiver> receiver;
+    std::unique_ptr<Windows> desktop;
+    std::unique_ptr<Windows> ownWindows;  // the receiver's and the desktop's
+    Windows* windows = nullptr;
     std::unique_ptr<Permissions> ownPermissions;
     Permissions* permissions = nullptr;
+    std::unique_ptr<UsbRegistry> ownUsb;
+    UsbRegistry* usb = nullptr;
     std::unique_ptr<TextRecognizer> recognizer;  // none: this computer's own
     std::vector<std::string> absences;           // sentences on what this system lacks
 
@@ -62,6 +72,8 @@ class Wiring {
 
     Engine& engine() { return engine_; }
     Backends& backends() { return backends_; }
+    const Backends& backends() const { return backends_; }
+    UserDefaults& defaults() { return defaults_; }
     HIDPeripheral& hid() { return hid_; }
     ScreenCapture& capture() { return capture_; }
     const AppFiles& files() const { return files_; }
@@ -73,6 +85,8 @@ class Wiring {
     const std::unique_ptr<PeerIdentity> peers_;
     const std::unique_ptr<TextRecognizer> recognizer_;
     HIDPeripheral hid_;
+    AirPlayServer airplay_;
+    MirroredDevices screens_;
     ScreenCapture capture_;
     Devices devices_;
     PaymentLog paymentLog_;

@@ -1,5 +1,10 @@
 #include "base/uuid.h"
 
+#include <algorithm>
+#include <vector>
+
+#include "base/sha1.h"
+
 namespace tandrel {
 namespace {
 
@@ -29,6 +34,17 @@ std::optional<Uuid> Uuid::parse(std::string_view text) {
         byte = static_cast<std::uint8_t>(byte << 4 | value);
         ++nibble;
     }
+    return Uuid(bytes);
+}
+
+Uuid Uuid::ofName(const Uuid& nameSpace, std::string_view name) {
+    std::vector<std::uint8_t> hashed(nameSpace.bytes_.begin(), nameSpace.bytes_.end());
+    hashed.insert(hashed.end(), name.begin(), name.end());
+    const auto digest = sha1(hashed);
+    std::array<std::uint8_t, 16> bytes{};
+    std::copy_n(digest.begin(), bytes.size(), bytes.begin());
+    bytes[6] = static_cast<std::uint8_t>((bytes[6] & 0x0F) | 0x50);  // version
+    bytes[8] = static_cast<std::uint8_t>((bytes[8] & 0x3F) | 0x80);  // variant
     return Uuid(bytes);
 }
 

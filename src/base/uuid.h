@@ -19,6 +19,9 @@ class Uuid {
     // Reads the 8-4-4-4-12 form in either case; nothing else.
     static std::optional<Uuid> parse(std::string_view text);
 
+    // Version 5: always the same one for a name within a name space.
+    static Uuid ofName(const Uuid& nameSpace, std::string_view name);
+
     // The 8-4-4-4-12 form in upper case.
     std::string text() const;
     const std::array<std::uint8_t, 16>& bytes() const { return bytes_; }

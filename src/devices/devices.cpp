@@ -14,6 +14,22 @@ constexpr Duration kSettleBeforeMatch = std::chrono::milliseconds(1500);
 
 Devices* sharedDevices = nullptr;
 
+using Screens = std::vector<std::shared_ptr<Screen>>;
+
+Screens linkedBy(CaptureLink link, Screens screens) {
+    std::erase_if(screens, [link](const auto& screen) { return screen->link() != link; });
+    return screens;
+}
+
+std::optional<Uuid> pairedHost(const Pairings& pairings, const Screen& screen) {
+    const auto paired = pairings.find(screen.id());
+    return paired == pairings.end() ? std::nullopt : std::optional(paired->second);
+}
+
+bool contains(const std::vector<Uuid>& hosts, const std::optional<Uuid>& host) {
+    return host && std::ranges::count(hosts, *host) > 0;
+}
+
 }  // namespace
 
 Devices& Devices::shared() {
@@ -57,17 +73,35 @@ void Devices::stop() {
     matchQueue_.stop();
 }
 
+// Later actions get an input of their own.
+void Devices::letGo() {
+    std::map<Uuid, std::shared_ptr<Input>> inputs;
+    {
+        MutexLock lock(mutex_);
+        inputs.swap(inputs_);
+    }
+    for (const auto& [host, input] : inputs) input->stop();
+}
+
+// A host drives one phone: where the pairings give it to two screens that are present, only the
+// first has it, since an action judged by the picture of one phone must not reach the other.
 std::vector<Device> Devices::list(const std::vector<Uuid>& hosts) {
-    const auto screens = screens_.all();
+    const Screens screens = screens_.all();
     MutexLock lock(mutex_);
     std::vector<Device> devices;
-    for (const auto& screen : screens) {
-        Device device{screen, std::nullopt};
-        const auto paired = pairings_.find(screen->id());
-        if (paired != pairings_.end() && std::ranges::count(hosts, paired->second) > 0) {
-            device.host = paired->second;
-        }
-        devices.push_back(std::move(device));
+    std::vector<Uuid> freeHosts = hosts;
+    for (const auto& screen : linkedBy(CaptureLink::cable, screens)) {
+        std::optional<Uuid> host = pairedHost(pairings_, *screen);
+        if (!host || std::erase(freeHosts, *host) == 0) host.reset();
+        devices.push_back({screen, host});
+    }
+    const bool isCabled = !devices.empty();
+    for (const auto& screen : linkedBy(CaptureLink::airplay, screens)) {
+        std::optional<Uuid> host = pairedHost(mirroredPairings_, *screen);
+        if (!host && !isCabled && hosts.size() == 1) host = hosts.front();
+        if (!host || std::erase(freeHosts, *host) == 0) host.reset();
+        if (isCabled && !host) continue;
+        devices.push_back({screen, host});
     }
     return devices;
 }
@@ -106,24 +140,31 @@ std::shared_ptr<Input> Devices::input(const Uuid& host) {
 }
 
 Result<void> Devices::pair(const Device& device, const Uuid& host) {
-    MutexLock oneStore(fileMutex_);
-    Pairings current;
-    {
+    if (device.screen->link() == CaptureLink::airplay) {
         MutexLock lock(mutex_);
-        pairings_[device.id()] = host;
-        current = pairings_;
+        mirroredPairings_[device.id()] = host;
+        return {};
     }
-    return storePairings(options_.pairingsFile, current);
+    MutexLock oneStore(fileMutex_);
+    return storePairings(options_.pairingsFile, pairOnly({{device.id(), host}}));
+}
+
+Pairings Devices::pairOnly(const Pairings& made) {
+    const auto screens = screens_.all();
+    MutexLock lock(mutex_);
+    for (const auto& [id, host] : made) {
+        for (const auto& screen : screens) {
+            const auto before = pairings_.find(screen->id());
+            if (before != pairings_.end() && before->second == host) pairings_.erase(before);
+        }
+        pairings_[id] = host;
+    }
+    return pairings_;
 }
 
 void Devices::keep(const Pairings& made) {
     MutexLock oneStore(fileMutex_);
-    Pairings current;
-    {
-        MutexLock lock(mutex_);
-        for (const auto& [screen, host] : made) pairings_[screen] = host;
-        current = pairings_;
-    }
+    const Pairings current = pairOnly(made);
     std::string line = "matched";
     for (const auto& [screen, host] : made) line += fmt::format(" {}={}", screen, host.text());
     log(line);
@@ -149,14 +190,59 @@ Result<Pairings> Devices::match(const Match& how) {
 }
 
 MatchOutcome Devices::runMatch(const MatchOptions& options) {
-    MatchSituation situation{screens_.all(), hid_.connectedHosts(), {}};
+    const Screens screens = screens_.all();
+    const std::vector<Uuid> hosts = hid_.connectedHosts();
+    MatchOutcome outcome = matchCabled(screens, hosts, options);
+    const MatchOutcome mirrored = matchMirrored(screens, hosts, options);
+    outcome.made.insert(mirrored.made.begin(), mirrored.made.end());
+    outcome.busy = outcome.busy || mirrored.busy;
+    return outcome;
+}
+
+// The same phone may be seen both ways, and its pointer moves in both pictures; the cable, which
+// shows more, is matched first and by itself.
+MatchOutcome Devices::matchCabled(const Screens& screens, const std::vector<Uuid>& hosts,
+                                  MatchOptions options) {
+    MatchSituation situation{linkedBy(CaptureLink::cable, screens), hosts, {}};
     {
         MutexLock lock(mutex_);
         situation.pairings = pairings_;
+        // Being the only one left says nothing about a host that is known to be a mirrored phone's.
+        for (const auto& screen : linkedBy(CaptureLink::airplay, screens)) {
+            if (contains(hosts, pairedHost(mirroredPairings_, *screen))) options.alwaysProbe = true;
+        }
     }
     MatchOutcome outcome = matcher_.run(std::move(situation), options, stopping_.get_token());
     if (!outcome.made.empty()) keep(outcome.made);
     return outcome;
+}
+
+MatchOutcome Devices::matchMirrored(const Screens& screens, const std::vector<Uuid>& hosts,
+                                    MatchOptions options) {
+    MatchSituation situation{linkedBy(CaptureLink::airplay, screens), hosts, {}};
+    const Screens cabled = linkedBy(CaptureLink::cable, screens);
+    const bool isOnly = cabled.empty() && hosts.size() == 1;
+    if (situation.screens.empty() || (isOnly && !options.alwaysProbe)) return {};
+    {
+        MutexLock lock(mutex_);
+        situation.pairings = mirroredPairings_;
+        for (const auto& screen : cabled) {
+            if (const auto host = pairedHost(pairings_, *screen))
+                std::erase(situation.hosts, *host);
+        }
+    }
+    options.alwaysProbe = true;
+    MatchOutcome outcome = matcher_.run(std::move(situation), options, stopping_.get_token());
+    if (!outcome.made.empty()) keepMirrored(outcome.made);
+    return outcome;
+}
+
+void Devices::keepMirrored(const Pairings& made) {
+    std::string line = "matched";
+    for (const auto& [screen, host] : made) line += fmt::format(" {}={}", screen, host.text());
+    log(line);
+    MutexLock lock(mutex_);
+    for (const auto& [screen, host] : made) mirroredPairings_[screen] = host;
 }
 
 void Devices::scheduleMatch() {

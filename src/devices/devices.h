@@ -20,6 +20,10 @@
 namespace tandrel {
 
 // The phones: which screen belongs to which Bluetooth host, and the input channel of each host.
+//
+// A cabled screen is one phone's for good, so its host is remembered. Whose a mirrored picture is,
+// nobody says: its host is found anew each time it appears, or is the only one there is. While a
+// cable is plugged in, a mirrored picture counts only once its host is known to be another phone's.
 // Collaborators outlive it. Any thread, except that `match` and `input(device)` block and must not
 // be called from the HID peripheral's or a screen's queue.
 class Devices {
@@ -40,6 +44,9 @@ class Devices {
     void start();
     // Ends matching and every action under way; nothing is matched afterwards. Bounded.
     void stop();
+
+    // Ends every action under way, which fails, and releases what it holds. Bounded.
+    void letGo();
 
     std::vector<Device> all();
     // Connected hosts that drive no present screen.
@@ -70,6 +77,15 @@ class Devices {
  private:
     MatchOutcome runMatch(const MatchOptions& options) RUNS_ON(matchQueue_);
     void keep(const Pairings& made);
+    // Takes the pairs over and each host away from the other screens that are present. Returns all.
+    Pairings pairOnly(const Pairings& made);
+    void keepMirrored(const Pairings& made);
+    MatchOutcome matchCabled(const std::vector<std::shared_ptr<Screen>>& screens,
+                             const std::vector<Uuid>& hosts, MatchOptions options)
+        RUNS_ON(matchQueue_);
+    MatchOutcome matchMirrored(const std::vector<std::shared_ptr<Screen>>& screens,
+                               const std::vector<Uuid>& hosts, MatchOptions options)
+        RUNS_ON(matchQueue_);
     std::vector<Device> list(const std::vector<Uuid>& hosts);
 
     HIDPeripheral& hid_;
@@ -80,6 +96,7 @@ class Devices {
     std::stop_source stopping_;
     Mutex mutex_;
     Pairings pairings_ OWNED_BY(mutex_);
+    Pairings mirroredPairings_ OWNED_BY(mutex_);  // of pictures that were seen to follow a host
     std::map<Uuid, std::shared_ptr<Input>> inputs_ OWNED_BY(mutex_);
     bool scheduled_ OWNED_BY(mutex_) = false;
     Mutex fileMutex_;  // one store at a time, in the order of the changes

@@ -7,6 +7,15 @@
 namespace tandrel {
 namespace {
 
+Error severalHosts(std::size_t count) {
+    return {
+        fmt::format("{} Bluetooth hosts are connected and no screen is on USB, pass host "
+                    "(one of /status hosts)",
+                    count)};
+}
+
+bool isMirrored(const Device& device) { return device.screen->link() == CaptureLink::airplay; }
+
 Result<Uuid> chooseHost(HIDPeripheral& hid, const HTTPRequest& request) {
     const std::vector<Uuid> hosts = hid.connectedHosts();
     if (const auto wanted = textMember(request.body, "host")) {
@@ -20,13 +29,25 @@ Result<Uuid> chooseHost(HIDPeripheral& hid, const HTTPRequest& request) {
                         "in its Bluetooth settings",
                         hid.localName()));
     }
-    if (hosts.size() > 1) {
-        return fail(
-            fmt::format("{} Bluetooth hosts are connected and no screen is on USB, pass host "
-                        "(one of /status hosts)",
-                        hosts.size()));
-    }
+    if (hosts.size() > 1) return std::unexpected(severalHosts(hosts.size()));
     return hosts.front();
+}
+
+// Whether the request names a host that none of the pictures is known to show.
+bool namesUnseenHost(const std::vector<Device>& phones, const HTTPRequest& request) {
+    const auto host = Uuid::parse(textMember(request.body, "host").value_or(""));
+    return host && std::ranges::all_of(phones, [&](const Device& phone) {
+               return isMirrored(phone) && phone.host != host;
+           });
+}
+
+// The host of the phone, matched if it must be. As long as nobody knows whose a mirrored picture
+// is, it says nothing about what an action on one of several phones would do.
+Result<Uuid> hostOf(const Device& phone, Devices& devices, HIDPeripheral& hid) {
+    auto host = devices.hostOf(phone);
+    const std::size_t count = hid.connectedHosts().size();
+    if (!host && isMirrored(phone) && count > 1) return std::unexpected(severalHosts(count));
+    return host;
 }
 
 }  // namespace
@@ -42,11 +63,11 @@ Result<ActionTarget> resolveTarget(Devices& devices, HIDPeripheral& hid,
     ActionTarget target;
     const std::string wanted = wantedDevice(request);
     const std::vector<Device> phones = devices.all();
-    if (phones.empty() && wanted.empty()) {
+    if (wanted.empty() && (phones.empty() || namesUnseenHost(phones, request))) {
         target.host = TRY(chooseHost(hid, request));
     } else {
         Device device = TRY(findDevice(phones, wanted));
-        target.host = TRY(devices.hostOf(device));
+        target.host = TRY(hostOf(device, devices, hid));
         device.host = target.host;
         target.screenSize = device.screen->size();
         target.device = std::move(device);
@@ -57,7 +78,10 @@ Result<ActionTarget> resolveTarget(Devices& devices, HIDPeripheral& hid,
 
 bool isUnchanged(const ActionTarget& target, Devices& devices, HIDPeripheral& hid) {
     if (!target.device) {
-        return devices.all().empty() && std::ranges::count(hid.connectedHosts(), target.host) > 0;
+        const bool isUnseen = std::ranges::all_of(devices.all(), [&](const Device& phone) {
+            return isMirrored(phone) && phone.host != target.host;
+        });
+        return isUnseen && std::ranges::count(hid.connectedHosts(), target.host) > 0;
     }
     for (const Device& now : devices.all()) {
         if (now.screen != target.device->screen) continue;

@@ -17,6 +17,7 @@ constexpr std::string_view kOwnName = "Tandrel";
 constexpr int kProbesForEarlierCopy = 6;  // after the first one
 constexpr Duration kBetweenProbes = std::chrono::milliseconds(500);
 constexpr Duration kMatchAfterReconnect = std::chrono::seconds(4);
+constexpr Duration kBetweenAirplayLooks = std::chrono::milliseconds(1500);
 
 Engine* sharedEngine = nullptr;
 
@@ -56,7 +57,7 @@ void Engine::start(std::stop_token stop) {
     serveEngine(stop);
     if (mode_.kind == EngineMode::Kind::own) {
         if (to_.permissions.bluetooth() == Permission::granted) startBluetooth();
-        if (to_.permissions.camera() == Permission::granted) startScreens();
+        if (to_.permissions.camera() == Permission::granted || isAirplayChosen()) startScreens();
     }
     serveAirplay();
     if (mode_.kind == EngineMode::Kind::own) writeStateFile();
@@ -104,11 +105,35 @@ void Engine::serveAirplay() {
     }
     airplayServer_ = std::move(server);
     airplayMode_ = {EngineMode::Kind::own, {}};
+    airplayTimer_ = to_.loop.every(kBetweenAirplayLooks, [this] { watchAirplay(); });
+    watchAirplay();
+}
+
+bool Engine::isAirplayChosen() const { return to_.defaults.textValue("link") == "airplay"; }
+
+// Looking for windows and ending the receiver may take a moment, which the main thread has not.
+void Engine::watchAirplay() {
+    if (to_.permissions.screenRecording() != Permission::granted) return;
+    const bool isChosen = isAirplayChosen();
+    const bool wasChosen = std::exchange(airplayWasChosen_, isChosen);
+    if (!isChosen && !wasChosen) return;
+    // A look that takes longer than the time between two is not asked for again meanwhile.
+    if (isChosen && airplayBusy_.exchange(true)) return;
+    airplayQueue_.post([this, isChosen] {
+        if (isChosen) {
+            to_.airplay.keepAlive();
+            airplayBusy_ = false;
+            return;
+        }
+        to_.airplay.reset();
+        if (to_.receiver != nullptr) to_.receiver->stop();
+    });
 }
 
 void Engine::stop() {
     if (stopping_.exchange(true)) return;
     matchAfterReconnect_.reset();
+    airplayTimer_.reset();
     to_.gate.stop();
     to_.devices.stop();
     if (server_) {
@@ -117,6 +142,9 @@ void Engine::stop() {
         std::filesystem::remove(to_.stateFile, ignored);
     }
     if (airplayServer_) airplayServer_->stop();
+    to_.airplay.stop();
+    airplayQueue_.stop();
+    if (to_.receiver != nullptr) to_.receiver->stop();
     to_.capture.stop();
     to_.hid.stop();
 }
@@ -138,8 +166,14 @@ void Engine::reconnect() {
     log("engine: reconnect");
     if (bluetoothStarted_) to_.hid.restart();
     if (screensStarted_) to_.capture.restart();
+    resetAirPlayCapture();
     matchAfterReconnect_ =
         to_.loop.after(kMatchAfterReconnect, [this] { to_.devices.scheduleMatch(); });
+}
+
+void Engine::letGo() {
+    to_.devices.letGo();
+    to_.hid.letGo();
 }
 
 std::string Engine::ownURL() const {
@@ -165,22 +199,15 @@ void Engine::addStatus(Json& status) const {
     status["version"] = to_.info.version;
     status["paused"] = paused();
     status["paymentGuard"] = to_.gate.enabled();
+    status["airplay"] = to_.airplay.summary();
     if (!to_.absences.empty()) status["absent"] = to_.absences;
 }
 
-HTTPResponse Engine::handleAirplay(const HTTPRequest& request) const {
-    if (request.path == "/quit") return HTTPResponse::json({{"ok", true}});
-    constexpr std::string_view reason = "no capture";
-    if (request.path != "/status") {
-        return HTTPResponse::json({{"ok", false}, {"error", reason}}, 503);
-    }
-    return HTTPResponse::json(
-        {{"app", kOwnName},
-         {"version", to_.info.version},
-         {"pid", ::getpid()},
-         {"permission", to_.permissions.screenRecording() == Permission::granted},
-         {"candidates", Json::array()},
-         {"error", reason}});
+HTTPResponse Engine::handleAirplay(const HTTPRequest& request) {
+    if (stopping_) return HTTPResponse::error("shutting down", 503);
+    if (request.path != "/quit") return to_.airplay.handle(request);
+    resetAirPlayCapture();
+    return HTTPResponse::json({{"ok", true}});
 }
 
 // Helpers that an AI app starts with a bare environment find the port here.

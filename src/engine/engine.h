@@ -20,6 +20,7 @@
 #include "platform/permissions.h"
 #include "platform/running_applications.h"
 #include "platform/user_defaults.h"
+#include "screen/airplay_server.h"
 #include "screen/screen_capture.h"
 
 namespace tandrel {
@@ -43,6 +44,8 @@ class Engine {
         Devices& devices;
         PaymentGate& gate;
         TextRecognizer& recognizer;
+        AirPlayServer& airplay;
+        AirPlayReceiver* receiver;  // none: mirroring is left to programs that the owner starts
         UserDefaults& defaults;
         Permissions& permissions;
         PeerIdentity* peers;  // none: callers are not checked for their user
@@ -68,6 +71,11 @@ class Engine {
     void startBluetooth();
     void startScreens();
     void reconnect();
+    // Ends actions under way and releases every key and button on every phone: before the computer
+    // sleeps. Bounded.
+    void letGo();
+    // The next request for the mirrored picture starts a fresh capture.
+    void resetAirPlayCapture() { to_.airplay.reset(); }
 
     const EngineMode& mode() const { return mode_; }
     const EngineMode& airplayMode() const { return airplayMode_; }
@@ -86,7 +94,9 @@ class Engine {
  private:
     void serveEngine(const std::stop_token& stop);
     void serveAirplay();
-    HTTPResponse handleAirplay(const HTTPRequest& request) const;
+    HTTPResponse handleAirplay(const HTTPRequest& request);
+    bool isAirplayChosen() const;
+    void watchAirplay();
     void addStatus(Json& status) const;
     void writeStateFile() const;
 
@@ -102,6 +112,10 @@ class Engine {
     std::unique_ptr<HTTPServer> server_;
     std::unique_ptr<HTTPServer> airplayServer_;
     std::unique_ptr<Timer> matchAfterReconnect_;
+    std::unique_ptr<Timer> airplayTimer_;
+    bool airplayWasChosen_ = false;
+    std::atomic<bool> airplayBusy_ = false;
+    SerialQueue airplayQueue_{"tandrel.airplay"};  // goes first: its tasks use the rest
 };
 
 }  // namespace tandrel

@@ -57,6 +57,14 @@ void HIDPeripheral::restart() {
     });
 }
 
+void HIDPeripheral::letGo() {
+    queue_.sync([this] {
+        queue_.assertCurrent();
+        releaseHeld();
+    });
+    awaitFarewell();
+}
+
 void HIDPeripheral::stop() {
     queue_.sync([this] {
         queue_.assertCurrent();

@@ -42,6 +42,9 @@ class HIDPeripheral final : private BluetoothPeripheralDelegate {
     void start();
     // Begins afresh with a new peripheral and no knowledge of phones. Returns at once.
     void restart();
+    // Lets go of everything held on every phone and waits at most kLongestFarewell until that and
+    // what was sent before is handed over.
+    void letGo();
     // Lets go of everything held on every phone, waits at most kLongestFarewell until that and what
     // was sent before is handed over, and ends the system's peripheral. Blocks. Nothing starts it
     // again; later reports are dropped.

@@ -41,13 +41,6 @@ class LineReader {
     std::FILE* const file_;
 };
 
-struct Approval {
-    std::string at;
-    std::string event;
-    std::string detail;
-    std::optional<std::string> why;
-};
-
 std::optional<Approval> parse(const std::string& line) {
     const auto json = parseJson(line);
     if (!json) return std::nullopt;
@@ -76,26 +69,27 @@ struct Counts {
     std::size_t unreadable = 0;
 };
 
-Counts printRecords(std::FILE* file, ApprovalsFormat format, std::FILE* out) {
+// Calls `take` with each record and its index.
+Counts forEachRecord(std::FILE* file, const std::function<void(Approval, std::size_t)>& take) {
     Counts counts;
     LineReader lines(file);
     while (const auto line = lines.next()) {
         if (line->empty()) continue;
-        const auto approval = parse(*line);
-        if (!approval) {
-            ++counts.unreadable;
-            continue;
-        }
-        if (format == ApprovalsFormat::json) {
-            printJson(*approval, counts.read, out);
+        if (auto approval = parse(*line)) {
+            take(std::move(*approval), counts.read++);
         } else {
-            if (counts.read == 0)
-                fmt::print(out, "{:<20}  {:<9}  {}\n", "TIME (UTC)", "EVENT", "WHAT");
-            printRow(*approval, out);
+            ++counts.unreadable;
         }
-        ++counts.read;
     }
     return counts;
+}
+
+Counts printRecords(std::FILE* file, ApprovalsFormat format, std::FILE* out) {
+    return forEachRecord(file, [=](const Approval& approval, std::size_t index) {
+        if (format == ApprovalsFormat::json) return printJson(approval, index, out);
+        if (index == 0) fmt::print(out, "{:<20}  {:<9}  {}\n", "TIME (UTC)", "EVENT", "WHAT");
+        printRow(approval, out);
+    });
 }
 
 struct CloseFile {
@@ -117,6 +111,19 @@ Result<OpenFile> openLog(const std::filesystem::path& path) {
 }
 
 }  // namespace
+
+Result<Approvals> readApprovals(const std::filesystem::path& path, std::size_t most) {
+    const OpenFile file = TRY(openLog(path));
+    Approvals approvals;
+    if (!file) return approvals;
+    const Counts counts = forEachRecord(file.get(), [&](Approval approval, std::size_t) {
+        approvals.newest.push_back(std::move(approval));
+        if (approvals.newest.size() > most) approvals.newest.pop_front();
+    });
+    approvals.older = counts.read - approvals.newest.size();
+    approvals.unreadable = counts.unreadable;
+    return approvals;
+}
 
 int printApprovals(const std::filesystem::path& path, ApprovalsFormat format, std::FILE* out) {
     const auto file = openLog(path);

@@ -1,9 +1,34 @@
 #pragma once
 
 #include <cstdio>
+#include <deque>
 #include <filesystem>
+#include <optional>
+#include <string>
+
+#include "base/result.h"
 
 namespace tandrel {
+
+// One record of the approvals log.
+struct Approval {
+    std::string at;  // ISO 8601, UTC
+    std::string event;
+    std::string detail;
+    std::optional<std::string> why;
+
+    bool operator==(const Approval&) const = default;
+};
+
+struct Approvals {
+    std::deque<Approval> newest;  // in the order of the log
+    std::size_t older = 0;        // records before these
+    std::size_t unreadable = 0;   // lines that are torn, foreign or too long
+};
+
+// The last `most` records of the log. One that does not exist yet is an empty one; the error says
+// why it cannot be read.
+Result<Approvals> readApprovals(const std::filesystem::path& path, std::size_t most);
 
 enum class ApprovalsFormat { table, json };
 

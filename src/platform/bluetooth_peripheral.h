@@ -32,6 +32,8 @@ struct GattProperties {
     bool writeWithoutResponse = false;
     bool notify = false;
     bool indicate = false;
+
+    bool operator==(const GattProperties&) const = default;
 };
 
 struct GattPermissions {
@@ -39,11 +41,15 @@ struct GattPermissions {
     bool writeable = false;
     bool readNeedsEncryption = false;
     bool writeNeedsEncryption = false;
+
+    bool operator==(const GattPermissions&) const = default;
 };
 
 struct GattDescriptor {
     std::string uuid;  // 16-bit UUID in hexadecimal, upper case ("2908")
     Bytes value;
+
+    bool operator==(const GattDescriptor&) const = default;
 };
 
 struct GattCharacteristic {
@@ -53,11 +59,15 @@ struct GattCharacteristic {
     GattPermissions permissions;
     std::optional<Bytes> value;  // static: the system answers reads; without one the delegate does
     std::vector<GattDescriptor> descriptors;
+
+    bool operator==(const GattCharacteristic&) const = default;
 };
 
 struct GattService {
     std::string uuid;  // full 128-bit form, upper case
     std::vector<GattCharacteristic> characteristics;
+
+    bool operator==(const GattService&) const = default;
 };
 
 // ATT error codes (Bluetooth Core, Vol 3, Part F, 3.4.1.1); 0 is success.

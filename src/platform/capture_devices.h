@@ -11,11 +11,16 @@
 // The system's video capture devices, of which a plugged-in phone's screen is one.
 namespace tandrel {
 
+// How a screen reaches this computer: by its phone's own cable, or mirrored over the network, where
+// nothing says whose it is.
+enum class CaptureLink { cable, airplay };
+
 struct CaptureDeviceInfo {
     std::string id;       // unique and stable across plugging
     std::string name;     // for people: the phone's name
     std::string modelId;  // contains "iOS" for a phone's screen
     bool connected = true;
+    CaptureLink link = CaptureLink::cable;
 
     bool operator==(const CaptureDeviceInfo&) const = default;
 };

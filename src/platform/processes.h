@@ -2,6 +2,7 @@
 
 #include <filesystem>
 #include <map>
+#include <stop_token>
 #include <string>
 #include <vector>
 
@@ -17,6 +18,7 @@ struct ProgramRun {
     Duration timeout = std::chrono::seconds(30);
     std::size_t mostOutput = 64 * 1024;  // bytes; what comes after is read and dropped
     std::map<std::string, std::string> environment = {};  // on top of this process's own
+    std::stop_token stop = {};                            // cuts the time-out short
 };
 
 struct ProgramEnd {

@@ -28,4 +28,10 @@ Json toJson(const TextRecord& record) {
             {"h", std::llround(record.height)}};
 }
 
+Json toJson(const std::vector<TextRecord>& records) {
+    Json list = Json::array();
+    for (const TextRecord& record : records) list.push_back(toJson(record));
+    return list;
+}
+
 }  // namespace tandrel

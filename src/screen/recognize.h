@@ -18,5 +18,6 @@ std::vector<TextRecord> recognize(TextRecognizer& recognizer, const PixelBuffer&
 
 // {"text", "conf", "x", "y", "w", "h"}, the box in whole image pixels from the top left.
 Json toJson(const TextRecord& record);
+Json toJson(const std::vector<TextRecord>& records);
 
 }  // namespace tandrel

@@ -28,6 +28,7 @@ Result<std::shared_ptr<Screen>> Screen::open(CaptureDevices& devices,
 Screen::Screen(const CaptureDeviceInfo& device, Clock& clock)
     : id_(device.id),
       name_(device.name),
+      link_(device.link),
       clock_(clock),
       watch_(device.id),
       queue_("pocketlink.capture." + device.id) {}

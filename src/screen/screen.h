@@ -38,6 +38,7 @@ class Screen {
 
     const std::string& id() const { return id_; }
     const std::string& name() const { return name_; }
+    CaptureLink link() const { return link_; }
     // Ends the capture: no frame arrives after it returned. The last frame stays.
     void stop();
 
@@ -71,6 +72,7 @@ class Screen {
 
     const std::string id_;
     const std::string name_;
+    const CaptureLink link_;
     Clock& clock_;
     PictureWatch watch_;
     Mutex mutex_;

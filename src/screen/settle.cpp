@@ -11,6 +11,17 @@ namespace {
 
 constexpr Duration kPollInterval = std::chrono::milliseconds(15);
 
+double milliseconds(Duration duration) { return toSeconds(duration) * 1000; }
+
+// Whether the picture has settled, `elapsed` milliseconds after `since`.
+bool hasSettled(const std::vector<double>& changes, double now, double elapsed,
+                const SettleOptions& options) {
+    if (elapsed < options.min) return false;
+    return changes.empty() ? elapsed >= options.first : now - changes.back() >= options.quiet;
+}
+
+}  // namespace
+
 std::optional<double> numberIn(const std::map<std::string, std::string>& query, const char* key) {
     const auto entry = query.find(key);
     if (entry == query.end()) return std::nullopt;
@@ -22,17 +33,6 @@ std::optional<double> numberIn(const std::map<std::string, std::string>& query, 
     }
     return value;
 }
-
-double milliseconds(Duration duration) { return toSeconds(duration) * 1000; }
-
-// Whether the picture has settled, `elapsed` milliseconds after `since`.
-bool hasSettled(const std::vector<double>& changes, double now, double elapsed,
-                const SettleOptions& options) {
-    if (elapsed < options.min) return false;
-    return changes.empty() ? elapsed >= options.first : now - changes.back() >= options.quiet;
-}
-
-}  // namespace
 
 SettleOptions SettleOptions::fromQuery(const std::map<std::string, std::string>& query,
                                        double now) {

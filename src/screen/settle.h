@@ -29,6 +29,9 @@ struct SettleOptions {
     static SettleOptions fromQuery(const std::map<std::string, std::string>& query, double now);
 };
 
+// The number that a request's parameter `key` holds; none when it is missing or not one.
+std::optional<double> numberIn(const std::map<std::string, std::string>& query, const char* key);
+
 struct SettleReply {
     double waited = 0;  // ms that the call took
     double since = 0;   // ms since 1970

@@ -2,6 +2,7 @@
 #include <future>
 #include <thread>
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "app/running_program.h"
@@ -22,13 +23,15 @@ class Panel : public testing::Test {
     static constexpr int kButtonsAboveBottom = 45;
     static constexpr double kTimeout = 40;
 
-    void SetUp() override {
-        display = XDisplay::open();
+    void SetUp() override { start("1280x1000", {}); }
+
+    void start(const std::string& size, ChildProgram::Environment environment) {
+        display = XDisplay::open(size);
         if (!display) GTEST_SKIP() << "Xvfb is not installed";
-        program = std::make_unique<RunningProgram>(
-            ChildProgram::Environment{{"DISPLAY", display->name()},
-                                      {"TANDREL_VIRTUAL_PHONE", "1"},
-                                      {"TANDREL_GUARD_TIMEOUT", "40"}});
+        environment["DISPLAY"] = display->name();
+        environment["TANDREL_VIRTUAL_PHONE"] = "1";
+        environment["TANDREL_GUARD_TIMEOUT"] = "40";
+        program = std::make_unique<RunningProgram>(environment);
         program->awaitMatched();
         tap(0.15, 0.13);  // Shop
         tap(0.5, 0.2);    // Canvas tote bag
@@ -115,6 +118,29 @@ TEST_F(Panel, NoKeyApproves) {
 TEST_F(Panel, EscapeDeniesAtOnce) {
     display->press(Key::escape);
     ASSERT_EQ(reply.wait_for(30s), std::future_status::ready);
+    EXPECT_EQ(reply.get().status, 403);
+}
+
+TEST_F(Panel, StaysAboveOtherWindowsOnEveryDesktop) {
+    EXPECT_THAT(display->states(*window),
+                testing::IsSupersetOf({"_NET_WM_STATE_ABOVE", "_NET_WM_STATE_STICKY"}));
+    EXPECT_EQ(display->number(*window, "_NET_WM_DESKTOP"), 0xffffffff);
+    display->press(Key::escape);
+}
+
+// Text twice as large on the smallest screen that a computer has.
+class PanelOnSmallScreen : public Panel {
+ protected:
+    void SetUp() override { start("800x600", {{"QT_FONT_DPI", "192"}}); }
+};
+
+TEST_F(PanelOnSmallScreen, ShowsItsButtonsAllTheSame) {
+    constexpr int kInsideDeny = 84;
+    EXPECT_GE(window->x, 0);
+    EXPECT_GE(window->y, 0);
+    EXPECT_LE(window->x + window->width, 800);
+    EXPECT_LE(window->y + window->height, 600);
+    ASSERT_TRUE(repeatUntilAnswered([this] { click(kInsideDeny); }, 100));
     EXPECT_EQ(reply.get().status, 403);
 }
 

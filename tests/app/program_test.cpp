@@ -85,7 +85,7 @@ TEST_F(Modes, PrintWhatTheTableSaysAndEnd) {
          0,
          AllOf(Not(HasSubstr("FAIL")), HasSubstr("guard: known_limits.json"),
                ContainsRegex("\n[0-9]+ passed, 0 failed\n$"))},
-        {{"--render-steps", "/tmp"}, 0, "nothing to render yet\n"},
+        {{"--render-steps"}, 2, StartsWith("usage: tandrel-app --render-steps DIR ")},
         {{"--approvals"}, 0, "No payment has been asked about yet.\n"},
         {{"--approvals", "--json"}, 0, "{\"approvals\":[],\"unreadable\":0}\n"},
         {{"--help"},
@@ -189,8 +189,9 @@ TEST(Application, ASignalEndsAClientsWait) {
         Variables{{"TANDREL_VIRTUAL_PHONE", "1"}, {"TANDREL_GUARD_TIMEOUT", "120"}});
     program.awaitMatched();
     program.post("/tap", {{"x", 0.152}, {"y", 0.131}, {"fraction", true}});  // Shop
+    program.awaitText("Canvas tote bag");
     // The shop's first price. While nobody can be asked, this takes all of the owner's time.
-    std::thread waiting([&] {
+    const std::jthread waiting([&] {
         (void)httpPost(LoopbackUrl::ofPort(program.port()), "/tap",
                        {{"x", 0.8}, {"y", 0.2}, {"fraction", true}},
                        {.timeout = std::chrono::seconds(60)});
@@ -198,7 +199,6 @@ TEST(Application, ASignalEndsAClientsWait) {
     program.awaitStatus([](const Json& status) { return status.contains("asking"); });
     program.process().signal(SIGINT);
     EXPECT_EQ(program.process().wait(), 0) << program.process().output();
-    waiting.join();
 }
 
 TEST(Application, APortThatIsTakenIsSaidAndTheRestGoesOn) {

@@ -1,5 +1,6 @@
 #include "app/running_program.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <thread>
 
@@ -71,6 +72,15 @@ void RunningProgram::awaitPicture() const {
         const Json devices = status["devices"];
         return !devices.empty() && devices[0].contains("width");
     });
+}
+
+void RunningProgram::awaitText(const std::string& text) const {
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(60);
+    while (true) {
+        const Json seen = get("/look?maxEdge=32").json()["ocr"];
+        if (std::ranges::count(seen, Json(text)) > 0) return;
+        if (std::chrono::steady_clock::now() > deadline) throw std::runtime_error(seen.dump());
+    }
 }
 
 }  // namespace tandrel

@@ -38,6 +38,9 @@ class RunningProgram {
     void awaitMatched() const;
     void awaitPicture() const;
 
+    // Blocks until a line of the only phone's screen reads like this.
+    void awaitText(const std::string& text) const;
+
     ChildProgram& process() { return process_; }
     const std::filesystem::path& home() const { return home_->path(); }
     const std::shared_ptr<TemporaryFolder>& homeFolder() const { return home_; }

@@ -1,6 +1,8 @@
 #include "app/status_notice.h"
 
+#include <algorithm>
 #include <functional>
+#include <iterator>
 
 #include <gtest/gtest.h>
 
@@ -37,9 +39,9 @@ struct NoticeRow {
     std::optional<Notice> expected;
 };
 
-// From the last rule to the first: each row's fault comes on top of those before it, so that every
-// rule is seen to win over all that follow it.
-std::vector<NoticeRow> rows() {
+// From the last rule to the first, in both lists together: each row's fault comes on top of those
+// before it, so that every rule is seen to win over all that follow it.
+std::vector<NoticeRow> phoneRows() {
     return {
         {"in order", [](Inputs&) {}, std::nullopt},
         {"no phone over Bluetooth, seen by AirPlay",
@@ -87,6 +89,11 @@ std::vector<NoticeRow> rows() {
          Notice{"The iPhone isn't sharing its screen",
                 "It's plugged in. Unlock it, and tap Trust if it asks.", Fix::showScreen,
                 "Show me"}},
+    };
+}
+
+std::vector<NoticeRow> computerRows() {
+    return {
         {"Bluetooth off", [](Inputs& in) { in.bluetoothState = "Bluetooth off"; },
          Notice{"Bluetooth is off on this Mac",
                 "Turn it on in Control Center. The iPhone reconnects by itself.",
@@ -116,7 +123,9 @@ std::vector<NoticeRow> rows() {
 
 TEST(StatusNotice, TheFirstRuleThatAppliesWins) {
     Inputs inputs = ready();
-    for (const NoticeRow& row : rows()) {
+    std::vector<NoticeRow> rows = phoneRows();
+    std::ranges::move(computerRows(), std::back_inserter(rows));
+    for (const NoticeRow& row : rows) {
         row.change(inputs);
         const auto shown = notice(inputs);
         ASSERT_EQ(shown.has_value(), row.expected.has_value()) << row.name;

@@ -251,6 +251,16 @@ TEST(TwoPhones, AreToldApartByTheirPointersAndRemembered) {
     const int moves = again.phone(0).record().pointerMoves;
     EXPECT_EQ(again.post("/home", {{"device", "VIRTUAL-0001"}}).status, 200);
     EXPECT_EQ(again.phone(0).record().pointerMoves, moves) << "remembered, so nothing was probed";
+
+    // The owner's word moves a host to another screen; it then drives that one alone.
+    const auto devices = [&] { return again.get("/devices").json().at("devices"); };
+    const auto host = again.get("/status").json().at("hosts").at(0);
+    for (const char* id : {"VIRTUAL-0001", "VIRTUAL-0002"}) {
+        EXPECT_EQ(again.post("/pair", {{"host", host}, {"device", id}}).status, 200);
+    }
+    for (const Json& device : devices()) {
+        EXPECT_EQ(device.at("bluetooth"), device.at("id") == "VIRTUAL-0002") << device;
+    }
 }
 
 }  // namespace

@@ -63,8 +63,12 @@ VirtualPhone& RunningEngine::phone(std::size_t index) {
 
 bool RunningEngine::allPhones(bool (*fits)(const Json& device)) {
     const Json status = get("/status").json();
-    const std::size_t count = wiring_->backends().virtualPhones->phones().size();
-    return status["devices"].size() == count && status["hosts"].size() == count &&
+    const auto& phones = wiring_->backends().virtualPhones->phones();
+    const auto cabled =
+        std::ranges::count_if(phones, [](const auto& phone) { return phone->links().plugged; });
+    // Without any cable there is the one mirrored picture.
+    const auto seen = static_cast<std::size_t>(std::max<std::ptrdiff_t>(cabled, 1));
+    return status["devices"].size() == seen && status["hosts"].size() == phones.size() &&
            std::ranges::all_of(status["devices"], fits);
 }
 

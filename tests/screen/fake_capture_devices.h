@@ -46,6 +46,11 @@ class FakeCaptureDevices final : public CaptureDevices {
         std::lock_guard lock(mutex_);
         refusals_.erase(id);
     }
+    // A frame that every capture brings as soon as it is opened.
+    void setOnOpened(const PixelBuffer& frame) {
+        std::lock_guard lock(mutex_);
+        first_ = frame;
+    }
     // Keeps the answer about access until `answerAccess`.
     void holdAccess() { holdsAccess_ = true; }
     void answerAccess(bool granted) { answer_(granted); }
@@ -96,6 +101,7 @@ class FakeCaptureDevices final : public CaptureDevices {
         if (const auto refusal = refusals_.find(device.id); refusal != refusals_.end()) {
             return fail(refusal->second);
         }
+        if (first_) sink(first_);
         running_[device.id] = std::move(sink);
         return std::make_unique<Session>(*this, device.id);
     }
@@ -129,6 +135,7 @@ class FakeCaptureDevices final : public CaptureDevices {
     std::vector<std::string> calls_;
     std::function<void()> changed_;
     std::function<void(bool)> answer_;
+    PixelBuffer first_;
     bool holdsAccess_ = false;
 };
 

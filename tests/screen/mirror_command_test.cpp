@@ -45,10 +45,14 @@ class MirrorTool : public testing::Test {
     std::filesystem::path folder;
     std::ostringstream out;
     std::ostringstream err;
-    MirrorServices services{out, err, [] { return std::make_unique<SizeReader>(); }};
+    MirrorServices services{out, err, [] { return std::make_unique<SizeReader>(); }, {}, {}};
 };
 
 constexpr const char* kOcrUsage = "usage: ocr <image>\n";
+constexpr const char* kUsbUsage =
+    "usage: usb-capture <out.png|.jpg> [--device ID] [--max N] [--ocr] [--timeout S]\n";
+constexpr const char* kAirplayUsage =
+    "usage: airplay-capture <out.png|.jpg> [--window ID] [--max N] [--ocr] [--no-crop]\n";
 constexpr const char* kDetectUsage =
     "usage: detect-rect <image> [--aspect W/H] [--prefer portrait|landscape]\n";
 
@@ -66,6 +70,10 @@ TEST_F(MirrorTool, WithoutItsOperandSaysHowItIsUsed) {
     } rows[] = {
         {{"ocr"}, kOcrUsage},
         {{"ocr", "--max"}, kOcrUsage},
+        {{"usb-capture"}, kUsbUsage},
+        {{"usb-capture", "--ocr"}, kUsbUsage},
+        {{"airplay-capture"}, kAirplayUsage},
+        {{"airplay-capture", "--no-crop", "a.png"}, kAirplayUsage},
         {{"detect-rect"}, kDetectUsage},
         {{"detect-rect", "--aspect", "9/19.5"}, kDetectUsage},
     };
@@ -80,6 +88,20 @@ TEST_F(MirrorTool, HelpIsTheUsageAndNoFailure) {
     EXPECT_EQ(run({"detect-rect", "--help"}), 0);
     EXPECT_EQ(out.str(), kDetectUsage);
     EXPECT_EQ(err.str(), "");
+}
+
+TEST_F(MirrorTool, HelpListsEveryTool) {
+    EXPECT_EQ(run({"help"}), 0);
+    for (const char* name :
+         {"find", "ocr", "click", "drag", "type", "key", "activate", "trusted", "accessibility",
+          "screen", "camera", "usb-list", "usb-capture", "usb-serve", "airplay-list",
+          "airplay-capture", "airplay-serve", "detect-rect", "capture-latency"}) {
+        EXPECT_NE(out.str().find(std::string("  ") + name + " "), std::string::npos) << name;
+    }
+    EXPECT_EQ(run({"help", "usb-capture"}), 0);
+    EXPECT_EQ(out.str(), kUsbUsage);
+    EXPECT_EQ(run({"help", "dance"}), 1);
+    EXPECT_EQ(err.str(), "unknown command dance\n");
 }
 
 TEST_F(MirrorTool, AFileThatIsNoImageIsAFailure) {

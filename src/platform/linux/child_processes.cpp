@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <csignal>
+#include <functional>
 #include <optional>
 #include <string_view>
 #include <utility>
@@ -11,6 +12,7 @@
 #include <fmt/format.h>
 #include <poll.h>
 #include <spawn.h>
+#include <sys/eventfd.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -179,19 +181,35 @@ class Output {
     std::string text_;
 };
 
+// Readable once a stop was requested.
+class StopEvent {
+ public:
+    explicit StopEvent(std::stop_token stop)
+        : event_(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)),
+          onStop_(std::move(stop), [this] { ::eventfd_write(event_.get(), 1); }) {}
+    int descriptor() const { return event_.get(); }
+
+ private:
+    const FileDescriptor event_;
+    const std::stop_callback<std::function<void()>> onStop_;
+};
+
 int millisecondsUntil(TimePoint deadline) {
     const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - systemClock().now());
     return static_cast<int>(std::clamp<std::int64_t>(left.count(), 0, 60'000));
 }
 
-// Reads output until the program has ended or the deadline has passed; says whether it has ended.
-bool awaitEnd(const Child& child, Output& output, TimePoint deadline) {
+// Reads output until the program has ended, or until the deadline or a stop (-1: there is none);
+// says whether it has ended.
+bool awaitEnd(const Child& child, Output& output, TimePoint deadline, int stop) {
     while (true) {
-        pollfd waits[] = {{child.end(), POLLIN, 0}, {output.descriptor(), POLLIN, 0}};
+        pollfd waits[] = {
+            {child.end(), POLLIN, 0}, {output.descriptor(), POLLIN, 0}, {stop, POLLIN, 0}};
         const int wait = millisecondsUntil(deadline);
         const int ready = ::poll(waits, std::size(waits), wait);
         if (ready < 0 && errno != EINTR) return false;
         if (ready > 0 && waits[0].revents != 0) return true;
+        if (ready > 0 && waits[2].revents != 0) return false;
         if (ready > 0 && waits[1].revents != 0) output.take();
         if (systemClock().now() >= deadline) return false;
     }
@@ -217,10 +235,12 @@ Result<ProgramEnd> ChildProcesses::run(const ProgramRun& run) {
     Child child = TRY(Child::start(run, writing.get()));
     writing.reset();
 
-    const bool ended = awaitEnd(child, output, systemClock().now() + run.timeout);
+    const StopEvent stop(run.stop);
+    const TimePoint deadline = systemClock().now() + run.timeout;
+    const bool ended = awaitEnd(child, output, deadline, stop.descriptor());
     if (!ended) {
         child.signalAll(SIGTERM);
-        awaitEnd(child, output, systemClock().now() + kGrace);
+        awaitEnd(child, output, systemClock().now() + kGrace, -1);
         child.signalAll(SIGKILL);
     }
     output.takeRest();

@@ -19,7 +19,8 @@ template <typename Value>
 using Names = std::pair<std::string_view, Value>;
 
 constexpr Names<KeyboardLayout> kKeyboards[] = {{"us", KeyboardLayout::us},
-                                                {"german", KeyboardLayout::german}};
+                                                {"german", KeyboardLayout::german},
+                                                {"russian", KeyboardLayout::russian}};
 constexpr Names<Appearance> kAppearances[] = {{"light", Appearance::light},
                                               {"dark", Appearance::dark}};
 constexpr Names<ScreenPower> kPowers[] = {{"awake", ScreenPower::awake},
@@ -58,7 +59,7 @@ Result<std::string> memberName(const JsonPlace& from, std::string_view member) {
 Result<PhoneTraits> readPhone(const JsonPlace& from) {
     TRY_VOID(from.object({"id", "name", "host", "width", "height", "scale", "keyboard",
                           "appearance", "screen", "passcode", "assistiveTouch", "paired", "plugged",
-                          "staleCache", "clock", "date"}));
+                          "mirroring", "staleCache", "clock", "date"}));
     PhoneTraits phone;
     phone.id = TRY(memberName(from, "id"));
     phone.name = TRY(memberName(from, "name"));
@@ -79,6 +80,7 @@ Result<PhoneTraits> readPhone(const JsonPlace& from) {
     TRY_VOID(readTruth(from, "assistiveTouch", phone.assistiveTouch));
     TRY_VOID(readTruth(from, "paired", phone.paired));
     TRY_VOID(readTruth(from, "plugged", phone.plugged));
+    TRY_VOID(readTruth(from, "mirroring", phone.mirroring));
     TRY_VOID(readTruth(from, "staleCache", phone.staleCache));
     phone.clock = from.find("clock") ? TRY(memberName(from, "clock")) : "9:41";
     phone.date = from.find("date")   ? TRY(memberName(from, "date")) : "Tuesday, January 9";

@@ -18,7 +18,7 @@
 // the file, member by member; the values here carry the same names.
 namespace tandrel {
 
-enum class KeyboardLayout { us, german };
+enum class KeyboardLayout { us, german, russian };
 enum class Appearance { light, dark };
 enum class ScreenPower { awake, locked, asleep };
 
@@ -36,13 +36,24 @@ struct PhoneTraits {
     bool assistiveTouch = true;
     bool paired = true;
     bool plugged = true;
+    bool mirroring = true;    // mirrors its screen to this computer
     bool staleCache = false;  // knows older services until it is told that they changed
     std::string clock;        // "9:41"
     std::string date;         // "Tuesday, January 9"
 };
 
 // Something goes wrong with the phone, as its verbs of the same name do.
-enum class Trouble { none, vanish, unplug, disconnectBluetooth, freeze, goBlack, lock, sleep };
+enum class Trouble {
+    none,
+    vanish,
+    unplug,
+    disconnectBluetooth,
+    stopMirroring,
+    freeze,
+    goBlack,
+    lock,
+    sleep
+};
 
 // What happens when something is tapped; empty members do nothing.
 struct Action {

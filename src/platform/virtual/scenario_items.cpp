@@ -15,6 +15,7 @@ using Name = std::pair<std::string_view, Value>;
 constexpr Name<Trouble> kTroubles[] = {{"vanish", Trouble::vanish},
                                        {"unplug", Trouble::unplug},
                                        {"disconnectBluetooth", Trouble::disconnectBluetooth},
+                                       {"stopMirroring", Trouble::stopMirroring},
                                        {"freeze", Trouble::freeze},
                                        {"goBlack", Trouble::goBlack},
                                        {"lock", Trouble::lock},

@@ -33,7 +33,9 @@ VirtualPhone::VirtualPhone(Scenario scenario, Clock& clock)
       clock_(clock),
       model_(scenario_, fonts_),
       painter_(fonts_, scenario_.phone.scale),
-      links_{.plugged = scenario_.phone.plugged, .bluetooth = scenario_.phone.paired},
+      links_{.plugged = scenario_.phone.plugged,
+             .bluetooth = scenario_.phone.paired,
+             .mirroring = scenario_.phone.mirroring},
       blackFrame_(blackFrame(scenario_.phone.width, scenario_.phone.height)),
       queue_("tandrel.virtual." + scenario_.phone.id, clock) {
     queue_.post([this] {
@@ -139,16 +141,23 @@ void VirtualPhone::setTrouble(Trouble trouble, TroublePhase phase) {
 
 void VirtualPhone::applyTrouble(Trouble trouble, TroublePhase phase) {
     const bool begins = phase == TroublePhase::begins;
-    const bool bluetooth = !begins && scenario_.phone.paired;
+    PhoneLinks links = links_;
     switch (trouble) {
         case Trouble::none:
             return;
         case Trouble::vanish:
-            return setLinks({.plugged = !begins, .bluetooth = bluetooth});
+            return setLinks({.plugged = !begins,
+                             .bluetooth = !begins && scenario_.phone.paired,
+                             .mirroring = !begins && scenario_.phone.mirroring});
         case Trouble::unplug:
-            return setLinks({.plugged = !begins, .bluetooth = links_.bluetooth});
+            links.plugged = !begins;
+            return setLinks(links);
         case Trouble::disconnectBluetooth:
-            return setLinks({.plugged = links_.plugged, .bluetooth = bluetooth});
+            links.bluetooth = !begins && scenario_.phone.paired;
+            return setLinks(links);
+        case Trouble::stopMirroring:
+            links.mirroring = !begins;
+            return setLinks(links);
         case Trouble::freeze:
             frozen_ = begins;
             return;
@@ -233,7 +242,8 @@ void VirtualPhone::deliver() {
 // None while the view brings no frames.
 PixelBuffer VirtualPhone::frameFor(View view) {
     if (view == View::display) return painter_.paint(model_);
-    if (!links_.plugged || frozen_) return {};
+    const bool isLinked = view == View::cable ? links_.plugged : links_.mirroring;
+    if (!isLinked || frozen_) return {};
     return black_ ? blackFrame_ : painter_.paint(model_);
 }
 

@@ -22,6 +22,7 @@ namespace tandrel {
 struct PhoneLinks {
     bool plugged = false;
     bool bluetooth = false;
+    bool mirroring = false;  // its screen, over the network
 
     bool operator==(const PhoneLinks&) const = default;
 };
@@ -75,22 +76,26 @@ class VirtualPhone {
     void refuseNextUpdates(int count);  // the Bluetooth transmit queue is full that many times
     void vanish() {
         setTrouble(Trouble::vanish, TroublePhase::begins);
-    }  // both links, as if carried off
+    }  // all links, as if carried off
     void comeBack() { setTrouble(Trouble::vanish, TroublePhase::ends); }
     void unplug() { setTrouble(Trouble::unplug, TroublePhase::begins); }
     void plug() { setTrouble(Trouble::unplug, TroublePhase::ends); }
     void disconnectBluetooth() { setTrouble(Trouble::disconnectBluetooth, TroublePhase::begins); }
     // A phone that is not paired stays away.
     void connectBluetooth() { setTrouble(Trouble::disconnectBluetooth, TroublePhase::ends); }
-    // The cable brings no frame any more, or black ones; the phone itself goes on.
+    void stopMirroring() { setTrouble(Trouble::stopMirroring, TroublePhase::begins); }
+    // A phone that does not mirror by its scenario does so from then on.
+    void startMirroring() { setTrouble(Trouble::stopMirroring, TroublePhase::ends); }
+    // Neither way brings a frame any more, or black ones; the phone itself goes on.
     void freeze() { setTrouble(Trouble::freeze, TroublePhase::begins); }
     void thaw() { setTrouble(Trouble::freeze, TroublePhase::ends); }
     void goBlack() { setTrouble(Trouble::goBlack, TroublePhase::begins); }
     void lightUp() { setTrouble(Trouble::goBlack, TroublePhase::ends); }
 
     // Frames for `sink` on the phone's thread, the first at once: `cable` as the computer gets them
-    // while the phone is plugged in, `display` as the phone itself shows them, always.
-    enum class View { cable, display };
+    // while the phone is plugged in, `mirror` the same while it mirrors, `display` as the phone
+    // itself shows them, always.
+    enum class View { cable, mirror, display };
     PhoneSubscriptionPtr watchFrames(View view, FrameSink sink);
     // Called on the phone's thread with the links as they are, at once and after each change.
     PhoneSubscriptionPtr watchLinks(std::function<void(PhoneLinks)> changed);

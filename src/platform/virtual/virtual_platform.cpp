@@ -5,6 +5,7 @@
 #include <ranges>
 
 #include "platform/virtual/virtual_bluetooth_peripheral.h"
+#include "platform/virtual/virtual_windows.h"
 
 namespace tandrel {
 namespace {
@@ -80,6 +81,7 @@ VirtualPlatform::VirtualPlatform(std::vector<Scenario> scenarios, Clock& clock) 
     }
     makeBluetooth_ = makeVirtualBluetoothPeripheral(phones);
     captureDevices_ = std::make_unique<VirtualCaptureDevices>(phones);
+    windows_ = std::make_unique<VirtualWindows>(phones);
     permissions_ = std::make_unique<AllGranted>();
     usbRegistry_ = std::make_unique<VirtualUsbRegistry>(phones);
 }

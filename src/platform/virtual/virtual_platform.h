@@ -11,6 +11,7 @@
 #include "platform/usb_registry.h"
 #include "platform/virtual/virtual_capture_devices.h"
 #include "platform/virtual/virtual_phone.h"
+#include "platform/windows.h"
 
 namespace tandrel {
 
@@ -32,6 +33,8 @@ class VirtualPlatform {
     // Every peripheral made goes before this does.
     const MakeBluetoothPeripheral& makeBluetoothPeripheral() const { return makeBluetooth_; }
     CaptureDevices& captureDevices() { return *captureDevices_; }
+    // One mirroring window for each phone that mirrors its screen.
+    Windows& windows() { return *windows_; }
     Permissions& permissions() { return *permissions_; }
     UsbRegistry& usbRegistry() { return *usbRegistry_; }
 
@@ -41,6 +44,7 @@ class VirtualPlatform {
     std::vector<std::unique_ptr<VirtualPhone>> phones_;
     MakeBluetoothPeripheral makeBluetooth_;
     std::unique_ptr<CaptureDevices> captureDevices_;
+    std::unique_ptr<Windows> windows_;
     std::unique_ptr<Permissions> permissions_;
     std::unique_ptr<UsbRegistry> usbRegistry_;
 };

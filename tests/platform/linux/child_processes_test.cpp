@@ -3,6 +3,7 @@
 #include <csignal>
 #include <fstream>
 #include <sstream>
+#include <thread>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -47,6 +48,23 @@ TEST(ChildProcesses, HaveNoInputNoTerminalAndTheEnvironmentGiven) {
     EXPECT_EQ(shell("(: </dev/tty) 2>/dev/null || echo none").output, "none\n");
     EXPECT_EQ(shell("echo $ADDED").output, "a value\n");
     EXPECT_EQ(shell("ls /proc/self/fd | wc -l").output, "4\n") << "0, 1, 2 and the folder itself";
+}
+
+TEST(ChildProcesses, AStopCutsTheTimeOutShort) {
+    TemporaryFolder folder;
+    const std::string file = (folder.path() / "started").string();
+    std::stop_source stopping;
+    std::jthread stopper([&] {
+        while (!std::filesystem::exists(file)) std::this_thread::yield();
+        stopping.request_stop();
+    });
+    ChildProcesses processes;
+    const auto end = processes.run({.program = "/bin/sh",
+                                    .arguments = {"-c", "echo on > " + file + "; sleep 1000"},
+                                    .timeout = 1000s,
+                                    .stop = stopping.get_token()});
+    ASSERT_TRUE(end);
+    EXPECT_EQ(end->how, How::timedOut);
 }
 
 TEST(ChildProcesses, AreEndedAtTheTimeOutWithAllTheyStarted) {

@@ -48,7 +48,7 @@ INSTANTIATE_TEST_SUITE_P(
         BadScenario{"TooSmall", scenarioText("[" + kHome + "]", R"("scale": 0.5)"),
                     "/phone/scale: must be a number from 1 to 4"},
         BadScenario{"Keyboard", scenarioText("[" + kHome + "]", R"("keyboard": "dvorak")"),
-                    R"(/phone/keyboard: must be one of "us", "german")"},
+                    R"(/phone/keyboard: must be one of "us", "german", "russian")"},
         BadScenario{"NoPages", scenarioText("[]"), "/home: must be the name of a page"},
         BadScenario{"PagesTwice", scenarioText("[" + kHome + "," + kHome + "]"),
                     "/pages/1/name: is the name of an earlier page already"},

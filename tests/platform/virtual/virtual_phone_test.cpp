@@ -132,7 +132,7 @@ TEST_F(VirtualPhoneTest, PageDoesWhatItDoesLaterOnlyWhileItIsShown) {
 
 TEST_F(VirtualPhoneTest, TroubleOfATapEndsAfterItsTime) {
     tap("Unplug");
-    EXPECT_EQ(phone_.links(), (PhoneLinks{.plugged = false, .bluetooth = true}));
+    EXPECT_EQ(phone_.links(), (PhoneLinks{.bluetooth = true, .mirroring = true}));
     pass(4900ms);
     EXPECT_FALSE(phone_.links().plugged);
     pass(100ms);
@@ -150,7 +150,8 @@ TEST_F(VirtualPhoneTest, LinksAreToldAtOnceAndOnChangeOnly) {
     phone_.disconnectBluetooth();
     watching.reset();
     phone_.connectBluetooth();
-    EXPECT_THAT(told, testing::ElementsAre(PhoneLinks{true, true}, PhoneLinks{true, false}));
+    EXPECT_THAT(told,
+                testing::ElementsAre(PhoneLinks{true, true, true}, PhoneLinks{true, false, true}));
 }
 
 TEST_F(VirtualPhoneTest, EachRefusalCountsOnce) {
@@ -182,7 +183,7 @@ TEST(VirtualPhoneUnpaired, StaysAwayFromBluetooth) {
     phone.connectBluetooth();
     phone.vanish();
     phone.comeBack();
-    EXPECT_EQ(phone.links(), (PhoneLinks{.plugged = true, .bluetooth = false}));
+    EXPECT_EQ(phone.links(), (PhoneLinks{.plugged = true, .mirroring = true}));
 }
 
 // Many threads at once, for the sanitizers and for deadlocks.

@@ -1,0 +1,222 @@
+#include "app/doctor.h"
+
+#include <algorithm>
+#include <utility>
+
+#include <fmt/format.h>
+
+namespace tandrel {
+namespace {
+
+using State = Condition::State;
+using Kind = HelperCheck::State::Kind;
+
+Condition engine(const Findings& found) {
+    if (found.engineApp.empty()) {
+        return {State::bad, "Engine", "nothing answers on " + found.engineUrl,
+                "Start Tandrel: run `tandrel-app` and leave it running."};
+    }
+    if (found.engineApp != "Tandrel") {
+        return {State::bad, "Engine", found.engineApp + " answers on " + found.engineUrl,
+                "Quit " + found.engineApp + ", then start Tandrel."};
+    }
+    return {State::good, "Engine",
+            fmt::format("Tandrel {} answers on {}", found.engineVersion, found.engineUrl), ""};
+}
+
+Condition bluetooth(const Findings& found) {
+    const AppModelInputs& in = found.snapshot.inputs;
+    if (in.bluetoothPerm == Permission::denied) {
+        return {State::bad, "Bluetooth", "not allowed",
+                "Let your user talk to org.bluez on the system bus."};
+    }
+    if (in.bluetoothReady) return {State::good, "Bluetooth", in.bluetoothState, ""};
+    for (const std::string& absence : found.snapshot.absences) {
+        if (absence.starts_with("Bluetooth: ")) {
+            return {State::bad, "Bluetooth", absence.substr(std::size("Bluetooth: ") - 1),
+                    "Try Tandrel with the virtual iPhone: TANDREL_VIRTUAL_PHONE=1 tandrel-app."};
+        }
+    }
+    return {State::bad, "Bluetooth", in.bluetoothState, "Turn Bluetooth on."};
+}
+
+std::string pictureOf(const AppSnapshot& snapshot) {
+    std::string phones;
+    for (const PhoneSeen& phone : snapshot.phones) {
+        if (!phone.picture) continue;
+        phones += fmt::format("{}{} ({} x {})", phones.empty() ? "" : ", ", phone.name, phone.width,
+                              phone.height);
+    }
+    return phones;
+}
+
+Condition screen(const Findings& found) {
+    const AppModelInputs& in = found.snapshot.inputs;
+    if (in.screenReady) return {State::good, "Picture", pictureOf(found.snapshot), ""};
+    const std::string& why = found.snapshot.airplay.error;
+    if (in.linkChoice == LinkChoice::airplay) {
+        return {State::bad, "Picture", why.empty() ? "nothing is mirrored over AirPlay" : why,
+                "On the iPhone: Control Center › Screen Mirroring › " + in.macName};
+    }
+    if (in.usbPhone) return {State::bad, "Picture", "no frame yet", "Unlock the iPhone."};
+    if (in.usbPlugged) {
+        return {State::bad, "Picture", "the iPhone is plugged in but isn't sharing its screen",
+                "Unlock it, and tap Trust if it asks."};
+    }
+    return {State::bad, "Picture", "no iPhone on the cable",
+            "Plug the iPhone into this computer, or choose AirPlay: `tandrel-app --set link "
+            "airplay`."};
+}
+
+Condition awake(const Findings& found) {
+    switch (found.snapshot.inputs.screenState) {
+        case PhoneScreen::off:
+            return {State::bad, "Screen", "off", "Wake the iPhone and unlock it."};
+        case PhoneScreen::locked:
+            return {State::bad, "Screen", "locked",
+                    "Unlock the iPhone. Your AI can't unlock it for you."};
+        case PhoneScreen::awake:
+            return {State::good, "Screen", "awake", ""};
+        case PhoneScreen::unknown:
+            break;
+    }
+    return {State::note, "Screen", "not known", ""};
+}
+
+Condition reading(const Findings& found) {
+    if (found.readError) return {State::bad, "Reading", *found.readError, *found.readError};
+    if (!found.snapshot.inputs.screenReady) return {State::note, "Reading", "not tried", ""};
+    return {State::good, "Reading", "the screen's text can be read", ""};
+}
+
+Condition connection(const Findings& found) {
+    const AppModelInputs& in = found.snapshot.inputs;
+    if (in.phoneConnected) return {State::good, "iPhone", "connected over Bluetooth", ""};
+    const bool isMatching = in.anyBluetoothHost && in.screenReady;
+    return {State::bad, "iPhone",
+            isMatching ? "connected, but which screen is its is not known yet"
+                       : "not connected over Bluetooth",
+            isMatching
+                ? "Keep it unlocked with AssistiveTouch on."
+                : fmt::format("On the iPhone: Settings › Bluetooth › {}", in.advertisedName)};
+}
+
+Condition control(const Findings& found) {
+    if (!found.snapshot.inputs.paused) return {State::good, "Control", "on", ""};
+    return {State::bad, "Control", "paused",
+            "Turn it back on in the Tandrel menu, or run `tandrel-app --set paused false`."};
+}
+
+Condition helper(const Findings& found) {
+    const HelperCheck::State& state = found.snapshot.helper;
+    switch (state.kind) {
+        case Kind::ready:
+            return {State::good, "Helper", "AI apps can start it", ""};
+        case Kind::failed:
+            return {State::bad, "Helper", "it does not start: " + state.text,
+                    "Install Tandrel again."};
+        case Kind::needsApproval:
+            return {State::bad, "Helper", "it was downloaded and not yet approved",
+                    "Run `tandrel-app --helper-check run` once."};
+        case Kind::blocked:
+            return {State::bad, "Helper", "it gives no answer", "Install Tandrel again."};
+        case Kind::missing:
+            return {State::bad, "Helper", "it is not there", "Install Tandrel again."};
+    }
+    return {};
+}
+
+Condition payments(const Findings& found) {
+    if (found.snapshot.askBeforePayments) return {State::note, "Payments", "you are asked", ""};
+    return {State::note, "Payments", "you are not asked before payments", ""};
+}
+
+Condition aiApp(const AIAppStatus& status) {
+    Condition condition{status.link == Link::addedHere ? State::good : State::note,
+                        std::string(name(status.app)), describe(status), ""};
+    const bool isOpen = status.link != Link::addedHere && (status.installed || added(status.link));
+    if (isOpen) condition.step = "add it in the setup, or by hand:\n" + status.toPaste;
+    return condition;
+}
+
+enum class Asks { engine, thisComputer };
+struct Row {
+    Asks asks;
+    Condition (*condition)(const Findings&);
+};
+
+// In the order in which they are to be put right.
+// clang-format off
+constexpr Row kRows[] = {
+    {Asks::thisComputer, engine},
+    {Asks::engine,       bluetooth},
+    {Asks::engine,       screen},
+    {Asks::engine,       awake},
+    {Asks::engine,       reading},
+    {Asks::engine,       connection},
+    {Asks::thisComputer, control},
+    {Asks::thisComputer, helper},
+    {Asks::thisComputer, payments},
+};
+
+constexpr std::pair<State, const char*> kWords[] = {
+    {State::good, "ok"},
+    {State::bad,  "NO"},
+    {State::note, "--"},
+};
+// clang-format on
+
+std::string word(State state) {
+    return std::ranges::find(kWords, state, &std::pair<State, const char*>::first)->second;
+}
+
+}  // namespace
+
+Diagnosis diagnose(const Findings& found) {
+    Diagnosis diagnosis;
+    for (const Row& row : kRows) {
+        if (row.asks == Asks::engine && found.engineApp != "Tandrel") continue;
+        diagnosis.conditions.push_back(row.condition(found));
+    }
+    for (const AIAppStatus& app : found.snapshot.aiApps) {
+        diagnosis.conditions.push_back(aiApp(app));
+    }
+    const auto& all = diagnosis.conditions;
+    const auto bad = std::ranges::find(all, State::bad, &Condition::state);
+    diagnosis.ready = bad == all.end();
+    const auto open = std::ranges::find_if(all, [](const auto& c) { return !c.step.empty(); });
+    if (!diagnosis.ready) {
+        diagnosis.next = bad->step;
+    } else if (open != all.end()) {
+        diagnosis.next = fmt::format("{} {}; {}", open->name, open->words, open->step);
+    }
+    return diagnosis;
+}
+
+std::string Diagnosis::text() const {
+    std::string text;
+    for (const Condition& condition : conditions) {
+        text +=
+            fmt::format("{}  {:<16}{}\n", word(condition.state), condition.name, condition.words);
+    }
+    text += ready ? "\nAn assistant could use the iPhone now.\n"
+                  : "\nAn assistant can't use the iPhone now.\n";
+    if (!next.empty()) text += "Next: " + next + "\n";
+    return text;
+}
+
+Json Diagnosis::json() const {
+    Json list = Json::array();
+    for (const Condition& condition : conditions) {
+        constexpr const char* kStates[] = {"good", "bad", "note"};
+        list.push_back({{"name", condition.name},
+                        {"state", kStates[static_cast<int>(condition.state)]},
+                        {"words", condition.words}});
+        if (!condition.step.empty()) list.back()["step"] = condition.step;
+    }
+    Json reply = {{"ready", ready}, {"conditions", std::move(list)}};
+    if (!next.empty()) reply["next"] = next;
+    return reply;
+}
+
+}  // namespace tandrel

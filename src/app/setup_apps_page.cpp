@@ -1,0 +1,120 @@
+#include "app/setup_apps_page.h"
+
+#include <QClipboard>
+#include <QGuiApplication>
+#include <QPointer>
+
+#include "app/qt_text.h"
+#include "app/wrapped_label.h"
+
+namespace tandrel {
+
+AppsPage::AppsPage(ColorScheme appearance, WindowActions& actions)
+    : SetupPage(appearance, tr("Connect your AI"),
+                tr("Add Tandrel to the AI apps that may use your iPhone. Their other settings stay "
+                   "as they are.")),
+      actions_(actions) {
+    helper_ = new StatusCard(appearance);
+    rows().addWidget(helper_);
+}
+
+AppsPage::Row& AppsPage::rowOf(AIApp app) {
+    Row& row = apps_[app];
+    if (row.status != nullptr) return row;
+    row.status = new StatusCard(appearance());
+    rows().addWidget(row.status);
+    addByHand(app, row);
+    return row;
+}
+
+void AppsPage::addByHand(AIApp app, Row& row) {
+    row.byHand = new QWidget;
+    auto* parts = new QVBoxLayout(row.byHand);
+    parts->setContentsMargins(0, 4, 0, 0);
+    parts->setSpacing(6);
+    row.toPaste = makeWrappedLabel("code", {});
+    row.copy = new QPushButton(tr("Copy"));
+    row.copy->setAccessibleName(tr("Copy the text for %1").arg(qtText(name(app))));
+    QObject::connect(row.copy, &QPushButton::clicked, this, [this, app] {
+        QGuiApplication::clipboard()->setText(apps_[app].text);
+        apps_[app].copy->setText(tr("Copied"));
+    });
+    parts->addWidget(makeWrappedLabel("secondary", tr("Or add it yourself:")));
+    parts->addWidget(row.toPaste);
+    parts->addWidget(row.copy, 0, Qt::AlignLeft);
+    row.status->add(row.byHand);
+}
+
+void AppsPage::display(const SetupView& view) {
+    shown_ = view;
+    showHelper(view.app.helper);
+    for (const AIAppStatus& app : view.app.aiApps) showApp(app, rowOf(app.app));
+}
+
+void AppsPage::showApp(const AIAppStatus& app, Row& row) {
+    const QString appName = qtText(name(app.app));
+    const auto addIt = [this, which = app.app] { add(which); };
+    StatusCard::Content content{.mark = Mark::none, .title = appName};
+    if (app.link == Link::addedHere) {
+        content.mark = Mark::passed;
+        content.detail = tr("Tandrel is added.");
+    } else if (app.link == Link::addedElsewhere) {
+        content.mark = Mark::warning;
+        content.detail = tr("%1 still points to an older copy of Tandrel.").arg(appName);
+        content.button = tr("Replace");
+        content.pressed = addIt;
+    } else if (app.installed) {
+        content.detail = tr("Found on this computer.");
+        content.button = tr("Add to %1").arg(appName);
+        content.pressed = addIt;
+    } else {
+        content.detail = tr("Not found on this computer.");
+    }
+    if (row.outcome) {
+        content.detail = qtText(row.outcome->message);
+        if (!row.outcome->ok) content.mark = Mark::failed;
+    }
+    if (row.outcome && row.outcome->ok && app.app == AIApp::claudeDesktop && app.running) {
+        content.button = tr("Restart Claude Desktop");
+        content.pressed = [this] {
+            actions_.restartClaudeDesktop(showOutcomeAt(AIApp::claudeDesktop));
+        };
+    }
+    row.status->display(std::move(content));
+    row.byHand->setVisible(app.link != Link::addedHere);
+    const QString text = qtText(app.toPaste);
+    if (row.text != text) {
+        row.text = text;
+        setWrappedText(*row.toPaste, text);
+    }
+}
+
+void AppsPage::showHelper(const HelperCheck::State& helper) {
+    using Kind = HelperCheck::State::Kind;
+    helper_->setVisible(helper.kind != Kind::ready);
+    if (helper.kind == Kind::ready) return;
+    StatusCard::Content content{.mark = Mark::warning};
+    content.title = tr("AI apps can't start Tandrel's helper");
+    if (helper.kind == Kind::missing) {
+        content.detail = tr("It is missing beside this program. Install Tandrel again.");
+    } else if (helper.kind == Kind::failed) {
+        content.detail = qtText(helper.text);
+    } else {
+        content.detail = tr("The system holds it back because it was downloaded.");
+        content.button = tr("Allow It");
+        content.pressed = [this] { actions_.fix(Fix::approveHelper); };
+    }
+    helper_->display(std::move(content));
+}
+
+void AppsPage::add(AIApp app) { actions_.addToApp(app, showOutcomeAt(app)); }
+
+WindowActions::Done AppsPage::showOutcomeAt(AIApp app) {
+    return [self = QPointer<AppsPage>(this), app](const AIConnect::Outcome& outcome) {
+        if (!self) return;
+        self->apps_[app].outcome = outcome;
+        self->display(SetupView(self->shown_));
+    };
+}
+
+}  // namespace tandrel

@@ -1,0 +1,113 @@
+#include "app/doctor.h"
+
+#include <functional>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace tandrel {
+namespace {
+
+using testing::HasSubstr;
+using testing::StartsWith;
+
+Findings healthy() {
+    Findings found;
+    found.engineUrl = "http://127.0.0.1:7390";
+    found.engineApp = "Tandrel";
+    found.engineVersion = "1.2";
+    AppModelInputs& in = found.snapshot.inputs;
+    in.advertisedName = "Tandrel";
+    in.macName = "Desk";
+    in.bluetoothState = "1 connected, advertising as Tandrel";
+    in.bluetoothReady = in.screenReady = in.phoneConnected = in.usbPhone = true;
+    in.anyBluetoothHost = true;
+    in.screenState = PhoneScreen::awake;
+    found.snapshot.phones = {{"P", "Phone", ScreenSource::usb, true, true, 1206, 2622}};
+    return found;
+}
+
+// From the last condition to the first: each fault comes on top of those before it, so that each is
+// seen to be put right before all that follow it.
+TEST(Doctor, TheFirstFaultIsTheNextStep) {
+    struct Row {
+        const char* name;
+        std::function<void(Findings&)> change;
+        const char* next;
+    };
+    const Row rows[] = {
+        {"helper",
+         [](Findings& found) { found.snapshot.helper = {HelperCheck::State::Kind::failed, "x"}; },
+         "Install Tandrel again."},
+        {"paused", [](Findings& found) { found.snapshot.inputs.paused = true; },
+         "Turn it back on in the Tandrel menu, or run `tandrel-app --set paused false`."},
+        {"not matched", [](Findings& found) { found.snapshot.inputs.phoneConnected = false; },
+         "Keep it unlocked with AssistiveTouch on."},
+        {"not connected", [](Findings& found) { found.snapshot.inputs.anyBluetoothHost = false; },
+         "On the iPhone: Settings › Bluetooth › Tandrel"},
+        {"unreadable", [](Findings& found) { found.readError = "install tesseract-ocr-eng"; },
+         "install tesseract-ocr-eng"},
+        {"locked", [](Findings& found) { found.snapshot.inputs.screenState = PhoneScreen::locked; },
+         "Unlock the iPhone. Your AI can't unlock it for you."},
+        {"no frame", [](Findings& found) { found.snapshot.inputs.screenReady = false; },
+         "Unlock the iPhone."},
+        {"not trusted",
+         [](Findings& found) {
+             found.snapshot.inputs.usbPhone = false;
+             found.snapshot.inputs.usbPlugged = true;
+         },
+         "Unlock it, and tap Trust if it asks."},
+        {"no cable", [](Findings& found) { found.snapshot.inputs.usbPlugged = false; },
+         "Plug the iPhone into this computer, or choose AirPlay: `tandrel-app --set link "
+         "airplay`."},
+        {"no mirroring",
+         [](Findings& found) { found.snapshot.inputs.linkChoice = LinkChoice::airplay; },
+         "On the iPhone: Control Center › Screen Mirroring › Desk"},
+        {"Bluetooth off", [](Findings& found) { found.snapshot.inputs.bluetoothReady = false; },
+         "Turn Bluetooth on."},
+        {"another engine", [](Findings& found) { found.engineApp = "PocketLink"; },
+         "Quit PocketLink, then start Tandrel."},
+        {"no engine", [](Findings& found) { found.engineApp.clear(); },
+         "Start Tandrel: run `tandrel-app` and leave it running."},
+    };
+    Findings found = healthy();
+    EXPECT_TRUE(diagnose(found).ready);
+    EXPECT_EQ(diagnose(found).next, "");
+    for (const Row& row : rows) {
+        row.change(found);
+        EXPECT_FALSE(diagnose(found).ready) << row.name;
+        EXPECT_EQ(diagnose(found).next, row.next) << row.name;
+    }
+}
+
+TEST(Doctor, AnAppThatCouldBeAddedIsTheNextStepWhenAllElseIsInOrder) {
+    struct Row {
+        AIAppStatus app;
+        const char* words;
+        const char* next;
+    };
+    const Row rows[] = {
+        {{.app = AIApp::codex, .toPaste = "[x]"}, "not on this computer", ""},
+        {{.app = AIApp::codex, .installed = true, .link = Link::addedHere, .toPaste = ""},
+         "uses this copy of Tandrel",
+         ""},
+        {{.app = AIApp::codex, .installed = true, .toPaste = "[x]"},
+         "doesn't know Tandrel yet",
+         "Codex doesn't know Tandrel yet; add it in the setup, or by hand:\n[x]"},
+        {{.app = AIApp::codex, .link = Link::addedElsewhere, .toPaste = "[x]"},
+         "still points to an older copy of Tandrel",
+         "Codex still points to an older copy of Tandrel; add it in the setup, or by hand:\n[x]"},
+    };
+    for (const Row& row : rows) {
+        Findings found = healthy();
+        found.snapshot.aiApps = {row.app};
+        const Diagnosis diagnosis = diagnose(found);
+        EXPECT_TRUE(diagnosis.ready) << row.words;
+        EXPECT_EQ(diagnosis.conditions.back().words, row.words);
+        EXPECT_EQ(diagnosis.next, row.next) << row.words;
+        EXPECT_EQ(diagnosis.json()["conditions"].back()["name"], "Codex");
+    }
+}
+
+}  // namespace
+}  // namespace tandrel

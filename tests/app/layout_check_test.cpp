@@ -1,0 +1,104 @@
+#include "app/layout_check.h"
+
+#include <QApplication>
+#include <QLabel>
+#include <QPushButton>
+#include <QVBoxLayout>
+
+#include <gmock/gmock.h>
+
+#include "app/brand.h"
+#include "app/wrapped_label.h"
+
+namespace tandrel {
+namespace {
+
+using testing::IsEmpty;
+using testing::SizeIs;
+
+// Windows without a display.
+class LayoutCheck : public testing::Test {
+ protected:
+    static void SetUpTestSuite() {
+        if (qApp != nullptr) return;
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+        static int count = 1;
+        static char name[] = "test";
+        static char* arguments[] = {name, nullptr};
+        static QApplication application(count, arguments);
+    }
+
+    LayoutCheck() {
+        window.setFixedSize(300, 200);
+        Brand::dress(window, ColorScheme::light, "QWidget { background: #ffffff; }");
+    }
+
+    QLabel& label(const QString& text, const QRect& place) {
+        QLabel* made = makeWrappedLabel("", text);
+        made->setParent(&window);
+        made->setGeometry(place);
+        return *made;
+    }
+    QImage shown() {
+        window.show();
+        return window.grab().toImage();
+    }
+
+    QWidget window;
+};
+
+TEST_F(LayoutCheck, FindsWhatIsClippedOutsideOrOnTopOfAnother) {
+    struct Row {
+        const char* name;
+        std::vector<QRect> places;
+        int faults;
+    };
+    const Row rows[] = {
+        {"side by side", {{0, 0, 150, 60}, {150, 0, 150, 60}}, 0},
+        {"too low for its text", {{0, 0, 150, 10}}, 1},
+        {"too narrow for a word", {{0, 0, 12, 190}}, 1},
+        {"reaches beyond the window", {{200, 0, 150, 60}}, 1},
+        {"overlap", {{0, 0, 150, 60}, {140, 20, 150, 60}}, 1},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        qDeleteAll(window.findChildren<QLabel*>());
+        for (const QRect& place : row.places) label("Two words", place);
+        shown();
+        EXPECT_THAT(layoutFaults(window), SizeIs(row.faults))
+            << layoutFaults(window).join("; ").toStdString();
+    }
+}
+
+TEST_F(LayoutCheck, FindsTextThatIsHardToRead) {
+    label("Black on white", {0, 0, 300, 60});
+    EXPECT_THAT(contrastFaults(window, shown()), IsEmpty());
+    QLabel& pale = label("Grey on white", {0, 60, 300, 60});
+    pale.setStyleSheet("color: #8a8a8a;");
+    pale.show();
+    EXPECT_THAT(contrastFaults(window, shown()), SizeIs(1));
+}
+
+TEST_F(LayoutCheck, LetsWordsBreakThatAreLongerThanALine) {
+    label(QString(400, 'W'), {0, 0, 300, 190});
+    shown();
+    const QStringList faults = layoutFaults(window);
+    ASSERT_THAT(faults, SizeIs(1)) << "too low, but not too wide";
+    EXPECT_LE(window.findChild<QLabel*>()->minimumSizeHint().width(), 300);
+}
+
+TEST(Brand, EveryTextStandsOutFromItsGround) {
+    EXPECT_NEAR(Brand::contrast(Qt::black, Qt::white), 21, 0.001);
+    EXPECT_NEAR(Brand::contrast(QColor("#767676"), Qt::white), 4.54, 0.01);
+    for (const ColorScheme appearance : {ColorScheme::light, ColorScheme::dark}) {
+        for (const auto& [text, ground] : Brand::pairs()) {
+            EXPECT_GE(
+                Brand::contrast(Brand::color(text, appearance), Brand::color(ground, appearance)),
+                4.5)
+                << text << " on " << ground << " " << static_cast<int>(appearance);
+        }
+    }
+}
+
+}  // namespace
+}  // namespace tandrel

@@ -1,0 +1,78 @@
+#include "app/screenshots.h"
+
+#include <filesystem>
+
+#include <gmock/gmock.h>
+
+#include "app/running_program.h"
+
+namespace tandrel {
+namespace {
+
+using testing::ContainsRegex;
+using testing::HasSubstr;
+using testing::Not;
+
+class Render : public testing::TestWithParam<std::vector<std::string>> {};
+
+// Nothing clipped, nothing overlapping and every text readable, in light and dark and with the text
+// twice as large: the renderer looks each picture over and names what it finds.
+TEST_P(Render, DrawsEveryWindowWithoutAFault) {
+    const TemporaryFolder home;
+    const auto folder = home.path() / "new/pictures";
+    std::vector<std::string> words = {RunningProgram::kPath, "--render-steps", folder.string()};
+    words.insert(words.end(), GetParam().begin(), GetParam().end());
+    const ProgramResult result = runProgramToEnd(words, plainEnvironment(home.path()));
+    EXPECT_EQ(result.status, 0);
+    EXPECT_THAT(result.output, Not(HasSubstr("fault:")));
+    EXPECT_THAT(result.output, ContainsRegex("[3-9][0-9] pictures, 0 faults\n$"));
+    for (const char* name : {"setup-1-bluetooth-open", "setup-6-test-done", "menu-ready",
+                             "notice-locked", "approval-panel", "approvals", "tray-icons"}) {
+        EXPECT_GT(std::filesystem::file_size(folder / (std::string(name) + ".png")), 500) << name;
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Looks, Render,
+                         testing::Values(std::vector<std::string>{},
+                                         std::vector<std::string>{"--dark"},
+                                         std::vector<std::string>{"--scale", "2"},
+                                         std::vector<std::string>{"--dark", "--scale", "2"}));
+
+TEST(Screenshots, TakesAFolderAndItsTwoOptions) {
+    struct Row {
+        std::vector<std::string> arguments;
+        bool ok;
+    };
+    const Row rows[] = {
+        {{"dir"}, true},
+        {{"--dark", "dir", "--scale", "1.5"}, true},
+        {{}, false},
+        {{""}, false},
+        {{"--dark"}, false},
+        {{"dir", "more"}, false},
+        {{"dir", "--scale"}, false},
+        {{"dir", "--scale", "0.5"}, false},
+        {{"dir", "--scale", "4"}, false},
+        {{"dir", "--scale", "2x"}, false},
+        {{"dir", "--bright"}, false},
+    };
+    for (const Row& row : rows) {
+        EXPECT_EQ(Screenshots::parse(row.arguments).has_value(), row.ok)
+            << testing::PrintToString(row.arguments);
+    }
+    const auto options = Screenshots::parse({"--dark", "dir", "--scale", "1.5"}).value();
+    EXPECT_EQ(options.folder, "dir");
+    EXPECT_EQ(options.appearance, ColorScheme::dark);
+    EXPECT_EQ(options.textScale, 1.5);
+}
+
+TEST(Screenshots, SaysWhyThereAreNoPictures) {
+    const TemporaryFolder home;
+    const auto result = runProgramToEnd({RunningProgram::kPath, "--render-steps", "/dev/null/x"},
+                                        plainEnvironment(home.path()));
+    EXPECT_EQ(result.status, 1);
+    EXPECT_THAT(result.output, HasSubstr("can't make /dev/null/x: "));
+}
+
+}  // namespace
+}  // namespace tandrel

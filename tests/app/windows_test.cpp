@@ -1,0 +1,169 @@
+#include <csignal>
+#include <thread>
+
+#include <gmock/gmock.h>
+#include <netinet/in.h>
+#include <sys/socket.h>
+
+#include "app/running_program.h"
+#include "app/x_display.h"
+#include "base/file.h"
+#include "base/file_descriptor.h"
+#include "base/json.h"
+
+namespace tandrel {
+namespace {
+
+using Key = XDisplay::Key;
+using testing::HasSubstr;
+using namespace std::chrono_literals;
+
+constexpr const char* kSetup = "Tandrel Setup";
+
+// A port of the loopback interface that nobody has.
+std::string freePort() {
+    const FileDescriptor socket(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0));
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    socklen_t length = sizeof address;
+    EXPECT_EQ(::bind(socket.get(), reinterpret_cast<sockaddr*>(&address), length), 0);
+    ::getsockname(socket.get(), reinterpret_cast<sockaddr*>(&address), &length);
+    return std::to_string(ntohs(address.sin_port));
+}
+
+// The application on a display of its own that has no tray, with the virtual phone.
+class Windows : public testing::Test {
+ protected:
+    void SetUp() override {
+        display = XDisplay::open();
+        if (!display) GTEST_SKIP() << "Xvfb is not installed";
+        environment = {{"DISPLAY", display->name()}, {"TANDREL_VIRTUAL_PHONE", "1"}};
+    }
+
+    void start() {
+        program = std::make_unique<RunningProgram>(environment, std::vector<std::string>{}, home);
+        program->awaitMatched();
+    }
+
+    void keepSetting(const std::string& json) {
+        std::filesystem::create_directories(settingsFile().parent_path());
+        ASSERT_TRUE(replaceFile(settingsFile(), json));
+    }
+    std::filesystem::path settingsFile() const {
+        return home->path() / ".config/tandrel/settings.json";
+    }
+    Json setting(const std::string& key) const {
+        const auto text = readFile(settingsFile(), 1 << 20);
+        const auto json = text ? parseJson(*text) : Result<Json>(Json::object());
+        return json && json->contains(key) ? (*json)[key] : Json();
+    }
+
+    // Waits until there is such a window, at most as long as a slow machine needs.
+    XDisplay::Window await(const std::string& title) {
+        std::optional<XDisplay::Window> window;
+        EXPECT_TRUE(waitUntil([&] { return (window = display->find(title)).has_value(); }))
+            << title;
+        if (window) display->focus(*window);
+        return window.value_or(XDisplay::Window{});
+    }
+    bool awaitGone(const std::string& title) {
+        return waitUntil([&] { return !display->find(title); });
+    }
+    static bool waitUntil(const std::function<bool()>& holds,
+                          std::chrono::milliseconds most = 60s) {
+        const auto deadline = std::chrono::steady_clock::now() + most;
+        while (!holds()) {
+            if (std::chrono::steady_clock::now() > deadline) return false;
+            std::this_thread::yield();
+        }
+        return true;
+    }
+    bool awaitSetting(const std::string& key, const Json& value) {
+        return waitUntil([&] { return setting(key) == value; });
+    }
+
+    // The button that goes on, at the lower right.
+    void clickNext(const XDisplay::Window& setup) {
+        display->click(setup.x + setup.width - 60, setup.y + setup.height - 38);
+    }
+    // Opens the menu at the lower left, where it is once no tray has been found, and walks down to
+    // the entry of that number.
+    enum Entry { pause = 2, askBeforePayments = 3 };
+    void chooseFromMenu(const XDisplay::Window& setup, Entry entry) {
+        ASSERT_TRUE(waitUntil([&] {
+            display->click(setup.x + 60, setup.y + setup.height - 32);
+            return waitUntil([this] { return display->hasPopup(); }, 500ms);
+        }));
+        for (int i = 0; i < entry; ++i) display->press(Key::down);
+        display->press(Key::enter);
+        ASSERT_TRUE(waitUntil([this] { return !display->hasPopup(); }));
+    }
+
+    std::unique_ptr<XDisplay> display;
+    ChildProgram::Environment environment;
+    const std::shared_ptr<TemporaryFolder> home = std::make_shared<TemporaryFolder>();
+    std::unique_ptr<RunningProgram> program;
+};
+
+TEST_F(Windows, SetupLeadsToItsEndAndIsRememberedAsDone) {
+    start();
+    const XDisplay::Window setup = await(kSetup);
+    EXPECT_EQ(setting("setupDone"), Json());
+    ASSERT_TRUE(waitUntil([&] {
+        clickNext(setup);
+        return setting("setupDone") == Json(true);
+    }));
+    EXPECT_TRUE(awaitGone(kSetup));
+    EXPECT_EQ(program->get("/status").status, 200) << "closing the window ends nothing";
+}
+
+TEST_F(Windows, WithoutATrayTheWindowOpensThoughSetupIsDone) {
+    keepSetting(R"({"setupDone": true})");
+    start();
+    await(kSetup);
+}
+
+TEST_F(Windows, ASecondStartOpensTheWindowOfTheFirst) {
+    environment["TANDREL_ENGINE_PORT"] = freePort();
+    start();
+    display->close(await(kSetup));
+    ASSERT_TRUE(awaitGone(kSetup));
+    const auto second =
+        runProgramToEnd({RunningProgram::kPath}, plainEnvironment(home->path(), environment));
+    EXPECT_EQ(second.status, 0);
+    EXPECT_THAT(second.output, HasSubstr("Tandrel is already running; its window has been opened."));
+    await(kSetup);
+}
+
+TEST_F(Windows, TheMenuPausesAndResumesControl) {
+    start();
+    const XDisplay::Window setup = await(kSetup);
+    chooseFromMenu(setup, pause);
+    EXPECT_TRUE(awaitSetting("paused", true));
+    EXPECT_EQ(program->post("/home", Json::object()).status, 423);
+    chooseFromMenu(setup, pause);
+    EXPECT_TRUE(awaitSetting("paused", false));
+}
+
+TEST_F(Windows, QuestionsBeforePaymentsStopOnlyOnASecondYes) {
+    start();
+    const XDisplay::Window setup = await(kSetup);
+    for (const Key answer : {Key::escape, Key::enter}) {
+        chooseFromMenu(setup, askBeforePayments);
+        await("Tandrel");
+        display->press(answer);
+        ASSERT_TRUE(awaitGone("Tandrel"));
+        EXPECT_EQ(setting("askBeforePayments"), Json()) << "neither key says yes";
+    }
+    chooseFromMenu(setup, askBeforePayments);
+    await("Tandrel");
+    display->press(Key::tab);
+    display->press(Key::space);
+    EXPECT_TRUE(awaitSetting("askBeforePayments", false));
+    chooseFromMenu(setup, askBeforePayments);
+    EXPECT_TRUE(awaitSetting("askBeforePayments", true)) << "back on without a question";
+}
+
+}  // namespace
+}  // namespace tandrel

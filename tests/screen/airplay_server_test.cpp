@@ -1,0 +1,256 @@
+#include "screen/airplay_server.h"
+
+#include <future>
+
+#include <gtest/gtest.h>
+
+#include "http/client.h"
+#include "image/image_reader.h"
+#include "image/pictures.h"
+#include "screen/airplay_http.h"
+#include "screen/fake_windows.h"
+#include "screen/window_search.h"
+#include "support/manual_clock.h"
+
+namespace tandrel {
+namespace {
+
+using namespace std::chrono_literals;
+using pictures::Colour;
+
+class SizeReader final : public TextRecognizer {
+ public:
+    Result<ReadText> read(const PixelBuffer& image) override {
+        if (refuses) return fail("no language data");
+        return ReadText{{{"seen", 1, 0, 0, double(image.width()), double(image.height())}}, {}};
+    }
+    bool refuses = false;
+};
+
+class FakeReceiver final : public AirPlayReceiver {
+ public:
+    void start() override { ++starts; }
+    void stop() override {}
+    ReceiverStatus status() override { return now; }
+    std::optional<bool> isOn() override { return std::nullopt; }
+    int starts = 0;
+    ReceiverStatus now;
+};
+
+// A phone's screen of 603 x 1311 in a black window of 800 x 1400.
+PixelBuffer phoneInAWindow() {
+    return pictures::drawn(800, 1400, [](int x, int y) {
+        const bool screen = x >= 90 && x < 693 && y >= 40 && y < 1351;
+        return screen ? Colour{40, 80, 120} : pictures::kBlack;
+    });
+}
+
+class AirPlayServerTest : public testing::Test {
+ protected:
+    void mirror() {
+        windows.show(FakeWindows::receiver());
+        windows.drawAtOpen(phoneInAWindow());
+    }
+    HTTPResponse ask(const std::string& path, std::map<std::string, std::string> query = {}) {
+        HTTPRequest request;
+        request.path = path;
+        request.query = std::move(query);
+        return server.handle(request);
+    }
+    Json json(const std::string& path, std::map<std::string, std::string> query = {}) {
+        return *parseJson(toText(ask(path, std::move(query)).body));
+    }
+    std::string errorOf(const std::string& path, std::map<std::string, std::string> query = {}) {
+        return json(path, std::move(query))["error"].get<std::string>();
+    }
+    Size imageSize(std::map<std::string, std::string> query, const std::string& path) {
+        const auto image = decodeImage(ask(path, std::move(query)).body);
+        return image ? Size{image->width(), image->height()} : Size{};
+    }
+
+    ManualClock clock{ManualClock::Sleep::passes};
+    FakeWindows windows;
+    FakeReceiver receiver;
+    SizeReader reader;
+    AirPlayServer server{{.windows = windows,
+                          .receiver = &receiver,
+                          .recognizer = reader,
+                          .clock = clock,
+                          .mayRecord = [] { return true; },
+                          .app = "tandrel-mirror",
+                          .version = "1.2"},
+                         std::nullopt};
+};
+
+TEST_F(AirPlayServerTest, WithoutAWindowEachPictureRequestSaysWhatToDo) {
+    for (const char* path : {"/frame.png", "/frame.jpg", "/wait", "/changes"}) {
+        const HTTPResponse reply = ask(path);
+        EXPECT_EQ(reply.status, 503) << path;
+        EXPECT_EQ(*parseJson(toText(reply.body)),
+                  Json({{"ok", false}, {"error", kNoMirroringWindow}}));
+    }
+    EXPECT_EQ(ask("/tap").status, 404);
+}
+
+TEST_F(AirPlayServerTest, StatusTellsWhatItSeesWithoutStartingACapture) {
+    Json status = json("/status");
+    EXPECT_EQ(status["app"], "tandrel-mirror");
+    EXPECT_EQ(status["version"], "1.2");
+    EXPECT_EQ(status["permission"], true);
+    EXPECT_EQ(status["candidates"], Json::array());
+    EXPECT_EQ(status["error"], kNoMirroringWindow);
+    EXPECT_EQ(status["receiver"]["state"], "off");
+    mirror();
+    status = json("/status");
+    EXPECT_EQ(status["candidates"][0]["score"], 110);
+    EXPECT_FALSE(status.contains("window"));
+    EXPECT_EQ(windows.opened(), 0);
+    ASSERT_EQ(ask("/frame.png").status, 200);
+    clock.advance(1500ms);
+    status = json("/status");
+    EXPECT_EQ(status["window"]["id"], 7);
+    EXPECT_EQ(status["frame"], Json({{"w", 800}, {"h", 1400}}));
+    EXPECT_EQ(status["content"]["w"], 603);
+    EXPECT_EQ(status["age_ms"], 1500);
+    EXPECT_EQ(status["frames"], 1);
+    EXPECT_FALSE(status.contains("error"));
+}
+
+TEST_F(AirPlayServerTest, FramesAreCutScaledAndEncodedAsAsked) {
+    mirror();
+    const struct {
+        const char* path;
+        std::map<std::string, std::string> query;
+        const char* type;
+        Size size;
+    } rows[] = {
+        {"/frame.png", {}, "image/png", {603, 1311}},
+        {"/frame.jpg", {}, "image/jpeg", {603, 1311}},
+        {"/frame.png", {{"format", "jpg"}}, "image/jpeg", {603, 1311}},
+        {"/frame.jpg", {{"format", "png"}}, "image/png", {603, 1311}},
+        {"/frame.png", {{"maxEdge", "900"}}, "image/png", {414, 900}},
+        {"/frame.png", {{"maxEdge", "2600"}}, "image/png", {603, 1311}},
+        {"/frame.png", {{"crop", "off"}}, "image/png", {800, 1400}},
+        {"/frame.png", {{"crop", "0"}, {"maxEdge", "700"}}, "image/png", {400, 700}},
+        {"/frame.png", {{"crop", "1"}}, "image/png", {603, 1311}},
+    };
+    for (const auto& row : rows) {
+        const HTTPResponse reply = ask(row.path, row.query);
+        EXPECT_EQ(reply.contentType, row.type);
+        EXPECT_EQ(imageSize(row.query, row.path), row.size) << row.path;
+    }
+    EXPECT_EQ(windows.opened(), 1) << "one capture serves all requests";
+    for (const char* edge : {"0", "-5", "9x", "1e3", "99999999999"}) {
+        EXPECT_EQ(ask("/frame.png", {{"maxEdge", edge}}).status, 400) << edge;
+    }
+}
+
+TEST_F(AirPlayServerTest, AFullFrameIsSentWithoutACopyOfIt) {
+    mirror();
+    const auto copies = PixelBuffer::copiesMade();
+    ask("/frame.png", {{"crop", "off"}});
+    ask("/frame.png");
+    EXPECT_EQ(PixelBuffer::copiesMade(), copies);
+}
+
+TEST_F(AirPlayServerTest, FrameWithTextIsJson) {
+    mirror();
+    const Json reply = json("/frame.png", {{"ocr", "1"}, {"maxEdge", "900"}});
+    EXPECT_EQ(reply["ok"], true);
+    EXPECT_EQ(reply["mimeType"], "image/png");
+    EXPECT_EQ(reply["ocr"][0]["h"], 900) << "text is given in pixels of the picture that is sent";
+    EXPECT_TRUE(reply["data"].get<std::string>().starts_with("iVBORw0KGgo"));
+    reader.refuses = true;
+    EXPECT_EQ(errorOf("/frame.png", {{"ocr", "1"}}), "no language data");
+}
+
+TEST_F(AirPlayServerTest, WaitKeepsItsTimes) {
+    mirror();
+    const Json still = json("/wait");
+    EXPECT_EQ(still["ok"], true);
+    EXPECT_EQ(still["settled"], true);
+    EXPECT_EQ(still["changes"], 0);
+    EXPECT_GE(still["waited_ms"], 900);
+    EXPECT_LE(still["waited_ms"], 915);
+}
+
+TEST_F(AirPlayServerTest, ChangesAreThoseSince) {
+    mirror();
+    ask("/frame.png");
+    clock.advance(10s);
+    windows.draw(7, pictures::plain(800, 1400, {200, 200, 200}));
+    const Json all = json("/changes");
+    ASSERT_EQ(all["changes"].size(), 1U);
+    const double time = all["changes"][0].get<double>();
+    EXPECT_EQ(json("/changes", {{"since", std::to_string(time - 1)}})["changes"].size(), 1U);
+    EXPECT_EQ(json("/changes", {{"since", std::to_string(time + 1e9)}})["changes"], Json::array());
+}
+
+TEST_F(AirPlayServerTest, ACaptureThatEndedIsMadeAnew) {
+    mirror();
+    EXPECT_EQ(ask("/frame.png").status, 200);
+    windows.close(7);
+    EXPECT_EQ(errorOf("/frame.png"), kNoMirroringWindow);
+    windows.show(FakeWindows::receiver(8));
+    EXPECT_EQ(ask("/frame.png").status, 200);
+    EXPECT_EQ(json("/status")["window"]["id"], 8);
+    server.reset();
+    EXPECT_FALSE(server.current());
+    EXPECT_EQ(ask("/frame.png").status, 200);
+    EXPECT_EQ(windows.opened(), 3);
+}
+
+TEST_F(AirPlayServerTest, AMinimisedWindowIsSaidInsteadOfAnOldPicture) {
+    mirror();
+    ask("/frame.png");
+    windows.hide(7, "the window is minimised");
+    EXPECT_EQ(errorOf("/frame.png"), "the window is minimised");
+    EXPECT_EQ(errorOf("/status"), "the window is minimised");
+}
+
+TEST_F(AirPlayServerTest, KeepAliveStartsTheReceiverWhereNoWindowIsTrusted) {
+    server.keepAlive();
+    EXPECT_EQ(receiver.starts, 1);
+    WinInfo page = FakeWindows::receiver(3);
+    page.owner = "Browser";
+    page.title = "iPhone review";
+    windows.show(page);
+    server.keepAlive();
+    EXPECT_EQ(receiver.starts, 2);
+    EXPECT_EQ(server.current()->info().id, 3U);
+    mirror();
+    server.keepAlive();
+    EXPECT_EQ(receiver.starts, 2);
+    EXPECT_EQ(server.current()->info().id, 7U) << "the likelier window takes its place";
+    server.keepAlive();
+    EXPECT_EQ(windows.opened(), 2);
+}
+
+TEST_F(AirPlayServerTest, TheReceiversTroubleIsTheReason) {
+    receiver.now = {ReceiverStatus::State::missing, "Desk", "uxplay is not installed"};
+    EXPECT_EQ(errorOf("/frame.png"), "uxplay is not installed");
+    EXPECT_EQ(json("/status")["receiver"],
+              Json({{"state", "missing"}, {"name", "Desk"}, {"error", "uxplay is not installed"}}));
+    receiver.now = {ReceiverStatus::State::waiting, "Desk", ""};
+    EXPECT_EQ(errorOf("/frame.png"),
+              "no iPhone is mirroring its screen: on the iPhone open Control Center › Screen "
+              "Mirroring › Desk");
+}
+
+TEST_F(AirPlayServerTest, IsServedOverHttpInItsOwnForm) {
+    mirror();
+    const auto http =
+        serveHTTP(0, [this](const HTTPRequest& request) { return server.handle(request); });
+    ASSERT_TRUE(http);
+    const LoopbackUrl url = LoopbackUrl::ofPort((*http)->port());
+    const auto picture = httpGet(url, "/frame.png?maxEdge=90");
+    EXPECT_EQ(picture->status, 200);
+    EXPECT_EQ(decodeImage(picture->body)->height(), 90);
+    const auto taken =
+        serveHTTP((*http)->port(), [](const HTTPRequest&) { return HTTPResponse(); });
+    EXPECT_EQ(taken.error().message,
+              "cannot listen on 127.0.0.1:" + std::to_string((*http)->port()));
+}
+
+}  // namespace
+}  // namespace tandrel
