@@ -85,6 +85,11 @@ TEST_F(Modes, PrintWhatTheTableSaysAndEnd) {
          0,
          AllOf(Not(HasSubstr("FAIL")), HasSubstr("guard: known_limits.json"),
                ContainsRegex("\n[0-9]+ passed, 0 failed\n$"))},
+        {{"--guard-rules"}, 0, AllOf(HasSubstr("pay-words\n"), HasSubstr("\n  leaves   "))},
+        {{"--guard-rules", "--json"}, 0, StartsWith("{\"rules\":[{")},
+        {{"--guard-report"}, 1, StartsWith("usage: ")},
+        {{"--guard-report", "/no/such.json"}, 1, StartsWith("can't read /no/such.json: ")},
+        {{"--guard-report", cases}, 0, StartsWith("27 cases, 0 of them read from a picture\n")},
         {{"--render-steps", "/tmp"}, 0, "nothing to render yet\n"},
         {{"--approvals"}, 0, "No payment has been asked about yet.\n"},
         {{"--approvals", "--json"}, 0, "{\"approvals\":[],\"unreadable\":0}\n"},
@@ -125,8 +130,9 @@ TEST_F(Modes, SetChangesASettingOrSaysHow) {
     }
     EXPECT_EQ(run({"--set", "paused", "true"}).output, "paused = true\n");
     EXPECT_EQ(run({"--set", "link", "airplay"}).output, "link = airplay\n");
+    EXPECT_EQ(run({"--set", "askWhenUnsure", "false"}).output, "askWhenUnsure = false\n");
     const Json kept = Json::parse(readText(settings));
-    EXPECT_EQ(kept, Json({{"paused", true}, {"link", "airplay"}}));
+    EXPECT_EQ(kept, Json({{"askWhenUnsure", false}, {"paused", true}, {"link", "airplay"}}));
     EXPECT_EQ(run({"--set", "paused", "true"}, {{"HOME", "/proc"}}).status, 1)
         << "a setting that cannot be kept is not reported as kept";
 }
