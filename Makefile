@@ -24,7 +24,7 @@ CTEST = mkdir -p $(1)/home && $(PLAIN) $(2) ctest --test-dir $(1) --output-on-fa
 .NOTPARALLEL:
 
 .PHONY: build run test test-asan test-tsan check format check-format check-house check-man analyze \
-        bench bench-text fuzz soak stats install uninstall clean help
+        bench bench-text guard-report fuzz soak stats install uninstall clean help
 
 build: ## build both programs into build/bin/
 	@scripts/install-packages.sh build
@@ -81,6 +81,9 @@ bench: ## run every benchmark (BENCH=name picks one room's)
 	@ninja -C build-bench
 	@scripts/bench.sh build-bench/bin "$(BENCH)"
 
+guard-report: build ## how well payments are told from harmless taps (TANDREL_SCREENS as for bench-text)
+	@scripts/guard-report.sh $(BUILD)/bin/tandrel-app
+
 bench-text: ## how right and how fast frames are read (TANDREL_SCREENS names real screenshots)
 	@scripts/install-packages.sh bench
 	@scripts/configure.sh build-bench -DTANDREL_BENCH=ON -DTANDREL_TESTS=OFF
@@ -121,4 +124,4 @@ clean: ## remove every build folder
 
 help: ## print this list
 	@sed -n 's/^\([a-z-]*\):.*## \(.*\)/\1|\2/p' $(MAKEFILE_LIST) | \
-	    while IFS='|' read -r name text; do printf '  make %-10s %s\n' "$$name" "$$text"; done
+	    while IFS='|' read -r name text; do printf '  make %-13s %s\n' "$$name" "$$text"; done

@@ -57,6 +57,22 @@ void assess(benchmark::State& state, const GateFrame& frame) {
 BENCHMARK_CAPTURE(assess, order_of_60_lines, order())->Unit(benchmark::kMillisecond);
 BENCHMARK_CAPTURE(assess, article_of_60_lines, article())->Unit(benchmark::kMillisecond);
 
+// A harmless tap costs both layers, as each rule has its look.
+void bothLayers(benchmark::State& state, const GateFrame& frame, std::size_t line) {
+    const PaymentGuard::WiderGuard wider;
+    const auto& target = frame.lines[line];
+    const PaymentGuard::Action action{.x = (target.x + 5) / kFrame.width,
+                                      .y = (target.y + 5) / kFrame.height};
+    for (auto _ : state) {
+        if (PaymentGuard::assess(frame.lines, frame.size, action) ||
+            wider.assess(frame.lines, frame.size, action)) {
+            state.SkipWithError("a harmless tap is asked about");
+        }
+    }
+}
+BENCHMARK_CAPTURE(bothLayers, order_of_60_lines, order(), 6)->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(bothLayers, article_of_60_lines, article(), 30)->Unit(benchmark::kMillisecond);
+
 void details(benchmark::State& state, const GateFrame& frame) {
     const auto texts = frame.texts();
     for (auto _ : state) benchmark::DoNotOptimize(PaymentGuard::details(texts));

@@ -1,11 +1,13 @@
 #include "aiconnect/toml_reading.h"
 
 #include <algorithm>
+#include <charconv>
 #include <string>
 #include <vector>
 
 // Values nest no deeper than this; the library's own limit is meant for a larger stack.
 #define TOML_MAX_NESTED_VALUES 32
+#include <fmt/format.h>
 #include <toml++/toml.h>
 
 #include "base/unicode.h"
@@ -15,6 +17,7 @@ namespace {
 
 constexpr std::string_view kServers = "mcp_servers";
 constexpr std::string_view kEntry = "tandrel";
+constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 
 // Each dot of a key opens a table inside a table, and those are compared and destroyed recursively.
 // Dots in texts nest nothing, but telling them apart is the parser's work, and a line with this
@@ -33,7 +36,7 @@ bool isShallow(std::string_view text) {
     return true;
 }
 
-// Nothing that is no text reaches the library: some of it ends the process instead of the parse.
+// Nothing that is no text reaches the library.
 bool isText(std::string_view text) {
     const bool plain = std::ranges::all_of(text, [](char c) {
         const auto byte = static_cast<unsigned char>(c);
@@ -42,12 +45,44 @@ bool isText(std::string_view text) {
     return plain && isUtf8(text);
 }
 
+// The library takes some letters beyond ASCII for what cannot be and then does anything at all. So
+// it gets each of their bytes, and the percent sign itself, as %XX: that may stand wherever they
+// may, in texts and comments, and nowhere else.
+std::string asciiForm(std::string_view text) {
+    std::string ascii;
+    ascii.reserve(text.size());
+    for (const char c : text) {
+        const auto byte = static_cast<unsigned char>(c);
+        if (byte < 0x80 && c != '%') {
+            ascii += c;
+        } else {
+            ascii += fmt::format("%{:02X}", byte);
+        }
+    }
+    return ascii;
+}
+
+std::string fromAsciiForm(std::string_view ascii) {
+    std::string text;
+    for (std::size_t i = 0; i < ascii.size(); ++i) {
+        unsigned byte = 0;
+        const char* digits = ascii.data() + i + 1;
+        const bool isCoded = ascii[i] == '%' && i + 2 < ascii.size() &&
+                             std::from_chars(digits, digits + 2, byte, 16).ptr == digits + 2;
+        text += isCoded ? static_cast<char>(byte) : ascii[i];
+        if (isCoded) i += 2;
+    }
+    return text;
+}
+
+// Texts and keys of the table are in their ASCII form.
 Result<toml::table> parseToml(std::string_view text) {
     if (text.size() > kLargestToml) return fail("it is too large");
+    if (text.starts_with(kByteOrderMark)) text.remove_prefix(kByteOrderMark.size());
     if (!isText(text)) return fail("it is not text");
     if (!isShallow(text)) return fail("its keys nest too deeply");
     try {
-        return toml::parse(text);
+        return toml::parse(asciiForm(text));
     } catch (const toml::parse_error& error) {
         return fail(std::string(error.description()));
     } catch (const std::exception& error) {
@@ -64,8 +99,9 @@ bool isEntryFor(const toml::node* node, std::string_view command) {
     const toml::table* entry = node == nullptr ? nullptr : node->as_table();
     if (entry == nullptr || entry->size() != 2) return false;
     const toml::array* arguments = (*entry)["args"].as_array();
-    return (*entry)["command"].value<std::string_view>() == command && arguments != nullptr &&
-           arguments->size() == 1 && arguments->get(0)->value<std::string_view>() == "mcp";
+    return (*entry)["command"].value<std::string_view>() == asciiForm(command) &&
+           arguments != nullptr && arguments->size() == 1 &&
+           arguments->get(0)->value<std::string_view>() == "mcp";
 }
 
 // The file's tables without what an edit of ours may change.
@@ -90,7 +126,8 @@ std::optional<std::string> tomlTextOfLine(std::string_view line, std::string_vie
     if (line.find(key) == std::string_view::npos) return std::nullopt;
     const auto table = parseToml(line);
     if (!table) return std::nullopt;
-    return (*table)[key].value<std::string>();
+    const auto value = (*table)[key].value<std::string>();
+    return value ? std::optional(fromAsciiForm(*value)) : std::nullopt;
 }
 
 std::optional<std::string> tomlServerCommand(std::string_view text) {
@@ -99,7 +136,7 @@ std::optional<std::string> tomlServerCommand(std::string_view text) {
     if (entry == nullptr) return std::nullopt;
     const toml::table* table = entry->as_table();
     if (table == nullptr) return "";
-    return (*table)["command"].value<std::string>().value_or("");
+    return fromAsciiForm((*table)["command"].value<std::string>().value_or(""));
 }
 
 Result<void> checkTomlEdit(std::string_view before, std::string_view after,

@@ -92,7 +92,7 @@ constexpr const char* kRules = R"(
     QTableView::item { padding: 5px 8px; }
     QHeaderView, QHeaderView::section { background: @window; color: @secondary;
         border: none; font-weight: 600; }
-    QHeaderView::section { padding: 7px 9px; border-bottom: 1px solid @border; }
+    QHeaderView::section { padding: 7px 3px; border-bottom: 1px solid @border; }
     QMenu { background: @surface; border: 1px solid @border; padding: 6px; }
     QMenu::item { padding: 6px 26px 6px 34px; border-radius: 6px; color: @text; }
     QMenu::icon { left: 9px; }

@@ -5,6 +5,7 @@
 #include <fmt/format.h>
 
 #include "app/application.h"
+#include "app/drawn_cases.h"
 #include "app/mirror_tools.h"
 #include "app/owner_modes.h"
 #include "app/screenshots.h"
@@ -13,6 +14,8 @@
 #include "app/wiring.h"
 #include "payments/approvals.h"
 #include "payments/guard_check.h"
+#include "payments/guard_report.h"
+#include "payments/rules_listing.h"
 
 namespace tandrel {
 namespace {
@@ -26,6 +29,25 @@ int printVersion(const Arguments&) {
 
 int checkGuard(const Arguments& arguments) {
     return PaymentGuard::checkFixtures(arguments.size() > 1 ? arguments[1] : "");
+}
+
+int listRules(const Arguments& arguments) {
+    const bool json = arguments.size() > 1 && arguments[1] == "--json";
+    return PaymentGuard::printRules(json ? PaymentGuard::RulesFormat::json
+                                         : PaymentGuard::RulesFormat::table);
+}
+
+int reportGuard(const Arguments& arguments) {
+    if (arguments.size() < 2) {
+        fmt::print(stderr, "usage: tandrel-app --guard-report FILE...\n");
+        return 1;
+    }
+    const auto reader = DrawnCases::make();
+    if (!reader) {
+        fmt::print(stderr, "{}\n", reader.error().message);
+        return 1;
+    }
+    return PaymentGuard::reportCases({arguments.begin() + 1, arguments.end()}, **reader);
 }
 
 int selfTest(const Arguments&) { return runSelfTest(appInfo()); }
@@ -54,6 +76,8 @@ constexpr Mode kModes[] = {
     {"--connect",      "[APP]",          "add Tandrel to claude-code, claude-desktop or codex", runConnect},
     {"--phone-test",   "[DEVICE]",       "run a short, harmless test on the phone",            runPhoneTest},
     {"--guard-check",  "FILE",           "run the payment guard over a file of recorded cases", checkGuard},
+    {"--guard-report", "FILE...",        "judge files of cases and say what was right and wrong", reportGuard},
+    {"--guard-rules",  "[--json]",       "list the rules of the payment guard's second layer", listRules},
     {"--self-test",    "",               "run the fixtures that ship with the program",        selfTest},
     {"--render-steps", "DIR [--dark] [--scale N]", "draw every window into picture files",      renderSteps},
     {"--approvals",    "[--json]",       "list what the owner was asked and answered",         showApprovals},

@@ -45,4 +45,8 @@ ApprovalAnswer PanelAsker::ask(const ApprovalRequest& request, TimePoint deadlin
     return answer;
 }
 
+void PanelAsker::tell(const std::string& text) {
+    loop_.post([=, this] { notifications_.post("approvals-wait", "Tandrel", text); });
+}
+
 }  // namespace tandrel

@@ -24,6 +24,7 @@ class PanelAsker final : public Asker {
     // Any thread but the main one; blocks until the answer, the deadline or the withdrawal.
     ApprovalAnswer ask(const ApprovalRequest& request, TimePoint deadline,
                        std::stop_token withdrawn) override;
+    void tell(const std::string& text) override;
 
  private:
     MainLoop& loop_;

@@ -1,9 +1,11 @@
 #include "app/self_test.h"
 
 #include <fmt/format.h>
+#include <fmt/ranges.h>
 
 #include "hid/report_map.h"
 #include "payments/guard_check.h"
+#include "payments/rules_listing.h"
 #include "platform/virtual/scenario.h"
 
 namespace tandrel {
@@ -28,6 +30,14 @@ void checkGuard(const std::filesystem::path& share, Tally& tally) {
     }
 }
 
+void checkGuardRules(Tally& tally) {
+    for (const auto& rule : PaymentGuard::widerRules()) {
+        const auto faults = PaymentGuard::exampleFaults(rule);
+        tally.count(faults.empty(), fmt::format("payment guard's rule: {}", rule.name),
+                    fmt::format("{}", fmt::join(faults, "; ")));
+    }
+}
+
 void checkScenarios(const std::filesystem::path& share, Tally& tally) {
     std::error_code error;
     for (const auto& entry :
@@ -48,6 +58,7 @@ int runSelfTest(const AppInfo& info) {
     tally.count(info.version != "dev", "share/tandrel/info.json is installed");
     tally.count(HIDReportMap::descriptor.size() == 198, "report map is 198 bytes");
     checkGuard(share / "tandrel", tally);
+    checkGuardRules(tally);
     checkScenarios(share, tally);
     fmt::print("{} passed, {} failed\n", tally.passed, tally.failed);
     return tally.failed == 0 ? 0 : 1;

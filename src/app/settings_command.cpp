@@ -11,11 +11,10 @@ namespace {
 constexpr const char* kUsage =
     "usage: tandrel-app --set paused true|false\n"
     "       tandrel-app --set link cable|airplay\n"
-    "       tandrel-app --set askWhenUnsure true|false\n"
     "       tandrel-app --set languages LANGUAGES\n";
 
 Result<void> change(UserDefaults& defaults, const std::string& key, const std::string& value) {
-    if ((key == "paused" || key == "askWhenUnsure") && (value == "true" || value == "false")) {
+    if (key == "paused" && (value == "true" || value == "false")) {
         return defaults.set(key, value == "true");
     }
     if (key == "languages") {

@@ -11,11 +11,11 @@ TestPage::TestPage(ColorScheme appearance, WindowActions& actions)
     start_ = new QPushButton(tr("Test the iPhone"));
     QObject::connect(start_, &QPushButton::clicked, this, [&actions] { actions.startTest(); });
     rows().addWidget(start_, 0, Qt::AlignLeft);
+    message_ = makeWrappedLabel("heading", {});
+    rows().addWidget(message_);
     lineRows_ = new QVBoxLayout;
     lineRows_->setSpacing(8);
     rows().addLayout(lineRows_);
-    message_ = makeWrappedLabel("heading", {});
-    rows().addWidget(message_);
 }
 
 void TestPage::display(const SetupView& view) {

@@ -4,6 +4,7 @@
 #include <QHBoxLayout>
 #include <QScreen>
 #include <algorithm>
+#include <utility>
 
 #include "app/setup_apps_page.h"
 #include "app/setup_connection_pages.h"
@@ -140,6 +141,7 @@ void SetupWindow::goOn() {
 void SetupWindow::openStep(SetupStep step) {
     step_ = step;
     const int index = static_cast<int>(step);
+    pageList_[static_cast<std::size_t>(index)]->display(shown_);
     for (int i = 0; i < kSetupSteps; ++i) {
         stepButtons_[static_cast<std::size_t>(i)]->setChecked(i == index);
     }
@@ -149,14 +151,16 @@ void SetupWindow::openStep(SetupStep step) {
 }
 
 void SetupWindow::display(const SetupView& view) {
-    for (SetupPage* page : pageList_) page->display(view);
-    showMarks(view);
+    shown_ = view;
+    pageList_[static_cast<std::size_t>(step_)]->display(shown_);
+    showMarks(shown_);
 }
 
 void SetupWindow::showMarks(const SetupView& view) {
     for (int i = 0; i < kSetupSteps; ++i) {
         const auto step = static_cast<SetupStep>(i);
         const bool done = isDone(step, view);
+        if (std::exchange(doneShown_[static_cast<std::size_t>(i)], done) == done) continue;
         const Mark mark = done ? Mark::passed : Mark::none;
         QPushButton& button = *stepButtons_[static_cast<std::size_t>(i)];
         button.setIcon(markPixmap(mark, Brand::scaled(kMarkSize), markColor(mark, appearance_)));

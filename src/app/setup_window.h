@@ -4,7 +4,9 @@
 #include <QMenu>
 #include <QStackedWidget>
 #include <QWidget>
+#include <array>
 #include <functional>
+#include <optional>
 #include <vector>
 
 #include "app/setup_page.h"
@@ -42,6 +44,8 @@ class SetupWindow final : public QWidget {
     const ColorScheme appearance_;
     WindowActions& actions_;
     SetupStep step_ = SetupStep::bluetooth;
+    SetupView shown_;
+    std::array<std::optional<bool>, kSetupSteps> doneShown_;
     std::vector<QPushButton*> stepButtons_;
     std::vector<SetupPage*> pageList_;
     QStackedWidget* pages_ = nullptr;

@@ -70,4 +70,6 @@ ApprovalAnswer TerminalAsker::ask(const ApprovalRequest& request, TimePoint dead
     return ApprovalAnswer::timeout;
 }
 
+void TerminalAsker::tell(const std::string& text) { say(printable(text) + "\n"); }
+
 }  // namespace tandrel

@@ -12,6 +12,7 @@ class TerminalAsker final : public Asker {
     explicit TerminalAsker(Clock& clock) : clock_(clock) {}
     ApprovalAnswer ask(const ApprovalRequest& request, TimePoint deadline,
                        std::stop_token withdrawn) override;
+    void tell(const std::string& text) override;
 
  private:
     Clock& clock_;

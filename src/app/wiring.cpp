@@ -122,7 +122,6 @@ Wiring::Wiring(Backends backends, AppInfo info, MainLoop& loop, Asker& asker, Cl
       gate_(defaults_, asker, paymentLog_, clock,
             {.timeoutSeconds = PaymentGate::timeoutSeconds(environment("TANDREL_GUARD_TIMEOUT")),
              .keyUsage = keyUsage,
-             .secondLayer = PaymentGateOptions::SecondLayer::off,
              .words = PaymentGuard::GuardWords::load(info.bundle / "share/tandrel/guard/words")}),
       engine_({.hid = hid_,
                .capture = capture_,

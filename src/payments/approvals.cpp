@@ -48,12 +48,13 @@ std::optional<Approval> parse(const std::string& line) {
     auto event = textMember(*json, "event");
     auto detail = textMember(*json, "detail");
     if (!at || !event || !detail) return std::nullopt;
-    return Approval{std::move(*at), std::move(*event), std::move(*detail),
-                    textMember(*json, "why")};
+    return Approval{std::move(*at), std::move(*event), std::move(*detail), textMember(*json, "why"),
+                    textMember(*json, "rule")};
 }
 
 void printRow(const Approval& approval, std::FILE* out) {
-    const std::string why = approval.why ? " (" + *approval.why + ")" : "";
+    std::string why = approval.why ? " (" + *approval.why + ")" : "";
+    if (approval.rule) why += " [" + *approval.rule + "]";
     fmt::print(out, "{:<20}  {:<9}  {}\n", printable(approval.at), printable(approval.event),
                printable(approval.detail + why));
 }
@@ -61,6 +62,7 @@ void printRow(const Approval& approval, std::FILE* out) {
 void printJson(const Approval& approval, std::size_t index, std::FILE* out) {
     Json json = {{"at", approval.at}, {"detail", approval.detail}, {"event", approval.event}};
     if (approval.why) json["why"] = *approval.why;
+    if (approval.rule) json["rule"] = *approval.rule;
     fmt::print(out, "{}{}", index == 0 ? "\n" : ",\n", dumpJson(json));
 }
 

@@ -16,6 +16,7 @@ struct Approval {
     std::string event;
     std::string detail;
     std::optional<std::string> why;
+    std::optional<std::string> rule;  // of the guard's second layer
 
     bool operator==(const Approval&) const = default;
 };

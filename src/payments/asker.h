@@ -40,6 +40,9 @@ class Asker {
     // on a request's thread, one question at a time.
     virtual ApprovalAnswer ask(const ApprovalRequest& request, TimePoint deadline,
                                std::stop_token withdrawn) = 0;
+    // Tells the owner something that needs no answer. Called on a request's thread; returns at
+    // once.
+    virtual void tell(const std::string& text) { (void)text; }
 };
 
 // Where nobody can be asked: every question runs out unanswered.

@@ -6,7 +6,6 @@
 #include <fmt/format.h>
 
 #include "base/file.h"
-#include "base/json.h"
 
 namespace tandrel::PaymentGuard {
 namespace {
@@ -148,6 +147,11 @@ Result<Fixture> readFixture(const Place& place) {
 }
 
 }  // namespace
+
+Result<Fixture> parseFixture(const Json& value, std::string where) {
+    const Place place{value, std::move(where)};
+    return readFixture(place);
+}
 
 Result<std::vector<Fixture>> parseFixtures(std::string_view text) {
     const Json json = TRY(parseJson(text));

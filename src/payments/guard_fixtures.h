@@ -6,6 +6,7 @@
 #include <string_view>
 #include <vector>
 
+#include "base/json.h"
 #include "base/result.h"
 #include "payments/payment_guard.h"
 
@@ -38,6 +39,8 @@ inline constexpr std::size_t kLongestFixtureText = 500;  // bytes
 // "summary"}}]}. "conf", every member of "action" but "kind" and every member of "expect" may be
 // missing. The error names the place in the text and what is wrong there.
 Result<std::vector<Fixture>> parseFixtures(std::string_view text);
+// One of the cases; `where` is what the error calls it.
+Result<Fixture> parseFixture(const Json& value, std::string where);
 Result<std::vector<Fixture>> readFixtures(const std::filesystem::path& path);
 
 }  // namespace tandrel::PaymentGuard

@@ -20,6 +20,7 @@ namespace tandrel::PaymentGuard {
 namespace {
 
 constexpr std::size_t kMostWordsOfLine = 256;
+constexpr std::size_t kLeastSpacedLetters = 3;
 constexpr std::size_t kDenseSlack = 4;  // characters beside a phrase on a button without spaces
 
 struct ListName {
@@ -32,6 +33,7 @@ constexpr ListName kLists[] = {
     {"payStart",  Word::payStart},
     {"buy",       Word::buy},
     {"weakBuy",   Word::weakBuy},
+    {"withAmount", Word::withAmount},
     {"transfer",  Word::transfer},
     {"commit",    Word::commit},
     {"money",     Word::money},
@@ -44,12 +46,17 @@ constexpr ListName kLists[] = {
     {"filler",    Word::filler},
     {"speech",    Word::speech},
     {"units",     Word::unit},
+    {"due",       Word::due},
+    {"settled",   Word::settled},
+    {"harmless",  Word::harmless},
+    {"harmlessEnd", Word::harmlessEnd},
 };
 // clang-format on
 // Lists that make the guard ask less.
-constexpr Word kSoothing[] = {Word::dismiss, Word::speech};
+constexpr Word kSoothing[] = {Word::dismiss, Word::speech, Word::settled, Word::harmless,
+                              Word::harmlessEnd};
 
-std::uint16_t bit(Word kind) { return static_cast<std::uint16_t>(kind); }
+std::uint32_t bit(Word kind) { return static_cast<std::uint32_t>(kind); }
 
 bool isDenseLetter(UChar32 c) {
     UErrorCode status = U_ZERO_ERROR;
@@ -114,7 +121,7 @@ bool tells(std::string_view text) { return graphemeCount(text) >= 2; }
 }  // namespace
 
 struct GuardWords::Lists {
-    std::vector<std::pair<std::string, std::uint16_t>> phrases;  // folded
+    std::vector<std::pair<std::string, std::uint32_t>> phrases;  // folded
     std::vector<std::string> currencies;                         // plain
 
     void add(const Lists& other) {
@@ -204,6 +211,11 @@ GuardWords::GuardWords(const Lists& lists) {
     for (const auto& [phrase, kinds] : lists.phrases) {
         if (!holdsDense(phrase)) {
             spaced_[trimmed(phrase)] |= kinds;
+            if (kinds & bit(Word::pay)) {
+                std::string letters = phrase;
+                std::erase(letters, ' ');
+                joined_[letters] |= kinds;
+            }
             continue;
         }
         std::string dense = phrase;
@@ -269,7 +281,7 @@ std::shared_ptr<const GuardWords> GuardWords::load(const std::filesystem::path& 
 
 void GuardWords::findSpaced(const std::vector<std::string_view>& words, Phrases& found) const {
     struct Place {
-        std::uint16_t kinds;
+        std::uint32_t kinds;
         std::size_t first;
         std::size_t end;
     };
@@ -308,11 +320,26 @@ void GuardWords::findDense(std::string text, Phrases& found) const {
     }
 }
 
+void GuardWords::findLetters(const std::vector<std::string_view>& words, Phrases& found) const {
+    if (words.size() < kLeastSpacedLetters || words.size() > kLongestPhrase) return;
+    std::string letters;
+    for (const auto& word : words) {
+        if (graphemeCount(word) != 1) return;
+        letters += word;
+    }
+    const auto known = joined_.find(letters);
+    if (known == joined_.end()) return;
+    found.words = 1;
+    found.hits.push_back({known->second, true, true, true});
+}
+
 Phrases GuardWords::find(std::string_view foldedText) const {
     const auto words = split(foldedText);
     Phrases found{.hits = {}, .words = words.size()};
     if (words.size() <= kMostWordsOfLine) findSpaced(words, found);
-    if (holdsDense(foldedText)) findDense(std::string(foldedText), found);
+    findLetters(words, found);
+    found.dense = holdsDense(foldedText);
+    if (found.dense) findDense(std::string(foldedText), found);
     return found;
 }
 

@@ -17,28 +17,33 @@
 namespace tandrel::PaymentGuard {
 
 // What a phrase means; the names are those of the lists in a word file.
-enum class Word : std::uint16_t {
-    pay = 1 << 0,        // a button that pays, wherever it is
-    payStart = 1 << 1,   // what such a button begins with, whatever follows
-    buy = 1 << 2,        // a verb that pays where an amount is on the screen
-    weakBuy = 1 << 3,    // one that does so beside an amount, and otherwise means anything
-    transfer = 1 << 4,   // a verb that moves the amount on its button
-    commit = 1 << 5,     // a button that commits a form
-    money = 1 << 6,      // a caption by which an amount is a payment
-    offer = 1 << 7,      // speaks of a trial or of a subscription to be had
-    offerHint = 1 << 8,  // does so only in the company of other such words
-    slide = 1 << 9,      // the text of a slider that pays
-    passcode = 1 << 10,  // asks for a secret
-    tip = 1 << 11,       // asks for a tip
-    dismiss = 1 << 12,   // a button that pays nothing
-    filler = 1 << 13,    // may stand beside a phrase on its button
-    speech = 1 << 14,    // is said to somebody, and not by a button
-    unit = 1 << 15,      // what is bought and spent inside an app
+enum class Word : std::uint32_t {
+    pay = 1 << 0,           // a button that pays, wherever it is
+    payStart = 1 << 1,      // what such a button begins with, whatever follows
+    buy = 1 << 2,           // a verb that pays where an amount is on the screen
+    weakBuy = 1 << 3,       // one that does so beside an amount, and otherwise means anything
+    transfer = 1 << 4,      // a verb that moves the amount on its button
+    commit = 1 << 5,        // a button that commits a form
+    money = 1 << 6,         // a caption by which an amount is a payment
+    offer = 1 << 7,         // speaks of a trial or of a subscription to be had
+    offerHint = 1 << 8,     // does so only in the company of other such words
+    slide = 1 << 9,         // the text of a slider that pays
+    passcode = 1 << 10,     // asks for a secret
+    tip = 1 << 11,          // asks for a tip
+    dismiss = 1 << 12,      // a button that pays nothing
+    filler = 1 << 13,       // may stand beside a phrase on its button
+    speech = 1 << 14,       // is said to somebody, and not by a button
+    unit = 1 << 15,         // what is bought and spent inside an app
+    due = 1 << 16,          // a caption of what is about to be paid, and to whom
+    settled = 1 << 17,      // says that nothing is about to be paid: a receipt, an overview
+    harmless = 1 << 18,     // what a button that pays nothing begins with
+    harmlessEnd = 1 << 19,  // what such a button ends with
+    withAmount = 1 << 20,   // a verb that pays when its button holds an amount
 };
 
 // A phrase found in a text, and where.
 struct PhraseHit {
-    std::uint16_t kinds;
+    std::uint32_t kinds;
     bool starts;  // the text begins with it
     bool ends;    // the text ends with it
     bool all;     // nothing but fillers stands beside it
@@ -48,6 +53,7 @@ struct PhraseHit {
 struct Phrases {
     std::vector<PhraseHit> hits;
     std::size_t words = 0;
+    bool dense = false;  // of a script without spaces between words
 
     bool contains(Word kind) const;
     bool isAll(Word kind) const;
@@ -95,10 +101,13 @@ class GuardWords {
     static const Lists& shippedLists();
     void findSpaced(const std::vector<std::string_view>& words, Phrases& found) const;
     void findDense(std::string text, Phrases& found) const;
+    void findLetters(const std::vector<std::string_view>& words, Phrases& found) const;
 
-    std::unordered_map<std::string, std::uint16_t> spaced_;
+    std::unordered_map<std::string, std::uint32_t> spaced_;
+    // Pay phrases without their spaces, for a text in s p a c e d letters.
+    std::unordered_map<std::string, std::uint32_t> joined_;
     // Of scripts that put no spaces between words, found anywhere in a text.
-    std::vector<std::pair<std::string, std::uint16_t>> dense_;
+    std::vector<std::pair<std::string, std::uint32_t>> dense_;
     std::unique_ptr<const Regex> currency_;
     std::unique_ptr<const Regex> money_;
 };

@@ -44,6 +44,8 @@ constexpr std::string_view kNotAnswered =
 constexpr std::string_view kAskedTooOften =
     "Not done: the owner has been asked {} times within ten minutes, so the next question has to "
     "wait. Tell the owner what you want to do and why, wait a minute, then repeat.";
+constexpr std::string_view kAssistantWaits =
+    "Your AI has asked you {} times within ten minutes. Its next question has to wait a minute: {}";
 constexpr std::string_view kClientGone =
     "Not done: the request was closed before the action was carried out.";
 
@@ -78,16 +80,7 @@ struct PaymentGate::Question {
     Frame frame;
     std::string what = {};
     TimePoint deadline = {};
-
-    QuestionHistory::Subject subject() const {
-        const auto texts = frame.texts();
-        return {what, PaymentGuard::details(texts).key(), texts};
-    }
 };
-
-std::string PaymentGate::Reason::logged() const {
-    return rule.empty() ? why : fmt::format("{} [{}]", why, rule);
-}
 
 PaymentGate::PaymentGate(const UserDefaults& defaults, Asker& asker, PaymentLog& log, Clock& clock,
                          PaymentGateOptions options)
@@ -207,7 +200,7 @@ std::optional<PaymentGate::Reason> PaymentGate::judge(GuardedAction& guarded, co
         elsewhere = reason.has_value() && guarded.strays;
     };
     tryElsewhere(first);
-    if (!reason && usesSecondLayer() && asksWhenUnsure(defaults_)) {
+    if (!reason && asksWhenUnsure(defaults_)) {
         reason = second(guarded.action);
         tryElsewhere(second);
     }
@@ -215,21 +208,30 @@ std::optional<PaymentGate::Reason> PaymentGate::judge(GuardedAction& guarded, co
     return reason;
 }
 
+PaymentGuard::Details PaymentGate::paymentOn(const std::vector<std::string>& texts) const {
+    return asksWhenUnsure(defaults_) ? wider_.details(texts) : PaymentGuard::details(texts);
+}
+
+QuestionHistory::Subject PaymentGate::subjectOf(const Question& question) const {
+    const auto texts = question.frame.texts();
+    return {question.what, paymentOn(texts).key(), texts};
+}
+
 std::optional<HTTPResponse> PaymentGate::heldBack(const Question& question) {
     const auto now = clock_.now();
-    const std::string shown =
-        question.what + ": " + PaymentGuard::details(question.frame.texts()).summary();
-    if (!usesSecondLayer()) return std::nullopt;
-    if (const auto refusal = history_.refusal(question.subject(), now)) {
-        log_.record("refused", shown + ": denied less than two minutes ago",
-                    question.reason.logged());
+    const std::string shown = question.what + ": " + paymentOn(question.frame.texts()).summary();
+    if (const auto refusal = history_.refusal(subjectOf(question), now)) {
+        log_.record("refused", shown + ": denied less than two minutes ago", question.reason.why,
+                    question.reason.rule);
         return HTTPResponse::error(*refusal, 403);
     }
     if (!history_.mustWait(now)) return std::nullopt;
     log_.record("refused",
                 fmt::format("{}: the assistant has asked {} times within ten minutes", shown,
                             history_.most()),
-                question.reason.logged());
+                question.reason.why, question.reason.rule);
+    if (!std::exchange(toldToWait_, true))
+        asker_.tell(fmt::format(kAssistantWaits, history_.most(), shown));
     return tryAgain(fmt::format(kAskedTooOften, history_.most()));
 }
 
@@ -239,10 +241,11 @@ PaymentGate::Decision PaymentGate::ask(Question question, const HTTPRequest& req
     question.deadline = clock_.now() + seconds(options_.timeoutSeconds);
     if (auto refusal = heldBack(question)) return {std::move(refusal), ""};
     for (;;) {
-        const auto payment = PaymentGuard::details(question.frame.texts());
+        const auto payment = paymentOn(question.frame.texts());
         const std::string shown = question.what + ": " + payment.summary();
-        log_.record("asked", shown, question.reason.logged());
+        log_.record("asked", shown, question.reason.why, question.reason.rule);
         history_.asked(clock_.now());
+        toldToWait_ = false;
         const auto answer =
             askOwner({payment.title(), question.what, payment.summary(), question.reason.why,
                       question.frame.picture, placeOf(question.asked)},
@@ -257,7 +260,7 @@ std::optional<PaymentGate::Decision> PaymentGate::settle(Question& question,
                                                          const HTTPRequest& request,
                                                          const GateRoad& road,
                                                          const EitherStop& withdrawn) {
-    const auto approved = PaymentGuard::details(question.frame.texts());
+    const auto approved = paymentOn(question.frame.texts());
     const std::string shown = question.what + ": " + approved.summary();
     ScreenReading reading = look(road);
     Frame* frame = frameIn(reading);
@@ -274,7 +277,7 @@ std::optional<PaymentGate::Decision> PaymentGate::settle(Question& question,
         log_.record("voided", shown + ": screen not readable after the approval");
         return Decision{tryAgain(kNoScreenAfterApproval), ""};
     }
-    const auto now = PaymentGuard::details(frame->texts());
+    const auto now = paymentOn(frame->texts());
     if (now.key() == approved.key() && *guarded == question.guarded) {
         log_.record("approved", shown);
         return Decision{std::nullopt, shown};
@@ -300,7 +303,7 @@ std::optional<HTTPResponse> PaymentGate::refusalOf(ApprovalAnswer answer, const 
     if (answer == ApprovalAnswer::deny) {
         log_.record("denied", shown);
         const std::string refusal = fmt::format(kDenied, shown);
-        history_.denied(question.subject(), refusal, clock_.now());
+        history_.denied(subjectOf(question), refusal, clock_.now());
         return HTTPResponse::error(refusal, 403);
     }
     if (withdrawn.requested()) {
@@ -338,8 +341,7 @@ std::optional<GuardedAction> PaymentGate::actionOf(const HTTPRequest& request, c
 
 void PaymentGate::saw(const std::vector<std::string>& texts) {
     const bool known = PaymentGuard::paymentScreen(texts);
-    const bool unsure = usesSecondLayer() && asksWhenUnsure(defaults_);
-    if (!known && !(unsure && wider_.paymentScreen(texts))) return;
+    if (!known && !(asksWhenUnsure(defaults_) && wider_.paymentScreen(texts))) return;
     const MutexLock lock(mutex_);
     paymentSeenAt_ = clock_.now();
 }

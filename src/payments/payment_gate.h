@@ -27,9 +27,6 @@ struct PaymentGateOptions {
     // How the keyboard finds the key of a name. Without it, only the names "enter", "return" and
     // "space" are known.
     KeyUsage keyUsage;
-    // Whether the second layer asks, too, and answers to repeated questions are kept in mind.
-    enum class SecondLayer { off, on };
-    SecondLayer secondLayer = SecondLayer::on;
     // What the second layer knows.
     std::shared_ptr<const PaymentGuard::GuardWords> words = PaymentGuard::GuardWords::builtIn();
     // So many questions within ten minutes make each further one wait a minute.
@@ -90,8 +87,6 @@ class PaymentGate {
     struct Reason {
         std::string why;
         std::string_view rule;  // of the second layer; empty when the first one saw it
-
-        std::string logged() const;
     };
 
     // The steps of `run`: may the request go ahead; the owner's dialogue about it; what an approval
@@ -110,11 +105,11 @@ class PaymentGate {
 
     // The reason and the action that it is about: a click that may land elsewhere is judged as one
     // on an unlabelled spot, too.
-    bool usesSecondLayer() const {
-        return options_.secondLayer == PaymentGateOptions::SecondLayer::on;
-    }
     std::optional<Reason> judge(GuardedAction& guarded, const Frame& frame,
                                 std::optional<PlaceOnScreen> pointer) const;
+    // What the screen says about the payment, as far as the layers that are on know.
+    PaymentGuard::Details paymentOn(const std::vector<std::string>& texts) const;
+    QuestionHistory::Subject subjectOf(const Question& question) const;
     // The reply to a question that is not put to the owner again, or not yet.
     std::optional<HTTPResponse> heldBack(const Question& question);
 
@@ -133,7 +128,9 @@ class PaymentGate {
     std::stop_source stopped_;
     const PaymentGuard::WiderGuard wider_;
     ActionTurn turn_;
-    QuestionHistory history_;  // of whoever has the turn
+    // Both of whoever has the turn.
+    QuestionHistory history_;
+    bool toldToWait_ = false;  // the owner knows that the assistant has to wait
 
     mutable Mutex mutex_;
     std::optional<TimePoint> paymentSeenAt_ OWNED_BY(mutex_);

@@ -49,10 +49,12 @@ std::filesystem::path PaymentLog::location(std::string_view supportFolder) {
 }
 
 void PaymentLog::record(std::string_view event, std::string_view detail,
-                        const std::optional<std::string>& why) {
-    log(fmt::format("payment {}: {}{}", event, detail, why ? " (" + *why + ")" : ""));
+                        const std::optional<std::string>& why, std::string_view rule) {
+    log(fmt::format("payment {}: {}{}{}", event, detail, why ? " (" + *why + ")" : "",
+                    rule.empty() ? "" : fmt::format(" [{}]", rule)));
     Json entry = {{"at", isoTimestamp(clock_.wallNow())}, {"detail", detail}, {"event", event}};
     if (why) entry["why"] = *why;
+    if (!rule.empty()) entry["rule"] = rule;
     queue_.post([this, line = dumpJson(entry) + "\n"]() mutable {
         queue_.assertCurrent();
         append(std::move(line));

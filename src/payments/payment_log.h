@@ -23,9 +23,10 @@ class PaymentLog {
     // Writes "payment " + event + ": " + detail, with " (" + why + ")" where there is one, to the
     // application's log, and {"at", "detail", "event", "why"} to the file: later, in call order, by
     // one write each, so that a crash leaves no torn line. A line that cannot be written is
-    // dropped.
+    // dropped. Where a rule of the second layer saw the payment, its name follows in brackets and
+    // as "rule".
     void record(std::string_view event, std::string_view detail,
-                const std::optional<std::string>& why = std::nullopt);
+                const std::optional<std::string>& why = std::nullopt, std::string_view rule = {});
     // Waits until everything recorded before is in the file.
     void flush();
 

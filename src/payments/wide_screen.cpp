@@ -32,6 +32,15 @@ bool standLikeOneButton(const Label& upper, const Label& lower, double width) {
     return middles <= 0.03 * width;
 }
 
+// The part ends within a word of the text, as a currency that only begins a longer word.
+bool cutsWord(const std::string& text, const std::string& part) {
+    static const Regex endsInLetter(R"(\p{L}$)", Regex::Case::sensitive);
+    static const Regex beginsWithLetter(R"(^\p{L})", Regex::Case::sensitive);
+    const auto at = text.find(part);
+    if (at == std::string::npos) return true;
+    return endsInLetter.has(part) && beginsWithLetter.has(text.substr(at + part.size()));
+}
+
 Label joinedLabel(const WideScreen& screen, const std::vector<const Label*>& parts) {
     std::string text;
     for (const Label* part : parts) text += (text.empty() ? "" : " ") + part->text;
@@ -48,7 +57,7 @@ Label joinedLabel(const WideScreen& screen, const std::vector<const Label*>& par
 bool Label::mayBeButton() const {
     return phrases.words <= kMostButtonWords && text.size() <= 2 * kLongestButton &&
            (text.size() <= kLongestButton || graphemeCount(text) <= kLongestButton) &&
-           !phrases.contains(Word::speech) && !sentence().has(withoutAmount);
+           (phrases.words < 2 || !phrases.contains(Word::speech)) && !sentence().has(withoutAmount);
 }
 
 bool Label::pays() const {
@@ -57,15 +66,35 @@ bool Label::pays() const {
 }
 
 bool Label::buys() const {
-    if (!mayBeButton() || dismisses()) return false;
+    if (!mayBeButton() || dismisses() || isNamed()) return false;
     if (pays() || phrases.startsWith(Word::buy) || phrases.startsWith(Word::pay)) return true;
     if (phrases.endsWith(Word::pay)) return true;
     return amount && (phrases.endsWith(Word::buy) || phrases.startsWith(Word::transfer) ||
                       phrases.endsWith(Word::transfer) || phrases.startsWith(Word::weakBuy) ||
-                      phrases.isAll(Word::commit));
+                      phrases.startsWith(Word::withAmount) || phrases.isAll(Word::commit));
+}
+
+bool Label::isDueCaption() const {
+    // The end of a sentence is none.
+    if (dismisses() || text.ends_with('!') || text.ends_with('.')) return false;
+    return phrases.startsWith(Word::due) || phrases.isAll(Word::due) ||
+           (phrases.words <= 2 && phrases.endsWith(Word::due));
+}
+
+// "Order total $5.00" is a caption, "Order 2210" a name.
+bool Label::isNamed() const {
+    static const Regex numbered(R"(^\W*\p{L}+\W+\d{3,})", Regex::Case::sensitive);
+    const bool caption = phrases.isAll(Word::due) && !phrases.isAll(Word::buy) &&
+                         !phrases.isAll(Word::pay) && !phrases.isAll(Word::commit);
+    return caption || (numbered.has(withoutAmount) && !phrases.contains(Word::unit));
 }
 
 bool Label::dismisses() const { return phrases.isAll(Word::dismiss); }
+
+bool Label::isHarmless() const {
+    return phrases.startsWith(Word::harmless) || phrases.endsWith(Word::harmlessEnd) ||
+           (phrases.dense && phrases.contains(Word::harmlessEnd));
+}
 
 WideScreen::WideScreen(const std::vector<Line>& lines, FrameSize frame, const Action& action,
                        const GuardWords& words)
@@ -77,24 +106,47 @@ WideScreen::WideScreen(const std::vector<Line>& lines, FrameSize frame, const Ac
         label.right = line.x + line.w;
         label.top = line.y;
         label.bottom = line.y + line.h;
-        if (label.amount) {
-            ++amounts_;
-            if (!amount_) amount_ = label.amount;
-        }
         labels_.push_back(std::move(label));
     }
-    if (const auto px = x(), py = y(); taps() && px && py) {
-        const double reach = tolerance(frame);
-        for (const auto& label : labels_) {
-            if (label.left - reach <= *px && *px <= label.right + reach &&
-                label.top - reach <= *py && *py <= label.bottom + reach) {
-                hit_.push_back(&label);
-            }
-        }
-        const auto area = [](const Label* l) { return (l->right - l->left) * l->height(); };
-        std::ranges::stable_sort(hit_, {}, area);
+    joinAmounts();
+    for (const auto& label : labels_) {
+        if (!label.amount) continue;
+        ++amounts_;
+        if (!amount_) amount_ = label.amount;
     }
+    findHit();
     judge();
+}
+
+// An amount that a sentence breaks over two lines belongs to the first of them.
+void WideScreen::joinAmounts() {
+    // Not in a time of day, such as the status bar's.
+    static const Regex endsInNumber(R"((?<![:\d])\d[\d.,]*\s*$)", Regex::Case::sensitive);
+    static const Regex beginsWithNumber(R"(^\s*\d)", Regex::Case::sensitive);
+    for (std::size_t i = 0; i + 1 < labels_.size(); ++i) {
+        Label& upper = labels_[i];
+        const Label& lower = labels_[i + 1];
+        if (upper.amount || lower.amount) continue;
+        if (endsInNumber.has(upper.plain) == beginsWithNumber.has(lower.plain)) continue;
+        const std::string both = upper.plain + " " + lower.plain;
+        const auto amount = words_.amount(both);
+        if (amount && !cutsWord(both, *amount)) upper.amount = amount;
+    }
+}
+
+void WideScreen::findHit() {
+    const auto px = x();
+    const auto py = y();
+    if (!taps() || !px || !py) return;
+    const double reach = tolerance(frame_);
+    for (const auto& label : labels_) {
+        if (label.left - reach <= *px && *px <= label.right + reach && label.top - reach <= *py &&
+            *py <= label.bottom + reach) {
+            hit_.push_back(&label);
+        }
+    }
+    const auto area = [](const Label* l) { return (l->right - l->left) * l->height(); };
+    std::ranges::stable_sort(hit_, {}, area);
 }
 
 Label WideScreen::makeLabel(const std::string& text) const {
@@ -157,14 +209,20 @@ void WideScreen::judge() {
             (label.phrases.startsWith(Word::money) || label.phrases.isAll(Word::money))) {
             caption_ = true;
         }
+        due_ = due_ || (isShort && !spoken && label.mayBeButton() && label.isDueCaption());
+        settled_ = settled_ || (isShort && (label.phrases.startsWith(Word::settled) ||
+                                            label.phrases.endsWith(Word::settled) ||
+                                            label.phrases.isAll(Word::settled)));
         paying = paying || label.pays() || (label.amount && label.buys());
         slider = slider || label.phrases.contains(Word::slide);
         secret = secret || (isShort && label.phrases.contains(Word::passcode));
         const bool offer = label.phrases.contains(Word::offer);
         const bool hint = label.phrases.contains(Word::offerHint);
-        if (offer || hint) offers += offer && (hint || label.amount) ? 2 : 1;
+        const bool priced = label.amount.has_value();
+        if (offer || hint) offers += (offer && hint) || priced ? 2 : 1;
     }
     offer_ = offers >= kLeastOfferWords && amount_;
+    clearOffer_ = offers > kLeastOfferWords && amount_;
     payment_ = slider || (paying && amount_) || (secret && amount_ && caption_);
 }
 

@@ -32,6 +32,12 @@ struct Label {
     bool buys() const;
     // Its button pays nothing: "Cancel", "Order history".
     bool dismisses() const;
+    // "Order total", "Fee": an amount beside it is about to be paid.
+    bool isDueCaption() const;
+    // It is what a number or an amount is called by.
+    bool isNamed() const;
+    // It begins or ends like a button that pays nothing: "View order", "Sendung verfolgen".
+    bool isHarmless() const;
 };
 
 class WideScreen {
@@ -65,14 +71,21 @@ class WideScreen {
     std::size_t amounts() const { return amounts_; }
     // A short line is, or begins with, a caption by which an amount is a payment.
     bool hasCaption() const { return caption_; }
+    // One by which an amount is about to be paid, and nothing that says it is paid already.
+    bool isDue() const { return due_ && !settled_; }
+    bool isSettled() const { return settled_; }
     bool has(Word kind) const;
     // Something is paid here: a button that pays beside an amount, a slider that pays, or a secret
     // asked for beside an amount and a caption.
     bool isPayment() const { return payment_; }
     // A subscription or a trial is offered at a price.
     bool isOffer() const { return offer_; }
+    // By more words than a sentence about one takes.
+    bool isClearOffer() const { return clearOffer_; }
 
  private:
+    void joinAmounts();
+    void findHit();
     void judge();
 
     const std::vector<Line>& lines_;
@@ -84,8 +97,11 @@ class WideScreen {
     std::optional<std::string> amount_;
     std::size_t amounts_ = 0;
     bool caption_ = false;
+    bool due_ = false;
+    bool settled_ = false;
     bool payment_ = false;
     bool offer_ = false;
+    bool clearOffer_ = false;
 };
 
 }  // namespace tandrel::PaymentGuard

@@ -1,21 +1,12 @@
 #include "payments/wider_guard.h"
 
-#include <fmt/format.h>
+#include <algorithm>
 
+#include "payments/folded_text.h"
 #include "payments/wide_screen.h"
 #include "payments/wider_rules.h"
 
 namespace tandrel::PaymentGuard {
-namespace {
-
-std::string onOneLine(std::string_view example) {
-    std::string result;
-    for (const char c : example) result += c == '\n' ? std::string(" / ") : std::string(1, c);
-    return result;
-}
-
-}  // namespace
-
 WiderGuard::WiderGuard(std::shared_ptr<const GuardWords> words) : words_(std::move(words)) {}
 
 std::optional<WiderVerdict> WiderGuard::assess(const std::vector<Line>& lines, FrameSize frame,
@@ -29,21 +20,25 @@ std::optional<WiderVerdict> WiderGuard::assess(const std::vector<Line>& lines, F
     return std::nullopt;
 }
 
+Details WiderGuard::details(const std::vector<std::string>& texts) const {
+    Details result = PaymentGuard::details(texts);
+    if (!result.amounts.empty()) return result;
+    for (const auto& text : texts) {
+        const auto amount = words_->amount(plain(text));
+        if (!amount) continue;
+        const std::string shown = norm(*amount);
+        const bool known = std::ranges::find(result.amounts, shown) != result.amounts.end();
+        if (!known) result.amounts.push_back(shown);
+    }
+    return result;
+}
+
 bool WiderGuard::paymentScreen(const std::vector<std::string>& texts) const {
     std::vector<Line> lines;
     lines.reserve(texts.size());
     for (const auto& text : texts) lines.push_back({text, 0, 0, 0, 0});
     const Action nothing{.kind = Kind::enter};
     return WideScreen(lines, {}, nothing, *words_).isPayment();
-}
-
-int printRules(std::FILE* out) {
-    for (const auto& rule : widerRules()) {
-        fmt::print(out, "{}\n  sees     {}\n  because  {}\n  asks     {}\n  leaves   {}\n",
-                   rule.name, rule.sees, rule.why, onOneLine(rule.catches.text),
-                   onOneLine(rule.leaves.text));
-    }
-    return 0;
 }
 
 }  // namespace tandrel::PaymentGuard

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <cstdio>
 #include <memory>
 #include <optional>
 #include <string>
@@ -27,14 +26,14 @@ class WiderGuard {
     // Why the owner must be asked; none when no rule sees a payment. `without` leaves one rule out.
     std::optional<WiderVerdict> assess(const std::vector<Line>& lines, FrameSize frame,
                                        const Action& action, std::string_view without = {}) const;
+    // What `PaymentGuard::details` says; where that knows none of the amounts, with those that the
+    // word files know.
+    Details details(const std::vector<std::string>& texts) const;
     // Whether something is paid on a screen of these texts.
     bool paymentScreen(const std::vector<std::string>& texts) const;
 
  private:
     std::shared_ptr<const GuardWords> words_;
 };
-
-// Prints every rule: its name, what it sees, why, and its two examples. 0.
-int printRules(std::FILE* out = stdout);
 
 }  // namespace tandrel::PaymentGuard

@@ -23,6 +23,7 @@ constexpr double kLeastConfidence = 0.3;
 // Leaves and waves now and then look like letters, but rarely like letters that the network is sure
 // of.
 constexpr double kLeastConfidenceOnPicture = 0.8;
+constexpr double kSureLine = 0.5;
 // Far beyond any screen; more would take too long even to look at.
 constexpr std::int64_t kMostPixels = 64'000'000;
 
@@ -39,7 +40,9 @@ TextRecord recordOf(const StripText& read, const PixelBox& box) {
 
 bool isWorthTelling(const TextRecord& record, const TextLine& line) {
     if (record.text.empty()) return false;
-    if (line.onPicture) return record.confidence >= kLeastConfidenceOnPicture;
+    if (line.onPicture && !holdsAmount(record.text)) {
+        return record.confidence >= kLeastConfidenceOnPicture;
+    }
     return record.confidence >= kLeastConfidence || holdsFigures(record.text);
 }
 
@@ -64,6 +67,18 @@ void leaveOutParts(std::vector<TextRecord>& records, const std::vector<TextRecor
     std::erase_if(records, [&](const TextRecord& record) {
         return std::ranges::any_of(wholes,
                                    [&](const auto& whole) { return isPartOf(record, whole); });
+    });
+}
+
+// What lies around several lines is no line, whatever the picture beneath it reads like.
+void leaveOutSurroundings(std::vector<TextRecord>& records) {
+    const auto all = records;
+    std::erase_if(records, [&](const TextRecord& record) {
+        const PixelBox around = boxOf(record);
+        return std::ranges::count_if(all, [&](const TextRecord& other) {
+                   return other.height * 2 < record.height && other.confidence >= kSureLine &&
+                          around.contains(boxOf(other));
+               }) >= 2;
     });
 }
 
@@ -168,11 +183,16 @@ Result<ReadText> FrameReader::readLines(const GrayFrame& frame, const std::vecto
             continue;
         }
         TextRecord record = recordOf(readings[i].text, inks[i].box);
+        // On a picture some of an amount may be lost to what is beneath.
+        if (lines[i].onPicture && holdsAmount(record.text)) {
+            record.confidence = std::min(record.confidence, LineReader::kDoubt);
+        }
         if (!isWorthTelling(record, lines[i])) continue;
         if (lines[i].onPicture) onPictures.push_back(record);
         result.records.push_back(std::move(record));
     }
     leaveOutParts(result.records, onPictures);
+    leaveOutSurroundings(result.records);
     return result;
 }
 

@@ -2,6 +2,7 @@
 
 #include <array>
 #include <atomic>
+#include <cctype>
 
 #include "base/unicode.h"
 #include "reading/point_marks.h"
@@ -24,8 +25,9 @@ constexpr int kColumnsPerBatch = 3000;
 
 // A digit, point or comma less probable than this may well be another.
 constexpr double kSureFigure = 0.6;
-// Below this height of the ink, in pixels of the frame, a comma looks like a point.
-constexpr int kLeastFigureRows = 10;
+// Below this height of the ink, in pixels of the frame, a comma looks like a point and an 8 like
+// a 6. The smallest text of a phone with two pixels a point is larger.
+constexpr int kLeastFigureRows = 12;
 
 std::string withoutSpaces(const std::string& text) {
     std::string result;
@@ -39,6 +41,16 @@ std::string withoutSpaces(const std::string& text) {
 bool isShort(const std::string& text) {
     constexpr std::size_t kLongest = 3;
     return text.size() <= kLongest || graphemeCount(text) <= kLongest;
+}
+
+// Too much looks like a letter by itself, and nothing beside it says otherwise; a digit by itself
+// must be plain. What else is short and no word is an icon read as signs.
+bool mayBeIcon(const StripText& text) {
+    constexpr double kPlainDigit = 0.75;
+    const bool hasFigures = holdsFigures(text.text);
+    if (graphemeCount(text.text) == 1) return !hasFigures || text.confidence < kPlainDigit;
+    auto isSign = [](char c) { return static_cast<unsigned char>(c) < 0x80 && !std::isalpha(c); };
+    return !hasFigures && isShort(text.text) && std::ranges::any_of(text.text, isSign);
 }
 
 bool needsSecondLook(const StripText& text) {
@@ -111,16 +123,8 @@ StripText LineReader::verdict(const Job& job) {
     } else if (holdsFigures(text.text)) {
         text.confidence = std::min(text.confidence, kDoubt);
     }
-    // Too much looks like a letter, and nothing beside it says otherwise.
-    const bool isLoneLetter = graphemeCount(text.text) == 1 && !holdsFigures(text.text);
-    if (isLoneLetter) text.confidence = std::min(text.confidence, kDoubt);
+    if (mayBeIcon(text)) text.confidence = std::min(text.confidence, kDoubt);
     return text;
-}
-
-// A small comma looks like a point.
-bool LineReader::mayMisreadPoints(const Job& job, const StripText& text) {
-    return job.ink->box.height() < kLeastFigureRows &&
-           text.text.find_first_of(".,") != std::string::npos;
 }
 
 // The text with its points as the ink has them, and doubted where they had not been.
@@ -129,8 +133,7 @@ StripText LineReader::checked(const Job& job, StripText text) {
     const bool isLarge = job.ink->box.height() >= kLeastFigureRows;
     PointCheck check = checkPoints(job.strip, text.text);
     if (isLarge) text.text = std::move(check.text);
-    if (check.marks != PointMarks::kSame || mayMisreadPoints(job, text) ||
-        text.leastFigure < kSureFigure) {
+    if (!isLarge || check.marks != PointMarks::kSame || text.leastFigure < kSureFigure) {
         text.confidence = std::min(text.confidence, kDoubt);
     }
     return text;
@@ -143,7 +146,7 @@ StripText LineReader::agreed(const Job& job) {
     text.confidence = std::min(first.confidence, second.confidence);
     text.leastFigure = std::min(first.leastFigure, second.leastFigure);
     text = checked(job, std::move(text));
-    if (mayMisspellSign(text.text)) text.confidence = std::min(text.confidence, kDoubt);
+    if (mayMisspellAmount(text.text)) text.confidence = std::min(text.confidence, kDoubt);
     return text;
 }
 

@@ -36,7 +36,6 @@ class LineReader {
  private:
     struct Job;
     static StripText verdict(const Job& job);
-    static bool mayMisreadPoints(const Job& job, const StripText& text);
     static StripText checked(const Job& job, StripText text);
     static StripText agreed(const Job& job);
     static StripText disputed(const Job& job);

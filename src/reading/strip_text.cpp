@@ -20,7 +20,7 @@ constexpr double kFigureGap = 0.6;
 constexpr double kSureLetter = 0.75;
 constexpr int kMostIconLetters = 3;
 // The network splits its belief between three letters of the same shape.
-constexpr double kLoneNought = 0.7;
+constexpr double kLoneNought = 0.8;
 
 bool isFigure(const std::string& letter) {
     return letter.size() == 1 && std::string_view("0123456789.,").contains(letter[0]);

@@ -16,13 +16,41 @@ bool holdsFigures(std::string_view text) {
     return false;
 }
 
-bool mayMisspellSign(std::string_view text) {
+namespace {
+
+bool isDigit(char c) { return c >= '0' && c <= '9'; }
+bool isPoint(char c) { return c == '.' || c == ','; }
+bool isLetter(char c) { return (c | 0x20) >= 'a' && (c | 0x20) <= 'z'; }
+
+}  // namespace
+
+bool holdsAmount(std::string_view text) {
+    const bool hasDigit = text.find_first_of("0123456789") != std::string_view::npos;
+    const bool hasSign = std::ranges::any_of(std::array<std::string_view, 4>{"$", "€", "£", "¥"},
+                                             [&](auto sign) { return text.contains(sign); });
+    if (hasDigit && hasSign) return true;
+    for (std::size_t i = 1; i + 2 < text.size(); ++i) {
+        if (isDigit(text[i - 1]) && isPoint(text[i]) && isDigit(text[i + 1]) &&
+            isDigit(text[i + 2])) {
+            return true;
+        }
+    }
+    return false;
+}
+
+bool mayMisspellAmount(std::string_view text) {
     for (std::size_t at = 0; (at = text.find('S', at)) != std::string_view::npos; ++at) {
         const std::string_view rest = text.substr(at + 1);
         const std::size_t figures = std::min(rest.size(), rest.find_first_not_of("0123456789.,"));
         if (figures > 0 && rest.substr(0, figures).find_first_of(".,") != std::string_view::npos) {
             return true;
         }
+    }
+    // Such as "O.55" and "1.B3".
+    for (std::size_t i = 1; i + 1 < text.size(); ++i) {
+        if (!isPoint(text[i])) continue;
+        if (isLetter(text[i - 1]) && isDigit(text[i + 1])) return true;
+        if (isDigit(text[i - 1]) && isLetter(text[i + 1])) return true;
     }
     return false;
 }

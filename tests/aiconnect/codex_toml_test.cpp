@@ -63,6 +63,9 @@ TEST(MergeCodex, TakesOurTablesOutAndKeepsEveryOtherLine) {
          "1\n\n"},
         {"a header that is not plain follows", "[mcp_servers.tandrel]\n[\"na\xC3\xAFve\"]\na = 1\n",
          "[\"na\xC3\xAFve\"]\na = 1\n\n"},
+        {"letters beyond ASCII and percent signs",
+         "# naïve, 100 %\n\"é%C3\" = 'ü %'\n[mcp_servers.tandrel]\nx = \"é\"\n",
+         "# naïve, 100 %\n\"é%C3\" = 'ü %'\n\n"},
         {"a neighbour with a like name", "[mcp_servers.tandrel2]\na = 1",
          "[mcp_servers.tandrel2]\na = 1\n\n"},
         {"CRLF lines", "a = 1\r\n[mcp_servers.tandrel]\r\nx = 1\r\n[b]\r\nc = 2\r\n\r\n",
@@ -82,7 +85,12 @@ TEST(MergeCodex, TakesOurTablesOutAndKeepsEveryOtherLine) {
 TEST(MergeCodex, EscapesThePath) {
     EXPECT_EQ(mergeCodex("", R"(/a "b"\c)"),
               "[mcp_servers.tandrel]\ncommand = \"/a \\\"b\\\"\\\\c\"\nargs = [\"mcp\"]\n");
-    EXPECT_EQ(codexLink(mergeCodex("", R"(/a "b"\c)"), R"(/a "b"\c)"), Link::addedHere);
+    for (const char* path : {R"(/a "b"\c)", "/Å é/%41/%", "/%C3%A9", "/\u4e2d/100%"}) {
+        const auto merged = mergeCodexSafely("", path);
+        ASSERT_TRUE(merged) << path;
+        EXPECT_EQ(codexLink(*merged, path), Link::addedHere) << path;
+        EXPECT_EQ(codexLink(*merged, "/else"), Link::addedElsewhere) << path;
+    }
 }
 
 TEST(MergeCodex, RefusesWhatItWouldDamage) {
@@ -99,6 +107,9 @@ TEST(MergeCodex, RefusesWhatItWouldDamage) {
         {"servers as an array of tables", "[[mcp_servers]]\na = 1\n"},
         {"a header of ours inside a text", "a = '''\n[mcp_servers.tandrel]\nmine\n'''\n"},
         {"a nested list in our table", "[mcp_servers.tandrel]\na = [\n[\"x\"]\n]\n[b]\n"},
+        {"a bare key beyond ASCII", "mod\xC3\xA9l = 1\n"},
+        {"a bare key beyond ASCII in a header", "[mod\xC3\xA9l]\n"},
+        {"a bare key with a percent sign", "a%20 = 1\n"},
         {"another table twice", "[a]\n[a]\n"},
         {"not TOML", "hello"},
         {"not text", std::string("a = \"\xff\xfe\0\"\n", 10)},

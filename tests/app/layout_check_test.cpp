@@ -8,6 +8,7 @@
 #include <gmock/gmock.h>
 
 #include "app/brand.h"
+#include "app/sample_windows.h"
 #include "app/wrapped_label.h"
 
 namespace tandrel {
@@ -15,6 +16,13 @@ namespace {
 
 using testing::IsEmpty;
 using testing::SizeIs;
+
+// The program's own folder, with what it draws.
+AppInfo buildInfo() {
+    AppInfo info;
+    info.bundle = std::filesystem::path(TANDREL_BIN_DIR).parent_path();
+    return info;
+}
 
 // Windows without a display.
 class LayoutCheck : public testing::Test {
@@ -85,6 +93,29 @@ TEST_F(LayoutCheck, LetsWordsBreakThatAreLongerThanALine) {
     const QStringList faults = layoutFaults(window);
     ASSERT_THAT(faults, SizeIs(1)) << "too low, but not too wide";
     EXPECT_LE(window.findChild<QLabel*>()->minimumSizeHint().width(), 300);
+}
+
+// Where the Tab key leads: first down the side, then down the page, then along the bottom.
+TEST_F(LayoutCheck, TheSetupIsReachedByKeyboardInReadingOrder) {
+    const auto samples = makeSampleWindows(ColorScheme::light, buildInfo()).value();
+    int reached = 0;
+    for (const SampleWindow& sample : samples) {
+        if (!sample.name.starts_with("setup-")) continue;
+        QWidget& setup = *sample.widget;
+        setup.show();
+        std::tuple<bool, int, int> last;
+        for (QWidget* at = setup.nextInFocusChain(); at != &setup; at = at->nextInFocusChain()) {
+            if (!at->isVisible() || !at->isEnabled() || !(at->focusPolicy() & Qt::TabFocus))
+                continue;
+            const QPoint place = at->mapTo(&setup, QPoint(0, at->height()));
+            const bool beside = place.x() > setup.width() / 4;
+            const std::tuple now(beside, place.y(), place.x());
+            EXPECT_LT(last, now) << sample.name;
+            last = now;
+            ++reached;
+        }
+    }
+    EXPECT_GT(reached, 14 * 8) << "the steps and the buttons of each";
 }
 
 TEST(Brand, EveryTextStandsOutFromItsGround) {

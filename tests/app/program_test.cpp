@@ -85,6 +85,11 @@ TEST_F(Modes, PrintWhatTheTableSaysAndEnd) {
          0,
          AllOf(Not(HasSubstr("FAIL")), HasSubstr("guard: known_limits.json"),
                ContainsRegex("\n[0-9]+ passed, 0 failed\n$"))},
+        {{"--guard-rules"}, 0, AllOf(HasSubstr("pay-words\n"), HasSubstr("\n  leaves   "))},
+        {{"--guard-rules", "--json"}, 0, StartsWith("{\"rules\":[{")},
+        {{"--guard-report"}, 1, StartsWith("usage: ")},
+        {{"--guard-report", "/no/such.json"}, 1, StartsWith("can't read /no/such.json: ")},
+        {{"--guard-report", cases}, 0, StartsWith("27 cases, 0 of them read from a picture\n")},
         {{"--render-steps"}, 2, StartsWith("usage: tandrel-app --render-steps DIR ")},
         {{"--approvals"}, 0, "No payment has been asked about yet.\n"},
         {{"--approvals", "--json"}, 0, "{\"approvals\":[],\"unreadable\":0}\n"},
@@ -117,6 +122,7 @@ TEST_F(Modes, SetChangesASettingOrSaysHow) {
           Row{{"--set", "paused"}, 2, "usage: "}, Row{{"--set", "paused", "yes"}, 2, "usage: "},
           Row{{"--set", "link", "true"}, 2, "usage: "},
           Row{{"--set", "askBeforePayments", "false"}, 2, "usage: "},
+          Row{{"--set", "askWhenUnsure", "false"}, 2, "usage: "},
           Row{{"--set", "paused", "true", "now"}, 2, "usage: "}}) {
         const auto [status, output] = run(row.arguments);
         EXPECT_EQ(status, row.status) << testing::PrintToString(row.arguments);

@@ -18,6 +18,8 @@ using testing::SizeIs;
 
 constexpr auto kApprove = ApprovalAnswer::approve;
 constexpr auto kDeny = ApprovalAnswer::deny;
+// Is a no, too, but unlike a denial not held against the same action later.
+constexpr auto kNoAnswer = ApprovalAnswer::timeout;
 
 // The owner, the whole engine with real text recognition, and a phone whose record alone tells what
 // was done.
@@ -105,23 +107,28 @@ TEST_F(Guard, APriceButtonAsksAndAnApprovalTapsOnce) {
 }
 
 TEST_F(Guard, ANoIsANo) {
+    const std::string shown =
+        "(tap “Confirm”: €25.00 to Ilse Varga (also on screen: DE89 3704 0044 0532 0130 00))";
     show("transfer");
-    EXPECT_EQ(RunningEngine::errorOf(tap("Confirm"), 403),
-              "The owner denied this on their Mac (tap “Confirm”: €25.00 to Ilse Varga (also on "
-              "screen: DE89 3704 0044 0532 0130 00)). Don't retry this payment.");
-    EXPECT_EQ(owner.asked()[0].title, "Approve €25.00 to Ilse Varga?");
     owner.react = [](std::size_t, TimePoint deadline, const std::stop_token&) {
         std::this_thread::sleep_until(deadline);
-        return ApprovalAnswer::timeout;
+        return kNoAnswer;
     };
     EXPECT_EQ(
         RunningEngine::errorOf(tap("Confirm"), 403),
-        "Not done: the owner didn't answer the payment request on their Mac within 3 seconds "
-        "(tap “Confirm”: €25.00 to Ilse Varga (also on screen: DE89 3704 0044 0532 0130 00)), "
-        "so it counts as a no. Repeat the action only if the owner asks you to.");
+        "Not done: the owner didn't answer the payment request on their Mac within 3 seconds " +
+            shown + ", so it counts as a no. Repeat the action only if the owner asks you to.");
+    EXPECT_EQ(owner.asked()[0].title, "Approve €25.00 to Ilse Varga?");
+    owner.always(kDeny);
+    const std::string denial =
+        "The owner denied this on their Mac " + shown + ". Don't retry this payment.";
+    EXPECT_EQ(RunningEngine::errorOf(tap("Confirm"), 403), denial);
+    // The same once more: the same answer, and the owner is left in peace.
+    EXPECT_EQ(RunningEngine::errorOf(tap("Confirm"), 403), denial);
+    EXPECT_THAT(owner.asked(), SizeIs(2));
     EXPECT_EQ(touches(), 0U);
-    awaitLogged("timed out");
-    EXPECT_THAT(logged(), ElementsAre("asked", "denied", "asked", "timed out"));
+    awaitLogged("refused");
+    EXPECT_THAT(logged(), ElementsAre("asked", "timed out", "asked", "denied", "refused"));
 }
 
 TEST_F(Guard, AScreenThatChangesAfterTheApprovalIsAskedAboutAgain) {
@@ -205,6 +212,7 @@ TEST_F(Guard, AQuestionGoesWithItsClient) {
 }
 
 TEST_F(Guard, AClickIsJudgedWhereThePointerIs) {
+    owner.always(kNoAnswer);
     show("transfer");
     Json button = at("Confirm");
     EXPECT_EQ(engine.post("/move", button).status, 200);
@@ -219,7 +227,7 @@ TEST_F(Guard, AClickIsJudgedWhereThePointerIs) {
     EXPECT_EQ(count("transfers"), 1);
 
     // Moved by counts, the pointer is somewhere: a spot without a label.
-    owner.always(kDeny);
+    owner.always(kNoAnswer);
     show("transfer");
     EXPECT_EQ(engine.post("/nudge", {{"dx", 5}, {"dy", 3}}).status, 200);
     EXPECT_EQ(engine.post("/nudge", {{"click", true}}).status, 403);
@@ -228,10 +236,12 @@ TEST_F(Guard, AClickIsJudgedWhereThePointerIs) {
     // A click after a motion may land on the button although the pointer is beside it.
     EXPECT_EQ(engine.post("/move", {{"x", 0.5}, {"y", 0.99}, {"fraction", true}}).status, 200);
     EXPECT_EQ(engine.post("/nudge", {{"dy", -200}, {"click", true}}).status, 403);
+    EXPECT_THAT(owner.asked(), SizeIs(4));
     EXPECT_EQ(touches(), 0U);
 }
 
 TEST_F(Guard, ALabelThatThePointerHidesDoesNotSlipThrough) {
+    owner.always(kNoAnswer);
     for (const double beside : {-0.05, -0.03, 0.0, 0.03, 0.05}) {
         show("transfer");
         Json place = at("Confirm");
@@ -262,6 +272,7 @@ TEST_F(Guard, WhateverPressesReturnOrSpaceIsJudgedAsThat) {
         {"/type", {{"text", "\n"}}},       {"/type", {{"text", "ref 1\n"}}},
         {"/type", {{"text", "ref 1\r2"}}},
     };
+    owner.always(kNoAnswer);
     show("transfer");
     for (const Row& row : pressing) {
         EXPECT_EQ(engine.post(row.path, row.body).status, 403) << row.path << row.body;
@@ -279,6 +290,7 @@ TEST_F(Guard, WhateverPressesReturnOrSpaceIsJudgedAsThat) {
 }
 
 TEST_F(Guard, ASlideToPayIsAskedAboutWhereverItGoes) {
+    owner.always(kNoAnswer);
     show("checkout");
     const Json knob = at("Slide to pay");
     Json slide = {{"x1", 0.12},      {"y1", knob["y"]}, {"x2", 0.95},
@@ -360,11 +372,12 @@ TEST_F(HardScreens, TapsAreJudgedAsTheRulesSay) {
         {"subscription", "Start free trial",
          "\"Start free trial\" on a payment screen showing €9.99"},
         {"chat", "Message", ""},
-        // Known limits of the rules, as docs/guard.md lists them.
-        {"priceAbove", "Get", ""},
-        {"twoLines", "your order", ""},
-        {"german", "Zahlungspflichtig bestellen", ""},
-        {"misread", "Confinn", ""},
+        // What the second layer adds.
+        {"priceAbove", "Get", "\"Get\" on a payment screen showing €4.99"},
+        {"twoLines", "your order", "\"your order\" on a payment screen showing €31.20"},
+        {"german", "Zahlungspflichtig bestellen",
+         "a payment button (\"Zahlungspflichtig bestellen\")"},
+        {"misread", "Confinn", "\"Confinn\" on a payment screen showing €80.00"},
     };
     for (const Row& row : rows) {
         // Away from every text, which the pointer would hide.
@@ -421,23 +434,24 @@ TEST_F(HardScreens, OfManyClientsExactlyTheApprovedOnesTap) {
     constexpr int kClients = 32;
     show("till");
     owner.react = [](std::size_t number, TimePoint, const std::stop_token&) {
-        return number % 3 == 0 ? kApprove : kDeny;
+        return number % 3 == 0 ? kApprove : kNoAnswer;
     };
     const Json button = at("Pay €5.00");
     std::atomic<int> done = 0;
-    std::atomic<int> denied = 0;
+    std::atomic<int> unanswered = 0;
     {
         std::vector<std::jthread> clients;
         for (int i = 0; i < kClients; ++i) {
             clients.emplace_back([&] {
                 const int status = engine.post("/tap", button).status;
                 if (status == 200) ++done;
-                if (status == 403) ++denied;
+                if (status == 403) ++unanswered;
             });
         }
     }
-    // Whoever waited too long for a turn was sent away without a question.
-    EXPECT_EQ(done + denied, static_cast<int>(owner.asked().size()));
+    // Whoever waited too long for a turn, or came after ten questions, was sent away without one.
+    EXPECT_LE(owner.asked().size(), 10U);
+    EXPECT_EQ(done + unanswered, static_cast<int>(owner.asked().size()));
     EXPECT_EQ(done, static_cast<int>((owner.asked().size() + 2) / 3));
     EXPECT_GT(done, 1);
     EXPECT_FALSE(owner.overlapped);

@@ -39,6 +39,8 @@ class RunningEngine {
     const LoopbackUrl& url() const { return url_; }
     VirtualPhone& phone(std::size_t index = 0);
     Wiring& wiring() { return *wiring_; }
+    // The engine's main loop, which nobody runs unless the test does.
+    MainLoop& loop() { return loop_; }
     const std::filesystem::path& home() const { return home_->path(); }
     const std::shared_ptr<TemporaryFolder>& homeFolder() const { return home_; }
     static std::string scenario(const std::string& file);

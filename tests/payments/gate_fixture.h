@@ -46,6 +46,7 @@ class FakeOwner final : public Asker {
     Reaction react = [](const auto&, auto) { return ApprovalAnswer::deny; };
     std::vector<ApprovalRequest> asked;
     std::vector<TimePoint> deadlines;
+    std::vector<std::string> told;
 
     void answer(std::deque<ApprovalAnswer> answers) {
         react = [answers](const auto&, auto) mutable {
@@ -60,6 +61,7 @@ class FakeOwner final : public Asker {
         deadlines.push_back(deadline);
         return react(request, withdrawn);
     }
+    void tell(const std::string& text) override { told.push_back(text); }
 };
 
 inline GateFrame frameOf(const std::vector<std::string>& texts) {
@@ -84,7 +86,11 @@ class PaymentGateTest : public testing::Test {
     FakeDefaults defaults_;
     FakeOwner owner_;
     PaymentLog log_{folder_ / "approvals.jsonl", clock_};
-    PaymentGate gate_{defaults_, owner_, log_, clock_, {.timeoutSeconds = 50, .keyUsage = {}, .questionsBeforePause = 100}};
+    PaymentGate gate_{defaults_,
+                      owner_,
+                      log_,
+                      clock_,
+                      {.timeoutSeconds = 50, .keyUsage = {}, .questionsBeforePause = 100}};
 
     std::deque<ScreenReading> screens_;
     std::function<void()> onRead_ = [] {};
@@ -140,7 +146,7 @@ class PaymentGateTest : public testing::Test {
         return {response.status, textMember(*body, "error").value_or("")};
     }
 
-    // The approvals log as "event: detail (why)" lines.
+    // The approvals log as "event: detail (why) [rule]" lines.
     std::vector<std::string> events() {
         log_.flush();
         std::vector<std::string> result;
@@ -149,7 +155,8 @@ class PaymentGateTest : public testing::Test {
             const Json entry = Json::parse(line);
             result.push_back(
                 entry["event"].get<std::string>() + ": " + entry["detail"].get<std::string>() +
-                (entry.contains("why") ? " (" + entry["why"].get<std::string>() + ")" : ""));
+                (entry.contains("why") ? " (" + entry["why"].get<std::string>() + ")" : "") +
+                (entry.contains("rule") ? " [" + entry["rule"].get<std::string>() + "]" : ""));
         }
         return result;
     }

@@ -24,8 +24,27 @@ TEST_F(SecondLayerGate, AsksAndNamesItsRuleInTheLog) {
     EXPECT_EQ(owner_.asked[0].why, "a payment button (\"Zahlungspflichtig bestellen\")");
     EXPECT_EQ(events()[0],
               "asked: tap “Zahlungspflichtig bestellen”: 25,00 € (a payment button "
-              "(\"Zahlungspflichtig bestellen\") [pay-words])");
+              "(\"Zahlungspflichtig bestellen\")) [pay-words]");
     EXPECT_EQ(performed_, 0);
+}
+
+TEST_F(SecondLayerGate, ItsAmountsAreNamedAndComparedAfterAnApproval) {
+    const auto basket = [](const char* amount) {
+        return frameOf({"Koszyk", "Razem", amount, "Kup teraz"});
+    };
+    owner_.answer({kApprove, kDeny});
+    screens_ = {basket("361,99 zł"), basket("961,99 zł")};
+    EXPECT_EQ(run(tapOnRow(3)).status, 403);
+    ASSERT_EQ(owner_.asked.size(), 2u);
+    EXPECT_EQ(owner_.asked[0].title, "Approve a payment of 361,99 zł?");
+    EXPECT_EQ(owner_.asked[1].summary, "961,99 zł");
+    EXPECT_EQ(performed_, 0);
+    // Without the second layer its amounts are unknown, too.
+    defaults_.whenUnsure = false;
+    screens_ = {frameOf({"Pay now", "361,99 zł"})};
+    owner_.answer({kDeny});
+    run(tapOnRow(0));
+    EXPECT_EQ(owner_.asked.back().summary, "no amount shown");
 }
 
 TEST_F(SecondLayerGate, ItsScreensMakeTypingBeChecked) {
@@ -109,7 +128,12 @@ TEST_F(SecondLayerGate, AfterTenQuestionsTheNextOnesWaitAMinute) {
     owner_.react = [](const auto&, auto) { return kTimeout; };
     for (int i = 0; i < 10; ++i) EXPECT_EQ(ask("€" + std::to_string(i + 1) + ".00"), 403);
     EXPECT_EQ(ask("€11.00"), 409);
+    EXPECT_EQ(ask("€11.00"), 409);
     EXPECT_EQ(owner_.asked.size(), 10u);
+    EXPECT_EQ(owner_.told, std::vector<std::string>{
+                               "Your AI has asked you 10 times within ten minutes. Its next "
+                               "question has to wait a minute: tap “Confirm”: €11.00 to Ilse "
+                               "Varga"});
     EXPECT_EQ(events().back(),
               "refused: tap “Confirm”: €11.00 to Ilse Varga: the assistant has asked 10 times "
               "within ten minutes (\"Confirm\" on a payment screen showing €11.00)");

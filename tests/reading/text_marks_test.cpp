@@ -29,11 +29,23 @@ INSTANTIATE_TEST_SUITE_P(TextMarks, StripsMarks,
                              {"7", "7"},
                          }));
 
+TEST(TextMarks, anAmountHasASignOrDecimals) {
+    for (const char* amount : {"€5", "$1,250", "12.50", "9,99 each", "5 £"}) {
+        EXPECT_TRUE(holdsAmount(amount)) << amount;
+    }
+    for (const char* other : {"9:41", "12", "iOS 17.2", "$", "1.5 km"}) {
+        EXPECT_FALSE(holdsAmount(other)) << other;
+    }
+}
+
 TEST(TextMarks, anSBeforeAnAmountMayBeADollarSign) {
-    EXPECT_TRUE(mayMisspellSign("S77.11"));
-    EXPECT_TRUE(mayMisspellSign("Total S1,250"));
-    EXPECT_FALSE(mayMisspellSign("Model S22"));
-    EXPECT_FALSE(mayMisspellSign("$77.11"));
+    EXPECT_TRUE(mayMisspellAmount("S77.11"));
+    EXPECT_TRUE(mayMisspellAmount("Total S1,250"));
+    EXPECT_TRUE(mayMisspellAmount("O.55 €"));
+    EXPECT_TRUE(mayMisspellAmount("B,13 €"));
+    EXPECT_FALSE(mayMisspellAmount("Model S22"));
+    EXPECT_FALSE(mayMisspellAmount("iOS 17.2, build 4"));
+    EXPECT_FALSE(mayMisspellAmount("$77.11"));
 }
 
 }  // namespace

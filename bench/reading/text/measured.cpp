@@ -20,6 +20,11 @@ double processorMilliseconds() {
     return static_cast<double>(now.tv_sec) * 1e3 + static_cast<double>(now.tv_nsec) / 1e6;
 }
 
+double millisecondsSince(std::chrono::steady_clock::time_point start) {
+    return std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start)
+        .count();
+}
+
 template <typename Work>
 double milliseconds(Work&& work) {
     const double start = processorMilliseconds();
@@ -67,9 +72,7 @@ Measured measureOwn(const FrameSet& set, Details details) {
         Times times;
         const auto start = std::chrono::steady_clock::now();
         times.cold = milliseconds([&] { text = recognizer->read(frame.picture).value(); });
-        times.coldPassed =
-            std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start)
-                .count();
+        times.coldPassed = millisecondsSince(start);
         times.same = milliseconds([&] { recognizer->read(again).value(); });
         times.rowChanged = milliseconds([&] { recognizer->read(changed).value(); });
         // From the same frame as the changed row.
@@ -85,8 +88,9 @@ Measured measureWith(TextRecognizer& recognizer, const FrameSet& set) {
     Measured all{.score = {}, .times = {}, .frames = static_cast<int>(set.frames.size())};
     for (const KnownFrame& frame : set.frames) {
         ReadText text;
+        const auto start = std::chrono::steady_clock::now();
         const double time = milliseconds([&] { text = recognizer.read(frame.picture).value(); });
-        all.times.add({time, time, time, time, time});
+        all.times.add({time, time, time, time, millisecondsSince(start)});
         all.score.add(scoreFrame(frame, text.records, Details::kNone));
     }
     return all;

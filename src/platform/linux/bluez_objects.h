@@ -13,7 +13,6 @@ namespace tandrel::bluez {
 struct Adapter {
     std::string address;
     bool powered = false;
-    bool pairable = true;
     bool canBePeripheral = false;  // can publish services and advertise
 };
 

@@ -108,11 +108,24 @@ void Session::refresh() {
         agentRegistered_ = false;
         pinging_ = false;
     }
+    followAddresses();
     refreshRegistrations();
     for (const auto& [adapter, registration] : registrations_) refreshLink(*registration);
     refreshState();
     for (const Device& device : bonds_.newlyStale(watch_.objects(), systemClock().now())) {
         log("bluetooth: " + BondWatch::advice(device));
+    }
+}
+
+// A phone comes with a passing address; pairing tells the lasting one of the same object.
+void Session::followAddresses() {
+    std::erase_if(addresses_, [this](const auto& entry) {
+        return !watch_.objects().devices.contains(entry.first);
+    });
+    for (const auto& [path, device] : watch_.objects().devices) {
+        std::string& known = addresses_[path];
+        if (known != device.address && users_.contains(known)) users_.insert(device.address);
+        known = device.address;
     }
 }
 
@@ -145,12 +158,6 @@ void Session::refreshRegistrations() {
             };
             registration = std::make_unique<Registration>(
                 bus_, path, *publication_, static_cast<GattRequests&>(*this), report);
-            if (!adapter.pairable) {
-                log(
-                    fmt::format("bluetooth: {} takes no new phones; allow it with: "
-                                "bluetoothctl pairable on",
-                                shortName(path)));
-            }
         }
         // A failed step waits for its retry.
         if (!retrying_ || !adapter.powered) registration->advance(adapter.powered);

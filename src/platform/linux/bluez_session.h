@@ -76,6 +76,7 @@ class Session final : private GattRequests {
     void notifyingChanged() override;
 
     void refresh();
+    void followAddresses();
     void refreshState();
     void refreshRegistrations();
     void refreshLink(Registration& registration);
@@ -108,9 +109,10 @@ class Session final : private GattRequests {
     bool wasPresent_ = false;
     std::optional<std::pair<BluetoothState, std::string>> lastState_;
 
-    std::set<std::string> users_;                 // addresses that have used our services
-    std::map<std::string, std::string> guesses_;  // by adapter: who probably subscribed
-    std::map<std::string, PhoneLink> links_;      // by adapter
+    std::set<std::string> users_;                   // addresses that have used our services
+    std::map<std::string, std::string> addresses_;  // by path, as last seen
+    std::map<std::string, std::string> guesses_;    // by adapter: who probably subscribed
+    std::map<std::string, PhoneLink> links_;        // by adapter
     // Devices that were asked to leave, by path, until they have.
     std::map<std::string, std::unique_ptr<sdbus::IProxy>> farewells_;
     std::set<std::string> deaf_;  // addresses sent away once for being silent

@@ -38,7 +38,6 @@ void assign(T& field, const Properties& properties, const std::string& name) {
 void assign(Adapter& adapter, const Properties& properties) {
     assign(adapter.address, properties, "Address");
     assign(adapter.powered, properties, "Powered");
-    assign(adapter.pairable, properties, "Pairable");
 }
 
 void assign(Device& device, const Properties& properties) {

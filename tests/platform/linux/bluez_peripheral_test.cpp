@@ -195,6 +195,15 @@ TEST_F(BluezTest, PhoneThatRemembersOurServicesOnlySubscribes) {
     EXPECT_TRUE(publisher_->awaitSubscriptions(central_, 3));
 }
 
+TEST_F(BluezTest, PhoneIsFollowedFromItsPassingAddressToItsLastingOne) {
+    startWithPhone();
+    bluez_.announce(phone_, bluez::kDevice, {{"Address", sdbus::Variant(std::string(kOther))}});
+    ASSERT_TRUE(publisher_->awaitSubscriptions(bluez::centralOf(kOther), 3));
+    EXPECT_TRUE(publisher_->awaitSubscriptions(central_, 0));
+    publisher_->send(kKeyboard, {4}, {bluez::centralOf(kOther)});
+    EXPECT_THAT(bluez_.received(phone_, 1), ElementsAre("1/2 04"));
+}
+
 TEST_F(BluezTest, SecondPhoneIsSentAwayAndHearsNothingButReleases) {
     startWithPhone();
     send(4);

@@ -1,0 +1,33 @@
+#include "payments/rule_verdicts.h"
+
+#include <fmt/format.h>
+
+#include "payments/guard_patterns.h"
+
+namespace tandrel::PaymentGuard {
+
+Verdict payButton(std::string_view label) {
+    return fmt::format("a payment button (\"{}\")", label);
+}
+
+Verdict onPayment(std::string_view label, const WideScreen& screen) {
+    return fmt::format("\"{}\" on a payment screen{}", label, screen.shown());
+}
+
+Verdict unlabelled(const WideScreen& screen) {
+    return "an unlabelled spot on a payment screen" + screen.shown();
+}
+
+bool isStrong(const Label& label) { return label.mayBeButton() && has(Rule::strong, label.text); }
+
+bool isPayButton(const Label& label) {
+    return label.pays() || isStrong(label) || (label.amount && label.buys());
+}
+
+bool commits(const Label& label) {
+    return label.mayBeButton() && label.phrases.words <= kMostCommitWords && !label.dismisses() &&
+           (label.phrases.isAll(Word::commit) || label.phrases.isAll(Word::transfer) ||
+            label.phrases.isAll(Word::buy) || label.phrases.isAll(Word::pay));
+}
+
+}  // namespace tandrel::PaymentGuard

@@ -1,0 +1,27 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "payments/wide_screen.h"
+
+// How the second layer's rules word what they see, and what several of them ask of a label.
+namespace tandrel::PaymentGuard {
+
+using Verdict = std::optional<std::string>;
+
+Verdict payButton(std::string_view label);
+Verdict onPayment(std::string_view label, const WideScreen& screen);
+Verdict unlabelled(const WideScreen& screen);
+
+inline constexpr std::size_t kMostCommitWords = 5;
+
+// The first layer would take it for a pay button.
+bool isStrong(const Label& label);
+// It would pay on whatever screen it is.
+bool isPayButton(const Label& label);
+// A word that commits a form, and nothing else.
+bool commits(const Label& label);
+
+}  // namespace tandrel::PaymentGuard

@@ -1,0 +1,281 @@
+#include "payments/screen_rules.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+
+#include <fmt/format.h>
+
+#include "base/unicode.h"
+#include "payments/guard_patterns.h"
+
+namespace tandrel::PaymentGuard {
+namespace {
+
+constexpr std::size_t kMostVerbWords = 5;   // of a button that begins with a verb
+constexpr std::size_t kMostLongWords = 14;  // of a button in more words than a button has
+constexpr double kBesideAmount = 0.16;      // of the frame's height
+constexpr double kBand = 1.2;               // of a line's height, above and below a pay button
+constexpr double kNavigationBar = 0.11;     // of the frame's height
+constexpr double kTabBar = 0.9;             // where it begins
+constexpr double kCentred = 0.06;           // of the frame's width
+constexpr std::size_t kMostAmountsBesideIcon = 3;
+constexpr double kTurned = 1.5;  // a line so much higher than wide runs downwards
+constexpr int kLeastTurnedLines = 3;
+
+// "Submit refill order", "Send gift card": a word that commits, and what it is about.
+bool commitsToPaying(const Label& label) {
+    const auto& phrases = label.phrases;
+    return label.mayBeButton() && phrases.words <= kMostCommitWords && !label.dismisses() &&
+           (phrases.startsWith(Word::commit) || phrases.startsWith(Word::transfer)) &&
+           (phrases.contains(Word::buy) || phrases.contains(Word::pay) ||
+            phrases.contains(Word::money));
+}
+
+// Centred, or with nothing but a refusal beside it, below an amount.
+bool standsLikePayButton(const Label& label, const WideScreen& screen) {
+    bool belowAmount = false;
+    bool beside = false;
+    bool besideRefusal = false;
+    for (const auto& other : screen.labels()) {
+        if (&other == &label) continue;
+        belowAmount = belowAmount || (other.amount && other.top < label.top);
+        if (other.bottom <= label.top || other.top >= label.bottom) continue;
+        (other.dismisses() ? besideRefusal : beside) = true;
+    }
+    const double middle = (label.left + label.right) / 2 / screen.frame().width;
+    const bool centred = std::abs(middle - 0.5) < kCentred;
+    return belowAmount && !beside && (centred || besideRefusal);
+}
+
+// A sentence about paying an amount, on one line or broken over up to three.
+bool saysItPays(const WideScreen& screen) {
+    const auto& labels = screen.labels();
+    const auto speaks = [](const Phrases& phrases) {
+        return phrases.contains(Word::pay) || phrases.contains(Word::buy) ||
+               phrases.contains(Word::money) || phrases.contains(Word::transfer) ||
+               phrases.contains(Word::offer);
+    };
+    for (std::size_t i = 0; i < labels.size(); ++i) {
+        if (!labels[i].amount) continue;
+        const std::size_t from = i > 0 ? i - 1 : 0;
+        const std::size_t to = std::min(labels.size(), i + 2);
+        for (std::size_t j = from; j < to; ++j) {
+            if (!labels[j].dismisses() && speaks(labels[j].phrases)) return true;
+        }
+    }
+    return false;
+}
+
+}  // namespace
+
+Verdict buyingVerb(const WideScreen& screen) {
+    if (!screen.taps() || !screen.amount()) return std::nullopt;
+    for (const Label* label : screen.hit()) {
+        if (label->phrases.words <= kMostVerbWords && label->buys()) {
+            return onPayment(label->text, screen);
+        }
+    }
+    return std::nullopt;
+}
+
+Verdict verbBesideAmount(const WideScreen& screen) {
+    const Label* label = screen.taps() ? screen.label() : nullptr;
+    if (!label || !label->mayBeButton() || label->dismisses()) return std::nullopt;
+    if (label->phrases.words > kMostVerbWords) return std::nullopt;
+    if (!label->phrases.startsWith(Word::weakBuy) && !label->phrases.isAll(Word::weakBuy)) {
+        return std::nullopt;
+    }
+    const double reach = kBesideAmount * screen.frame().height;
+    for (const auto& other : screen.labels()) {
+        if (!other.amount || other.phrases.contains(Word::speech)) continue;
+        if (std::abs(other.top - label->top) <= reach) return onPayment(label->text, screen);
+    }
+    return std::nullopt;
+}
+
+Verdict longLabel(const WideScreen& screen) {
+    if (!screen.taps() || !screen.amount()) return std::nullopt;
+    for (const Label* label : screen.hit()) {
+        const auto& phrases = label->phrases;
+        if (phrases.words > kMostLongWords || phrases.contains(Word::speech)) continue;
+        if (label->dismisses() || label->text.ends_with('.')) continue;
+        if (label->amount ? phrases.startsWith(Word::pay) : phrases.startsWith(Word::payStart)) {
+            return onPayment(label->text, screen);
+        }
+        if (screen.hasCaption() && phrases.startsWith(Word::pay)) {
+            return onPayment(label->text, screen);
+        }
+    }
+    return std::nullopt;
+}
+
+Verdict offer(const WideScreen& screen) {
+    const Label* label = screen.taps() ? screen.label() : nullptr;
+    if (!screen.isOffer() || !label || !label->mayBeButton()) return std::nullopt;
+    if (label->dismisses() || label->isHarmless()) return std::nullopt;
+    const auto& phrases = label->phrases;
+    if (phrases.words > kMostCommitWords) return std::nullopt;
+    const double middle = (label->left + label->right) / 2 / screen.frame().width;
+    const bool lowAndCentred = std::abs(middle - 0.5) < kCentred &&
+                               label->top > 0.6 * screen.frame().height &&
+                               label->right - label->left < 0.6 * screen.frame().width;
+    if (commits(*label) || phrases.startsWith(Word::weakBuy) || phrases.startsWith(Word::buy) ||
+        phrases.startsWith(Word::commit) || phrases.isAll(Word::offer) || lowAndCentred ||
+        (screen.isClearOffer() && standsLikePayButton(*label, screen))) {
+        return onPayment(label->text, screen);
+    }
+    return std::nullopt;
+}
+
+Verdict commitWithCaption(const WideScreen& screen) {
+    if (!screen.taps() || !screen.amount() || !screen.hasCaption() || screen.isSettled()) {
+        return std::nullopt;
+    }
+    for (const Label* label : screen.hit()) {
+        if (commits(*label) || commitsToPaying(*label)) return onPayment(label->text, screen);
+    }
+    return std::nullopt;
+}
+
+Verdict buttonOfPayment(const WideScreen& screen) {
+    const Label* label = screen.taps() ? screen.label() : nullptr;
+    if (!label || !screen.amount() || screen.isSettled()) return std::nullopt;
+    if (!screen.isDue() && !screen.hasCaption()) return std::nullopt;
+    const auto& phrases = label->phrases;
+    if (!label->mayBeButton() || phrases.words == 0 || phrases.words > kMostCommitWords) {
+        return std::nullopt;
+    }
+    if (label->dismisses() || label->isHarmless()) return std::nullopt;
+    if (phrases.isAll(Word::due) || phrases.isAll(Word::money)) return std::nullopt;
+    if (!standsLikePayButton(*label, screen)) return std::nullopt;
+    return onPayment(label->text, screen);
+}
+
+Verdict dialog(const WideScreen& screen) {
+    const Label* label = screen.taps() ? screen.label() : nullptr;
+    if (!label || !commits(*label)) return std::nullopt;
+    const auto dismisses = [](const Label& other) { return other.dismisses(); };
+    if (!std::ranges::any_of(screen.labels(), dismisses) || !saysItPays(screen)) {
+        return std::nullopt;
+    }
+    return onPayment(label->text, screen);
+}
+
+Verdict paymentScreenTap(const WideScreen& screen) {
+    if (!screen.taps() || !screen.isPayment()) return std::nullopt;
+    const Label* label = screen.label();
+    if (!label) return unlabelled(screen);
+    if (label->dismisses()) return std::nullopt;
+    if (commits(*label) || graphemeCount(label->text) <= 2) return onPayment(label->text, screen);
+    return std::nullopt;
+}
+
+Verdict payBand(const WideScreen& screen) {
+    const auto y = screen.y();
+    if (!screen.taps() || screen.label() || !y) return std::nullopt;
+    for (const auto& label : screen.labels()) {
+        const double reach = kBand * label.height();
+        if (isPayButton(label) && label.top - reach <= *y && *y <= label.bottom + reach) {
+            return unlabelled(screen);
+        }
+    }
+    return std::nullopt;
+}
+
+Verdict iconBesideAmount(const WideScreen& screen) {
+    const auto x = screen.x();
+    const auto y = screen.y();
+    if (!screen.taps() || screen.label() || !x || !y) return std::nullopt;
+    if (screen.amounts() > kMostAmountsBesideIcon || !screen.hasCaption()) return std::nullopt;
+    if (*y < kNavigationBar * screen.frame().height) return std::nullopt;
+    for (const auto& label : screen.labels()) {
+        const double reach = label.height();
+        if (label.amount && label.right < *x && label.top - reach <= *y &&
+            *y <= label.bottom + reach) {
+            return unlabelled(screen);
+        }
+    }
+    return std::nullopt;
+}
+
+Verdict iconAlone(const WideScreen& screen) {
+    const auto y = screen.y();
+    if (!screen.taps() || screen.label() || !y || !screen.amount() || !screen.isDue()) {
+        return std::nullopt;
+    }
+    if (screen.amounts() > kMostAmountsBesideIcon) return std::nullopt;
+    const double height = screen.frame().height;
+    if (*y < kNavigationBar * height || *y > kTabBar * height) return std::nullopt;
+    bool below = false;
+    for (const auto& label : screen.labels()) {
+        if (label.mayBeButton() && (commits(label) || isPayButton(label))) return std::nullopt;
+        below = below || (label.amount && label.bottom < *y);
+    }
+    if (!below) return std::nullopt;
+    return unlabelled(screen);
+}
+
+Verdict tipShare(const WideScreen& screen) {
+    static const Regex share(R"(^\W*\d{1,2}([.,]\d)?\s?[%٪]\W*$)", Regex::Case::sensitive);
+    if (!screen.taps() || !screen.has(Word::tip)) return std::nullopt;
+    for (const Label* label : screen.hit()) {
+        if (share.has(trimmed(label->withoutAmount))) return onPayment(label->text, screen);
+    }
+    return std::nullopt;
+}
+
+Verdict slider(const WideScreen& screen) {
+    if (screen.action().kind != Kind::swipe || screen.taps()) return std::nullopt;
+    for (const auto& label : screen.labels()) {
+        if (!label.phrases.contains(Word::slide)) continue;
+        return fmt::format("a \"{}\" control{}", label.text,
+                           screen.amount() ? " for " + *screen.amount() : "");
+    }
+    return std::nullopt;
+}
+
+Verdict enterKey(const WideScreen& screen) {
+    const Action& action = screen.action();
+    const bool enters = action.kind == Kind::enter ||
+                        (action.kind == Kind::type &&
+                         action.text.value_or("").find_first_of("\r\n") != std::string::npos);
+    if (!enters || !screen.isPayment()) return std::nullopt;
+    return "Enter on a payment screen" + screen.shown();
+}
+
+Verdict secret(const WideScreen& screen) {
+    const Action& action = screen.action();
+    if (!screen.has(Word::passcode) || !screen.amount()) return std::nullopt;
+    const Label* button = screen.taps() ? screen.label() : nullptr;
+    if (button && button->phrases.isAll(Word::commit) && saysItPays(screen)) {
+        return onPayment(button->text, screen);
+    }
+    if (!screen.hasCaption() && !screen.isPayment()) return std::nullopt;
+    if (action.kind == Kind::type && has(Rule::numeric, action.text.value_or(""))) {
+        return "typing a passcode on a payment screen";
+    }
+    const Label* label = screen.taps() ? screen.label() : nullptr;
+    if (label && graphemeCount(label->text) == 1 && has(Rule::numeric, label->text)) {
+        return onPayment(label->text, screen);
+    }
+    return std::nullopt;
+}
+
+Verdict turned(const WideScreen& screen) {
+    if (!screen.taps()) return std::nullopt;
+    int down = 0;
+    int across = 0;
+    bool money = screen.amount().has_value();
+    for (const auto& label : screen.labels()) {
+        if (graphemeCount(label.text) < 4) continue;
+        ++(label.height() > kTurned * (label.right - label.left) ? down : across);
+        money = money || label.pays();
+    }
+    if (!money || down < kLeastTurnedLines || across > down) return std::nullopt;
+    const Label* label = screen.label();
+    if (label && label->dismisses()) return std::nullopt;
+    return label ? onPayment(label->text, screen) : unlabelled(screen);
+}
+
+}  // namespace tandrel::PaymentGuard

@@ -1,0 +1,93 @@
+#include "payments/guard_words.h"
+
+#include <fstream>
+
+#include <gtest/gtest.h>
+
+#include "payments/folded_text.h"
+#include "support/temporary_folder.h"
+
+namespace tandrel::PaymentGuard {
+namespace {
+
+Phrases found(const std::string& text, const GuardWords& words = *GuardWords::builtIn()) {
+    return words.find(folded(text));
+}
+
+TEST(GuardWords, KnowsAmountsThatTheFirstLayerLacks) {
+    struct Row {
+        const char* text;
+        std::optional<std::string> amount;
+    };
+    for (const Row& row : {
+             Row{"Razem 361,99 zł", "361,99 zł"},
+             Row{"214,90 R$", "214,90 R$"},
+             Row{"1 290 Kč", "1 290 Kč"},
+             Row{"4990 Ft", "4990 Ft"},
+             Row{"149 kr", "149 kr"},
+             Row{"Rs 450", "Rs 450"},
+             Row{"2,300円", "2,300円"},
+             Row{"36.5元", "36.5元"},
+             Row{"2,500 sats", "2,500 sats"},
+             Row{"0.0042 BTC", "0.0042 BTC"},
+             Row{"１２００円", "1200円"},
+             Row{"EUR25.00", "EUR25.00"},
+             Row{"€5", "€5"},
+             Row{"19,99 km", std::nullopt},
+             Row{"Kč", std::nullopt},
+             Row{"12 ftt", std::nullopt},
+             Row{"Route 66", std::nullopt},
+         }) {
+        EXPECT_EQ(GuardWords::builtIn()->amount(plain(row.text)), row.amount) << row.text;
+    }
+}
+
+TEST(GuardWords, FindsAPhraseHoweverItIsWritten) {
+    for (const char* text : {"Jetzt bezahlen", "JETZT BEZAHLEN!", "Jetzt mit PayPal bezahlen",
+                             "ｊｅｔｚｔ ｂｅｚａｈｌｅｎ", "Zapłać teraz", "zaplac teraz",
+                             "お支払いを確定する", "P A Y  N O W", "Рay now"}) {
+        EXPECT_TRUE(found(text).isAll(Word::pay)) << text;
+    }
+    for (const char* text : {"", "Bezahlte Rechnungen", "N O W  P A", "支", "Payments"}) {
+        EXPECT_FALSE(found(text).isAll(Word::pay)) << text;
+    }
+    EXPECT_TRUE(found("View my order").startsWith(Word::harmless));
+    EXPECT_TRUE(found("Sendung verfolgen").endsWith(Word::harmlessEnd));
+    EXPECT_EQ(found("one two three").words, 3u);
+}
+
+TEST(GuardWords, AFileCanAddAndNeverTakeAway) {
+    const auto words = GuardWords::with(
+        R"({"pay":["maksa nyt"],"currencies":["mk"],"dismiss":["pay now"],"speech":["maksa"],)"
+        R"("settled":["loppu"],"harmless":["osta"]})");
+    ASSERT_TRUE(words);
+    EXPECT_TRUE(found("Maksa nyt", **words).isAll(Word::pay));
+    EXPECT_EQ((*words)->amount("25 mk"), "25 mk");
+    EXPECT_TRUE(found("Jetzt bezahlen", **words).isAll(Word::pay)) << "what shipped stays";
+    for (const Word soothing : {Word::dismiss, Word::speech, Word::settled, Word::harmless}) {
+        for (const char* text : {"pay now", "maksa", "loppu", "osta"}) {
+            EXPECT_FALSE(found(text, **words).contains(soothing)) << text;
+        }
+    }
+}
+
+TEST(GuardWords, AFileThatIsNoneIsRefusedOrPassedOver) {
+    for (const char* file : {"", "7", "{}", R"({"pay":7})", R"({"pay":[7]})", R"({"pay":[""]})",
+                             R"({"pay":["!!"]})", R"({"pay":["x"]})", R"({"currencies":["5"]})",
+                             R"({"pay":["one two three four five six seven eight"]})"}) {
+        EXPECT_FALSE(GuardWords::with(file)) << file;
+    }
+    const TemporaryFolder folder;
+    std::ofstream(folder.path() / "de.json") << "{\"pay\":[";
+    std::ofstream(folder.path() / "fi.json") << R"({"pay":["maksa nyt"]})";
+    testing::internal::CaptureStderr();
+    const auto words = GuardWords::load(folder.path());
+    const std::string log = testing::internal::GetCapturedStderr();
+    EXPECT_TRUE(found("Maksa nyt", *words).isAll(Word::pay));
+    EXPECT_TRUE(found("Jetzt bezahlen", *words).isAll(Word::pay));
+    EXPECT_NE(log.find("can't use"), log.npos) << log;
+    EXPECT_NE(log.find("fr.json is missing"), log.npos) << log;
+}
+
+}  // namespace
+}  // namespace tandrel::PaymentGuard

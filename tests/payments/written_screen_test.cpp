@@ -1,0 +1,90 @@
+#include "payments/written_screen.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace tandrel::PaymentGuard {
+namespace {
+
+using testing::HasSubstr;
+
+const std::vector<std::string> kTill = {"= Till",      "Coffee and a bun", "Total | €5.20",
+                                        ":In a hurry", "_Code_",           "[Pay now]",
+                                        "(Cancel)",    "~Slide to pay~",   "{tick}"};
+
+TEST(WrittenScreen, TheMarksSayWhatARowIs) {
+    struct Row {
+        const char* written;
+        RowKind kind;
+        const char* text;
+        const char* detail;
+    };
+    for (const Row& row : {
+             Row{"Coffee", RowKind::text, "Coffee", ""},
+             Row{"= Till", RowKind::title, "Till", ""},
+             Row{":In a hurry", RowKind::centred, "In a hurry", ""},
+             Row{"Total | €5.20", RowKind::row, "Total", "€5.20"},
+             Row{"[Pay now]", RowKind::button, "Pay now", ""},
+             Row{"(Cancel)", RowKind::plainButton, "Cancel", ""},
+             Row{"~Slide to pay~", RowKind::slider, "Slide to pay", ""},
+             Row{"_Code_", RowKind::field, "Code", ""},
+             Row{"{tick}", RowKind::symbol, "tick", ""},
+             Row{"[", RowKind::text, "[", ""},
+             Row{"[]", RowKind::text, "[]", ""},
+             Row{"(half", RowKind::text, "(half", ""},
+             Row{"", RowKind::text, "", ""},
+         }) {
+        const WrittenRow parsed = parseWrittenScreen({row.written}).at(0);
+        EXPECT_EQ(parsed.kind, row.kind) << row.written;
+        EXPECT_EQ(parsed.text, row.text) << row.written;
+        EXPECT_EQ(parsed.detail, row.detail) << row.written;
+    }
+}
+
+TEST(WrittenScreen, ATapHitsTheTextThatItNames) {
+    const auto screen = parseWrittenScreen(kTill);
+    struct Row {
+        const char* target;
+        std::optional<std::string> hit;
+    };
+    for (const Row& row :
+         {Row{"= Till", "Till"}, Row{"Coffee and a bun", "Coffee and a bun"}, Row{"Total", "Total"},
+          Row{"€5.20", "€5.20"}, Row{"In a hurry", "In a hurry"}, Row{"_Code_", "Code"},
+          Row{"[Pay now]", "Pay now"}, Row{"Cancel", "Cancel"},
+          Row{"~Slide to pay~", "Slide to pay"}, Row{"{tick}", std::nullopt}}) {
+        const auto action = parseWrittenAction("tap " + std::string(row.target), screen);
+        ASSERT_TRUE(action) << row.target;
+        const auto laid = layOut(screen, *action);
+        EXPECT_EQ(label(laid.action.x, laid.action.y, laid.lines, laid.frame), row.hit);
+    }
+}
+
+TEST(WrittenScreen, ActionsWithoutATarget) {
+    const auto screen = parseWrittenScreen(kTill);
+    const auto actionOf = [&](const char* text) {
+        return layOut(screen, *parseWrittenAction(text, screen)).action;
+    };
+    EXPECT_EQ(actionOf("enter"), (Action{.kind = Kind::enter}));
+    EXPECT_EQ(actionOf("type ref 12"), (Action{.kind = Kind::type, .text = "ref 12"}));
+    const Action swipe = actionOf("swipe");
+    EXPECT_LT(swipe.x, 0.2);
+    EXPECT_GT(swipe.x2, 0.8);
+    const auto slider = layOut(screen, *parseWrittenAction("tap ~Slide to pay~", screen)).action;
+    EXPECT_EQ(swipe.y, slider.y);
+    for (const char* wrong : {"", "tap", "tap Nothing", "shake", "tap pay now"}) {
+        EXPECT_FALSE(parseWrittenAction(wrong, screen)) << wrong;
+    }
+}
+
+TEST(WrittenScreen, LongTextsAreBrokenAndStayOnTheScreen) {
+    const auto screen = parseWrittenScreen(
+        {"A sentence that is a good deal longer than a phone is wide, and more"});
+    const auto laid = layOut(screen, *parseWrittenAction("enter", screen));
+    ASSERT_EQ(laid.lines.size(), 3u);  // the clock above them
+    EXPECT_EQ(laid.lines[1].text + " " + laid.lines[2].text, screen[0].text);
+    EXPECT_GE(laid.lines[2].y, laid.lines[1].y + laid.lines[1].h);
+    for (const auto& line : laid.lines) EXPECT_LE(line.x + line.w, laid.frame.width) << line.text;
+}
+
+}  // namespace
+}  // namespace tandrel::PaymentGuard
