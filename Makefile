@@ -23,8 +23,8 @@ CTEST = mkdir -p $(1)/home && $(PLAIN) $(2) ctest --test-dir $(1) --output-on-fa
 # Targets share build folders.
 .NOTPARALLEL:
 
-.PHONY: build run test test-asan test-tsan check format check-format check-house check-man analyze \
-        bench bench-text guard-report fuzz soak stats install uninstall clean help
+.PHONY: build run test test-asan test-tsan test-bluetooth check format check-format check-house \
+        check-man analyze bench bench-text guard-report fuzz soak stats install uninstall clean help
 
 build: ## build both programs into build/bin/
 	@scripts/install-packages.sh build
@@ -51,6 +51,12 @@ test-tsan: ## the tests under the thread sanitizer
 	@scripts/configure.sh build-tsan -DTANDREL_SANITIZE=thread
 	@ninja -C build-tsan
 	@$(call CTEST,build-tsan,$(shell scripts/sanitizer-options.sh))
+
+test-bluetooth: ## our Bluetooth keyboard used by a real host in a virtual machine (minutes; needs root)
+	@scripts/install-packages.sh rig
+	@scripts/configure.sh $(BUILD)
+	@ninja -C $(BUILD) hid_probe
+	@tests/rig/test.sh $(BUILD)/bin/hid_probe
 
 check: check-format check-house check-man analyze test test-asan test-tsan ## everything a change must pass
 
@@ -124,4 +130,4 @@ clean: ## remove every build folder
 
 help: ## print this list
 	@sed -n 's/^\([a-z-]*\):.*## \(.*\)/\1|\2/p' $(MAKEFILE_LIST) | \
-	    while IFS='|' read -r name text; do printf '  make %-13s %s\n' "$$name" "$$text"; done
+	    while IFS='|' read -r name text; do printf '  make %-14s %s\n' "$$name" "$$text"; done

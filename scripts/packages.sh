@@ -1,6 +1,6 @@
 #!/bin/sh
 # The Debian packages that each step needs; the one list of them.
-#   scripts/packages.sh build|check|bench
+#   scripts/packages.sh build|check|bench|rig
 set -eu
 
 build="
@@ -22,6 +22,9 @@ bench="
     libbenchmark-dev libmicrohttpd-dev libswscale-dev
     fonts-dejavu-core fonts-liberation fonts-noto-core
 "
+rig="
+    qemu-system-x86 seabios debootstrap busybox-static kmod cpio
+"
 check="
     $bench
     clang-19 clang-tidy-19 clang-format-19 libclang-rt-19-dev llvm-19
@@ -33,5 +36,6 @@ case "${1:-build}" in
     build) echo $build ;;
     bench) echo $build $bench ;;
     check) echo $build $check ;;
-    *) echo "usage: packages.sh build|check|bench" >&2; exit 2 ;;
+    rig) echo $build $rig ;;
+    *) echo "usage: packages.sh build|check|bench|rig" >&2; exit 2 ;;
 esac

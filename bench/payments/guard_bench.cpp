@@ -70,7 +70,7 @@ void bothLayers(benchmark::State& state, const GateFrame& frame, std::size_t lin
         }
     }
 }
-BENCHMARK_CAPTURE(bothLayers, order_of_60_lines, order(), 6)->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(bothLayers, order_of_60_lines, order(), 3)->Unit(benchmark::kMillisecond);
 BENCHMARK_CAPTURE(bothLayers, article_of_60_lines, article(), 30)->Unit(benchmark::kMillisecond);
 
 void details(benchmark::State& state, const GateFrame& frame) {

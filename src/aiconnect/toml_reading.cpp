@@ -2,9 +2,17 @@
 
 #include <algorithm>
 #include <charconv>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
+// Some text does not keep what the library takes for granted. That is an error of the parse, not
+// the end of the process or, without assertions, of all sense.
+[[noreturn]] static void breakOffParse() {
+    throw std::logic_error("it is not TOML as the parser knows it");
+}
+#undef NDEBUG
+#define TOML_ASSERT(expression) ((expression) ? void() : breakOffParse())
 // Values nest no deeper than this; the library's own limit is meant for a larger stack.
 #define TOML_MAX_NESTED_VALUES 32
 #include <fmt/format.h>

@@ -1,5 +1,7 @@
 #include "payments/folded_text.h"
 
+#include <algorithm>
+#include <array>
 #include <cstdio>
 #include <cstdlib>
 
@@ -65,6 +67,21 @@ icu::UnicodeString skeleton(const icu::UnicodeString& text) {
     return U_SUCCESS(status) ? result : text;
 }
 
+// What each ASCII character looks like: its skeleton, which goes character by character.
+const std::array<std::string, 0x80>& asciiSkeletons() {
+    static const std::array<std::string, 0x80> table = [] {
+        std::array<std::string, 0x80> all;
+        for (char16_t c = 0; c < all.size(); ++c)
+            all[c] = narrow(skeleton(icu::UnicodeString(c)).foldCase());
+        return all;
+    }();
+    return table;
+}
+
+bool isAscii(std::string_view text) {
+    return std::ranges::all_of(text, [](char c) { return static_cast<unsigned char>(c) < 0x80; });
+}
+
 bool isWordPart(UChar32 c) { return u_isalnum(c) || (U_GET_GC_MASK(c) & U_GC_M_MASK) != 0; }
 bool isMark(UChar32 c) { return u_charType(c) == U_NON_SPACING_MARK; }
 
@@ -116,11 +133,20 @@ icu::UnicodeString latinSpelling(const icu::UnicodeString& word) {
 
 }  // namespace
 
-std::string plain(std::string_view text) { return narrow(normalised(*tools().plain, wide(text))); }
+std::string plain(std::string_view text) {
+    if (isAscii(text)) return std::string(text);
+    return narrow(normalised(*tools().plain, wide(text)));
+}
 
 std::string folded(std::string_view text) {
     const auto words = separateWords(normalised(*tools().caseless, wide(text)));
     if (words.isEmpty()) return "";
+    const std::string letters = narrow(words);
+    if (isAscii(letters)) {
+        std::string looks;
+        for (const char c : letters) looks += asciiSkeletons()[static_cast<unsigned char>(c)];
+        return looks;
+    }
     auto result = withoutMarks(skeleton(words));
     return narrow(result.foldCase());
 }

@@ -116,6 +116,32 @@ std::string currencyPattern(const std::vector<std::string>& currencies) {
                        fmt::join(words, "|"));
 }
 
+// The part of a text in which an amount can be: its numbers and a currency's length around them, in
+// whole words. Empty without a number.
+std::string_view nearNumbers(std::string_view text) {
+    constexpr std::size_t kCurrency = 24;  // bytes; the longest with its space, and a sign
+    constexpr std::string_view kDigits = "0123456789";
+    const auto first = text.find_first_of(kDigits);
+    if (first == text.npos) return PaymentGuard::has(Rule::numeric, text) ? text : "";
+    const auto last = text.find_last_of(kDigits);
+    auto from = text.rfind(' ', first > kCurrency ? first - kCurrency : 0);
+    if (from == text.npos) from = 0;
+    const auto to = std::min(text.find(' ', std::min(last + kCurrency, text.size())), text.size());
+    return text.substr(from, to - from);
+}
+
+// The phrase as a recogniser that was not given its language reads it.
+std::string misread(std::string phrase) {
+    constexpr std::pair<std::string_view, std::string_view> kLetters[] = {
+        {"ł", "t"}, {"ó", "e"}, {"ö", "e"}, {"ő", "e"}, {"ø", "e"}, {"ß", "b"}};
+    for (const auto& [letter, read] : kLetters) {
+        for (auto at = phrase.find(letter); at != phrase.npos; at = phrase.find(letter, at)) {
+            phrase.replace(at, letter.size(), read);
+        }
+    }
+    return phrase;
+}
+
 bool tells(std::string_view text) { return graphemeCount(text) >= 2; }
 
 }  // namespace
@@ -177,7 +203,10 @@ Result<GuardWords::Lists> GuardWords::parse(std::string_view text, bool shipped)
             const auto words = split(form).size();
             if (words == 0 || words > kMostPhraseWords) return false;
             if (!anyLength && !holdsDense(phrase) && !tells(trimmed(form))) return false;
-            if (known) lists.phrases.emplace_back(std::move(form), bit(kind));
+            if (!known) return true;
+            std::string other = misread(phrase);
+            if (other != phrase) lists.phrases.emplace_back(folded(other), bit(kind));
+            lists.phrases.emplace_back(std::move(form), bit(kind));
             return true;
         }));
     }
@@ -211,6 +240,7 @@ GuardWords::GuardWords(const Lists& lists) {
     for (const auto& [phrase, kinds] : lists.phrases) {
         if (!holdsDense(phrase)) {
             spaced_[trimmed(phrase)] |= kinds;
+            firstWords_.emplace(split(phrase).front());
             if (kinds & bit(Word::pay)) {
                 std::string letters = phrase;
                 std::erase(letters, ' ');
@@ -288,6 +318,7 @@ void GuardWords::findSpaced(const std::vector<std::string_view>& words, Phrases&
     std::vector<Place> places;
     std::vector<bool> filler(words.size());
     for (std::size_t first = 0; first < words.size(); ++first) {
+        if (!firstWords_.contains(words[first])) continue;
         const std::size_t last = std::min(words.size(), first + kMostPhraseWords);
         std::string phrase;
         for (std::size_t end = first + 1; end <= last; ++end) {
@@ -344,15 +375,22 @@ Phrases GuardWords::find(std::string_view foldedText) const {
 }
 
 std::optional<std::string> GuardWords::amount(std::string_view plainText) const {
-    if (!PaymentGuard::has(Rule::numeric, plainText)) return std::nullopt;
-    auto given = PaymentGuard::first(Rule::money, plainText);
-    if (!given && currency_->has(plainText)) given = money_->first(plainText);
+    const std::string_view near = nearNumbers(plainText);
+    if (near.empty()) return std::nullopt;
+    auto given = PaymentGuard::first(Rule::money, near);
+    if (!given && currency_->has(near)) given = money_->first(near);
     if (given) given = trimmed(*given);
     return given;
 }
 
 std::string GuardWords::withoutAmounts(std::string_view plainText) const {
-    return money_->replaceAll(regex(Rule::money).replaceAll(plainText, " "), " ");
+    const std::string_view near = nearNumbers(plainText);
+    if (near.empty()) return std::string(plainText);
+    const auto from = static_cast<std::size_t>(near.data() - plainText.data());
+    std::string rest = regex(Rule::money).replaceAll(near, " ");
+    if (!nearNumbers(rest).empty()) rest = money_->replaceAll(rest, " ");
+    return std::string(plainText.substr(0, from)) + rest +
+           std::string(plainText.substr(from + near.size()));
 }
 
 }  // namespace tandrel::PaymentGuard

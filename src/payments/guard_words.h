@@ -8,6 +8,7 @@
 #include <string>
 #include <string_view>
 #include <unordered_map>
+#include <unordered_set>
 #include <vector>
 
 #include "base/regex.h"
@@ -96,6 +97,13 @@ class GuardWords {
 
  private:
     struct Lists;
+    // So that a part of a text is looked up without a copy.
+    struct TextHash {
+        using is_transparent = void;
+        std::size_t operator()(std::string_view text) const {
+            return std::hash<std::string_view>()(text);
+        }
+    };
     explicit GuardWords(const Lists& lists);
     static Result<Lists> parse(std::string_view text, bool shipped);
     static const Lists& shippedLists();
@@ -104,6 +112,8 @@ class GuardWords {
     void findLetters(const std::vector<std::string_view>& words, Phrases& found) const;
 
     std::unordered_map<std::string, std::uint32_t> spaced_;
+    // The words that phrases begin with.
+    std::unordered_set<std::string, TextHash, std::equal_to<>> firstWords_;
     // Pay phrases without their spaces, for a text in s p a c e d letters.
     std::unordered_map<std::string, std::uint32_t> joined_;
     // Of scripts that put no spaces between words, found anywhere in a text.

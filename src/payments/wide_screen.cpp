@@ -32,6 +32,8 @@ bool standLikeOneButton(const Label& upper, const Label& lower, double width) {
     return middles <= 0.03 * width;
 }
 
+bool isDigit(char c) { return c >= '0' && c <= '9'; }
+
 // The part ends within a word of the text, as a currency that only begins a longer word.
 bool cutsWord(const std::string& text, const std::string& part) {
     static const Regex endsInLetter(R"(\p{L}$)", Regex::Case::sensitive);
@@ -122,12 +124,13 @@ WideScreen::WideScreen(const std::vector<Line>& lines, FrameSize frame, const Ac
 void WideScreen::joinAmounts() {
     // Not in a time of day, such as the status bar's.
     static const Regex endsInNumber(R"((?<![:\d])\d[\d.,]*\s*$)", Regex::Case::sensitive);
-    static const Regex beginsWithNumber(R"(^\s*\d)", Regex::Case::sensitive);
     for (std::size_t i = 0; i + 1 < labels_.size(); ++i) {
         Label& upper = labels_[i];
         const Label& lower = labels_[i + 1];
         if (upper.amount || lower.amount) continue;
-        if (endsInNumber.has(upper.plain) == beginsWithNumber.has(lower.plain)) continue;
+        if (upper.plain.empty() || lower.plain.empty()) continue;
+        const bool ends = isDigit(upper.plain.back()) && endsInNumber.has(upper.plain);
+        if (ends == isDigit(lower.plain.front())) continue;
         const std::string both = upper.plain + " " + lower.plain;
         const auto amount = words_.amount(both);
         if (amount && !cutsWord(both, *amount)) upper.amount = amount;

@@ -81,6 +81,7 @@ Result<std::vector<LineReading>> LineReader::read(const GrayFrame& frame,
     std::vector<LineReading> readings(lines.size());
     std::vector<Job> jobs;
     for (std::size_t i = 0; i < lines.size(); ++i) {
+        if (clock_.now() >= deadline) break;
         const PictureHash hash = hashOf(frame, lines[i]);
         if (auto known = memory_.find(hash)) {
             readings[i] = {*std::move(known), true};

@@ -8,14 +8,12 @@ namespace tandrel {
 Result<std::vector<WinInfo>> WindowSources::all() {
     std::vector<WinInfo> windows;
     std::optional<Error> error;
-    bool isAnySeen = false;
     for (Windows* source : sources_) {
         auto found = source->all();
-        isAnySeen = isAnySeen || found;
         if (!found && !error) error = found.error();
         if (found) windows.insert(windows.end(), found->begin(), found->end());
     }
-    if (!isAnySeen && error) return std::unexpected(*error);
+    if (windows.empty() && error) return std::unexpected(*error);
     return windows;
 }
 

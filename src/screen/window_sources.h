@@ -7,7 +7,7 @@
 namespace tandrel {
 
 // Several sources of windows as one, those of the first source first. A source that fails is left
-// out; when all do, the first one's error counts.
+// out; its error counts when the others have no window either.
 class WindowSources final : public Windows {
  public:
     // All outlive the object; there is at least one.

@@ -110,6 +110,7 @@ TEST(MergeCodex, RefusesWhatItWouldDamage) {
         {"a bare key beyond ASCII", "mod\xC3\xA9l = 1\n"},
         {"a bare key beyond ASCII in a header", "[mod\xC3\xA9l]\n"},
         {"a bare key with a percent sign", "a%20 = 1\n"},
+        {"a date in a key", "co1979-05-27T07:32:00Zmmand = \"x\"\n"},
         {"another table twice", "[a]\n[a]\n"},
         {"not TOML", "hello"},
         {"not text", std::string("a = \"\xff\xfe\0\"\n", 10)},

@@ -1,0 +1,224 @@
+#include "platform/linux/pipe_airplay_receiver.h"
+
+#include <atomic>
+#include <fstream>
+
+#include <gtest/gtest.h>
+
+#include "base/file.h"
+#include "image/gdp_writer.h"
+#include "platform/linux/loopback_pair.h"
+#include "platform/linux/window_watch.h"
+#include "support/temporary_folder.h"
+
+namespace tandrel {
+namespace {
+
+using State = ReceiverStatus::State;
+
+constexpr std::uint32_t kGrey = 0x828282;  // of brightness 128
+
+Bytes joined(std::initializer_list<Bytes> parts) {
+    Bytes all;
+    for (const Bytes& part : parts) all.insert(all.end(), part.begin(), part.end());
+    return all;
+}
+
+// A program in the receiver's place: a script that writes a file of ours into its descriptor 3.
+class Receiver : public testing::Test {
+ protected:
+    // `words` is the script; "$F/name" is a stream that `stream` made.
+    void play(const std::string& words) {
+        const auto script = folder.path() / "receiver";
+        ASSERT_TRUE(replaceFile(script, "#!/bin/sh\nF=" + folder.path().string() +
+                                            "\necho started >>$F/starts\n" + words + "\n"));
+        std::filesystem::permissions(script, std::filesystem::perms::owner_all);
+        receiver = std::make_unique<PipeAirPlayReceiver>(PipeAirPlayReceiver::Options{
+            .program = program.empty() ? script.string() : program,
+            .name = "Desk",
+            .longestPause = std::chrono::milliseconds(200),
+            .shortestBackOff = std::chrono::milliseconds(20),
+            .longestBackOff = std::chrono::milliseconds(100),
+            .isConnected = [this](pid_t) { return connected.load(); }});
+        receiver->start();
+    }
+    void stream(const std::string& name, const Bytes& bytes) {
+        ASSERT_TRUE(replaceFile(folder.path() / name, toText(bytes)));
+    }
+    bool await(const std::function<bool()>& fits) const {
+        const TimePoint end = systemClock().now() + std::chrono::seconds(20);
+        while (!fits()) {
+            if (systemClock().now() > end) return false;
+            std::this_thread::yield();
+        }
+        return true;
+    }
+    bool awaitState(State state) {
+        return await([&] { return receiver->status().state == state; });
+    }
+    // The window, once there is one.
+    std::optional<WinInfo> awaitWindow(std::uint32_t otherThan = 0) {
+        std::optional<WinInfo> found;
+        await([&] {
+            const auto all = *receiver->all();
+            if (all.empty() || all.front().id == otherThan) return false;
+            found = all.front();
+            return true;
+        });
+        return found;
+    }
+    std::ptrdiff_t starts() const {
+        const auto text = readFile(folder.path() / "starts", 100'000).value_or("");
+        return std::ranges::count(text, '\n');
+    }
+
+    TemporaryFolder folder;
+    std::string program;
+    std::atomic<bool> connected{true};
+    std::unique_ptr<PipeAirPlayReceiver> receiver;
+};
+
+TEST_F(Receiver, ItsPictureIsAWindowAndFollowsThePhonesTurning) {
+    stream("upright", joined({gdp::caps(498, 1080), gdp::frame(498, 1080)}));
+    stream("turned", joined({gdp::caps(1080, 498), gdp::frame(1080, 498)}));
+    play(
+        "echo ready; cat $F/upright >&3; while [ ! -e $F/turn ]; do sleep 0.01; done; "
+        "cat $F/turned >&3; exec sleep 1000");
+    const auto window = awaitWindow();
+    ASSERT_TRUE(window);
+    EXPECT_EQ(window->title, "Desk");
+    EXPECT_TRUE(window->isBare);
+    EXPECT_EQ(receiver->status().state, State::mirroring);
+    EXPECT_EQ(receiver->isOn(), true);
+    WindowWatch watch;
+    const auto stream = receiver->open(window->id, watch.events());
+    ASSERT_TRUE(stream);
+    EXPECT_TRUE(watch.awaitFrame(498, 1080, kGrey));
+    std::ofstream(folder.path() / "turn").put('\n');
+    EXPECT_TRUE(watch.awaitFrame(1080, 498, kGrey));
+    EXPECT_EQ(receiver->all()->front().id, window->id);
+    EXPECT_EQ(receiver->all()->front().frame.width, 1080);
+}
+
+TEST_F(Receiver, OnButNotMirroringIsAStateOfItsOwn) {
+    play("echo Initialized; exec sleep 1000");
+    EXPECT_TRUE(awaitState(State::waiting));
+    EXPECT_TRUE(receiver->all()->empty());
+    EXPECT_EQ(receiver->open(0xf0000001, {}).error().message, "window 4026531841 is gone");
+}
+
+TEST_F(Receiver, APhoneThatLeavesEndsTheWindowAndTheNextOneIsAnother) {
+    stream("one", joined({gdp::caps(498, 1080), gdp::frame(498, 1080)}));
+    play(
+        "echo ready; cat $F/one >&3; while [ ! -e $F/next ]; do sleep 0.01; done; cat $F/one >&3; "
+        "exec sleep 1000");
+    const auto window = awaitWindow();
+    ASSERT_TRUE(window);
+    WindowWatch watch;
+    const auto stream = receiver->open(window->id, watch.events());
+    connected = false;
+    EXPECT_EQ(watch.awaitEnd(), "the iPhone stopped mirroring its screen");
+    EXPECT_TRUE(awaitState(State::waiting));
+    connected = true;
+    std::ofstream(folder.path() / "next").put('\n');
+    EXPECT_TRUE(awaitWindow(window->id)) << "it may be another phone";
+}
+
+TEST_F(Receiver, ANewStreamOfTheSameFormIsAnotherPhones) {
+    stream("two", joined({gdp::caps(498, 1080), gdp::frame(498, 1080), gdp::caps(498, 1080)}));
+    stream("rest", gdp::frame(498, 1080));
+    play(
+        "cat $F/two >&3; while [ ! -e $F/next ]; do sleep 0.01; done; cat $F/rest >&3; exec sleep "
+        "1000");
+    std::ofstream(folder.path() / "next").put('\n');
+    EXPECT_TRUE(await([&] {
+        const auto all = *receiver->all();
+        return !all.empty() && all.front().id == 0xf0000002;
+    }));
+}
+
+TEST_F(Receiver, WhatEndsIsStartedAgainAndItsLastErrorIsTold) {
+    play("echo hello; echo '*** ERROR: no network'; echo Stopping...; exit 1");
+    EXPECT_TRUE(await([&] { return starts() >= 3; }));
+    EXPECT_TRUE(awaitState(State::failed));
+    EXPECT_EQ(receiver->status().error, "the AirPlay receiver ended: *** ERROR: no network");
+}
+
+TEST_F(Receiver, AMissingProgramOrPartIsSaidWithTheCommandThatHelps) {
+    constexpr const char* kInstall =
+        "sudo apt install uxplay gstreamer1.0-plugins-base gstreamer1.0-plugins-good "
+        "gstreamer1.0-plugins-bad gstreamer1.0-libav";
+    program = "no-such-receiver";
+    play("");
+    EXPECT_TRUE(awaitState(State::missing));
+    EXPECT_EQ(receiver->status().error,
+              std::string("AirPlay needs the program no-such-receiver: ") + kInstall);
+    receiver.reset();
+    program.clear();
+    play("echo \"Required gstreamer plugin 'libav' not found\"; exit 1");
+    EXPECT_TRUE(awaitState(State::missing));
+    EXPECT_EQ(receiver->status().error,
+              std::string("the AirPlay receiver lacks a part (Required gstreamer plugin 'libav' "
+                          "not found): ") +
+                  kInstall);
+}
+
+TEST_F(Receiver, BrokenStreamsAreToldAndStartedAgain) {
+    const Bytes frame = gdp::frame(498, 1080);
+    const struct {
+        const char* name;
+        Bytes stream;
+        const char* error;
+    } rows[] = {
+        {"nonsense", Bytes(500, 0x37), "what the receiver sends is no stream of frames"},
+        {"huge", gdp::caps(100'000, 100'000), "the receiver sends frames of no usable size"},
+        {"half a frame", joined({gdp::caps(498, 1080), {frame.begin(), frame.begin() + 1000}}),
+         "the AirPlay receiver got stuck in the middle of a frame"},
+        {"half a head",
+         {frame.begin(), frame.begin() + 30},
+         "the AirPlay receiver got stuck in the middle of a frame"},
+    };
+    for (const auto& row : rows) {
+        stream("bad", row.stream);
+        play("cat $F/bad >&3; exec sleep 1000");
+        const auto before = starts();
+        EXPECT_TRUE(await([&] { return receiver->status().error == row.error; })) << row.name;
+        EXPECT_TRUE(await([&] { return starts() > before; })) << row.name;
+        receiver.reset();
+    }
+}
+
+TEST_F(Receiver, DeathInMidFrameEndsTheWindow) {
+    const Bytes frame = gdp::frame(498, 1080);
+    stream("cut", joined({gdp::caps(498, 1080), frame, {frame.begin(), frame.begin() + 5000}}));
+    play("cat $F/cut >&3; while [ ! -e $F/die ]; do sleep 0.01; done");
+    const auto window = awaitWindow();
+    ASSERT_TRUE(window);
+    WindowWatch watch;
+    const auto stream = receiver->open(window->id, watch.events());
+    ASSERT_TRUE(stream);
+    std::ofstream(folder.path() / "die").put('\n');
+    EXPECT_EQ(watch.awaitEnd(), "the iPhone stopped mirroring its screen");
+}
+
+TEST_F(Receiver, StopEndsTheProgramAndAllItStarted) {
+    play("echo ready; echo $$ >$F/pid; sleep 1000 & wait");
+    EXPECT_TRUE(awaitState(State::waiting));
+    ASSERT_TRUE(await([&] { return readFile(folder.path() / "pid", 100).value_or("") != ""; }));
+    const pid_t pid = std::stoi(*readFile(folder.path() / "pid", 100));
+    receiver->stop();
+    EXPECT_EQ(receiver->status().state, State::off);
+    EXPECT_FALSE(std::filesystem::exists("/proc/" + std::to_string(pid)));
+    receiver->start();
+    EXPECT_TRUE(awaitState(State::waiting)) << "it can be started again";
+}
+
+TEST(ReceiverConnection, IsThatOfTheProcess) {
+    EXPECT_FALSE(hasTcpConnection(::getpid()));
+    const LoopbackPair pair;
+    EXPECT_TRUE(hasTcpConnection(::getpid()));
+    EXPECT_TRUE(hasTcpConnection(1'000'000'000)) << "unknown counts as yes";
+}
+
+}  // namespace
+}  // namespace tandrel
