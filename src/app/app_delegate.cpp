@@ -4,6 +4,7 @@
 #include <QMessageBox>
 
 #include "app/about_window.h"
+#include "app/approval_prompt.h"
 #include "app/qt_text.h"
 #include "app/screenshots.h"
 #include "base/environment.h"
@@ -47,7 +48,8 @@ void bringToFront(QWidget& window) {
     window.setWindowState(window.windowState() & ~Qt::WindowMinimized);
     window.show();
     window.raise();
-    window.activateWindow();
+    // A question about a payment stays in front and keeps the keyboard.
+    if (!ApprovalPrompt::raiseOpen()) window.activateWindow();
 }
 
 }  // namespace
@@ -117,7 +119,7 @@ void AppDelegate::lookForTray() {
         setup_.showMenuButton(&menu_, tr("This desktop shows no tray icons, so Tandrel's menu is "
                                          "here. Closing the window leaves Tandrel running; start "
                                          "it again to come back."));
-        showSetup();
+        if (!setup_.isVisible()) showSetup();
     }
     if (!trayTimer_) trayTimer_ = loop_.every(kBetweenLooksForTray, [this] { lookForTray(); });
 }

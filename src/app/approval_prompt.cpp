@@ -187,6 +187,11 @@ void ApprovalPrompt::open() {
                        });
 }
 
+bool ApprovalPrompt::raiseOpen() {
+    for (ApprovalPrompt* prompt : openPrompts) prompt->raise();
+    return !openPrompts.empty();
+}
+
 void ApprovalPrompt::answer(ApprovalAnswer answer) {
     if (finished_) return;
     finished_ = true;

@@ -30,6 +30,9 @@ class ApprovalPrompt final : public QWidget {
     // The owner's answer; only the first counts.
     void answer(ApprovalAnswer answer);
 
+    // Puts open panels before a window that was just opened; false when there are none.
+    static bool raiseOpen();
+
     static constexpr Duration kArmedAfter = std::chrono::seconds(1);
     // In points at the usual text size, without the picture; with it the panel grows to the right
     // and down. Larger text takes more, as far as the screen goes.

@@ -16,6 +16,7 @@ AppsPage::AppsPage(ColorScheme appearance, WindowActions& actions)
       actions_(actions) {
     helper_ = new StatusCard(appearance);
     rows().addWidget(helper_);
+    for (const AIApp app : {AIApp::claudeCode, AIApp::claudeDesktop, AIApp::codex}) rowOf(app);
 }
 
 AppsPage::Row& AppsPage::rowOf(AIApp app) {

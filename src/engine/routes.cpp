@@ -79,6 +79,9 @@ Json Routes::phones() {
 HTTPResponse Routes::status(const HTTPRequest&) {
     Json reply = phones();
     reply["bluetooth"] = to_.hid.state();
+    if (auto advice = to_.hid.advice(); !advice.empty()) {
+        reply["bluetoothAdvice"] = std::move(advice);
+    }
     reply["hosts"] = Json::array();
     for (const Uuid& host : to_.hid.connectedHosts()) reply["hosts"].push_back(host.text());
     reply["hostInput"] = true;

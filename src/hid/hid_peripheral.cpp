@@ -128,6 +128,13 @@ std::string HIDPeripheral::state() {
     });
 }
 
+std::string HIDPeripheral::advice() {
+    return queue_.sync([this] {
+        queue_.assertCurrent();
+        return manager_ ? manager_->advice() : "";
+    });
+}
+
 std::optional<std::uint64_t> HIDPeripheral::pointerLink(const Uuid& host) {
     return queue_.sync([this, &host] {
         queue_.assertCurrent();

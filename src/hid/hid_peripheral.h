@@ -58,6 +58,8 @@ class HIDPeripheral final : private BluetoothPeripheralDelegate {
     void send(ReportID report, std::span<const std::uint8_t> bytes, const Uuid& host);
     // One line for the owner. Waits for the queue.
     std::string state();
+    // What the owner should do about Bluetooth, in a sentence; empty when nothing.
+    std::string advice();
 
     // A number that stays the same as long as the host has received every pointer report sent to
     // it; none while it receives none. Waits for the queue.

@@ -129,6 +129,8 @@ class BluetoothPeripheral {
                                   const std::vector<std::string>& serviceUuids) = 0;
     virtual void stopAdvertising() = 0;
     virtual bool isAdvertising() const = 0;
+    // What stands in the way, or what the owner should do, in a sentence; empty when nothing.
+    virtual std::string advice() const { return {}; }
     // Hands the value to the system for these subscribed centrals, as a notification or indication.
     // `refused`: the transmit queue is full; readyToUpdateSubscribers follows.
     virtual Delivery updateValue(CharacteristicId characteristic, const Bytes& value,

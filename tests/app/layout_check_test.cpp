@@ -3,6 +3,7 @@
 #include <QApplication>
 #include <QLabel>
 #include <QPushButton>
+#include <QScrollArea>
 #include <QVBoxLayout>
 
 #include <gmock/gmock.h>
@@ -22,6 +23,13 @@ AppInfo buildInfo() {
     AppInfo info;
     info.bundle = std::filesystem::path(TANDREL_BIN_DIR).parent_path();
     return info;
+}
+
+bool isInScrollArea(const QWidget& widget) {
+    for (const QWidget* above = widget.parentWidget(); above; above = above->parentWidget()) {
+        if (qobject_cast<const QScrollArea*>(above)) return true;
+    }
+    return false;
 }
 
 // Windows without a display.
@@ -45,6 +53,7 @@ class LayoutCheck : public testing::Test {
         QLabel* made = makeWrappedLabel("", text);
         made->setParent(&window);
         made->setGeometry(place);
+        made->show();
         return *made;
     }
     QImage shown() {
@@ -103,13 +112,14 @@ TEST_F(LayoutCheck, TheSetupIsReachedByKeyboardInReadingOrder) {
         if (!sample.name.starts_with("setup-")) continue;
         QWidget& setup = *sample.widget;
         setup.show();
-        std::tuple<bool, int, int> last;
+        std::tuple<int, int, int> last;
         for (QWidget* at = setup.nextInFocusChain(); at != &setup; at = at->nextInFocusChain()) {
             if (!at->isVisible() || !at->isEnabled() || !(at->focusPolicy() & Qt::TabFocus))
                 continue;
             const QPoint place = at->mapTo(&setup, QPoint(0, at->height()));
-            const bool beside = place.x() > setup.width() / 4;
-            const std::tuple now(beside, place.y(), place.x());
+            const bool atSide = place.x() <= setup.width() / 4;
+            const bool onPage = isInScrollArea(*at);
+            const std::tuple now(atSide ? 0 : onPage ? 1 : 2, place.y(), place.x());
             EXPECT_LT(last, now) << sample.name;
             last = now;
             ++reached;

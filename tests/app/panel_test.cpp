@@ -135,12 +135,17 @@ class PanelOnSmallScreen : public Panel {
 };
 
 TEST_F(PanelOnSmallScreen, ShowsItsButtonsAllTheSame) {
-    constexpr int kInsideDeny = 84;
+    constexpr int kInsideDenyX = 84;
+    constexpr int kInsideDenyAboveBottom = 90;
     EXPECT_GE(window->x, 0);
     EXPECT_GE(window->y, 0);
     EXPECT_LE(window->x + window->width, 800);
     EXPECT_LE(window->y + window->height, 600);
-    ASSERT_TRUE(repeatUntilAnswered([this] { click(kInsideDeny); }, 100));
+    const auto deny = [this] {
+        display->click(window->x + kInsideDenyX,
+                       window->y + window->height - kInsideDenyAboveBottom);
+    };
+    ASSERT_TRUE(repeatUntilAnswered(deny, 100));
     EXPECT_EQ(reply.get().status, 403);
 }
 

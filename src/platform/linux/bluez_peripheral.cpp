@@ -30,6 +30,7 @@ class BluezPeripheral final : public BluetoothPeripheral, private bluez::Session
                           const std::vector<std::string>& serviceUuids) override;
     void stopAdvertising() override;
     bool isAdvertising() const override { return advertising_; }
+    std::string advice() const override { return advice_; }
     Delivery updateValue(CharacteristicId characteristic, const Bytes& value,
                          const std::vector<Uuid>& centrals) override;
 
@@ -42,6 +43,7 @@ class BluezPeripheral final : public BluetoothPeripheral, private bluez::Session
 
     // On the thread of the bus.
     void stateIs(BluetoothState state, const std::string& sentence) override;
+    void advise(const std::string& sentence) override;
     void advertised(const std::optional<std::string>& error) override;
     void linkIs(const std::string& adapter, const std::optional<PhoneLink>& link) override;
     void taken(const std::string& adapter, int count) override;
@@ -61,6 +63,7 @@ class BluezPeripheral final : public BluetoothPeripheral, private bluez::Session
     Clock& clock_;
 
     BluetoothState state_ = BluetoothState::unknown;  // the queue's, as all up to `links_`
+    std::string advice_;
     bool advertising_ = false;
     std::vector<GattService> services_;
     bool refusing_ = false;
@@ -170,9 +173,17 @@ void BluezPeripheral::stateIs(BluetoothState state, const std::string& sentence)
     onQueue([this, state, sentence] {
         log("bluetooth: " + sentence);
         state_ = state;
+        advice_ = state == BluetoothState::poweredOn ? "" : sentence;
         advertising_ = false;
         links_.clear();
         delegate_.stateChanged(state);
+    });
+}
+
+void BluezPeripheral::advise(const std::string& sentence) {
+    onQueue([this, sentence] {
+        log("bluetooth: " + sentence);
+        advice_ = sentence;
     });
 }
 

@@ -12,8 +12,8 @@ namespace tandrel {
 struct BluezOptions {
     std::set<std::string> adapters;  // those to be used ("hci0"); empty: all
     ReportPacer::Limits pace;
-    Duration retry = std::chrono::seconds(10);    // after the bus or the daemon refused us
-    Duration deafness = std::chrono::seconds(8);  // until a silent phone is sent away once
+    Duration retry = std::chrono::seconds(10);     // after the bus or the daemon refused us
+    Duration deafness = std::chrono::seconds(15);  // until a silent phone is sent away once
 
     // "hci0,hci1"
     static std::set<std::string> parseAdapters(std::string_view text);

@@ -113,7 +113,7 @@ void Session::refresh() {
     for (const auto& [adapter, registration] : registrations_) refreshLink(*registration);
     refreshState();
     for (const Device& device : bonds_.newlyStale(watch_.objects(), systemClock().now())) {
-        log("bluetooth: " + BondWatch::advice(device));
+        events_.advise(BondWatch::advice(device));
     }
 }
 
@@ -211,8 +211,11 @@ void Session::setLink(Registration& registration, const std::string& phone) {
     links_[adapter] = link;
     if (!same) {
         untaken_.erase(adapter);
-        later(options_.deafness,
-              [this, adapter, number = link.number] { checkDeafness(adapter, number); });
+        // One that is just being paired may wait for its owner.
+        if (watch_.objects().devices.at(phone).paired) {
+            later(options_.deafness,
+                  [this, adapter, number = link.number] { checkDeafness(adapter, number); });
+        }
     }
     events_.linkIs(adapter, link);
 }
@@ -231,17 +234,17 @@ void Session::checkDeafness(const std::string& adapter, std::uint64_t number) {
     if (deaf_.insert(device->second.address).second) {
         return sendAway(device->first, "it does not listen to the keyboard");
     }
-    log(fmt::format(
-        "bluetooth: {0} is connected but does not listen to the keyboard. On the phone, "
-        "forget this computer in Settings > Bluetooth; here, run \"bluetoothctl remove "
-        "{1}\"; then pair again",
-        nameOf(device->second), device->second.address));
+    events_.advise(
+        fmt::format("{0} is connected but does not listen to the keyboard. On the phone, "
+                    "forget this computer in Settings > Bluetooth; here, run \"bluetoothctl remove "
+                    "{1}\"; then pair again",
+                    nameOf(device->second), device->second.address));
 }
 
 void Session::sendAway(const std::string& device, const char* why) {
     if (farewells_.contains(device)) return;
-    log(fmt::format("bluetooth: disconnecting {}: {}", nameOf(watch_.objects().devices.at(device)),
-                    why));
+    events_.advise(
+        fmt::format("{} was disconnected: {}", nameOf(watch_.objects().devices.at(device)), why));
     auto& proxy = farewells_[device];
     proxy = sdbus::createProxy(bus_, kService, device);
     proxy->callMethodAsync("Disconnect")

@@ -33,6 +33,8 @@ class SessionEvents {
  public:
     virtual ~SessionEvents() = default;
     virtual void stateIs(BluetoothState state, const std::string& sentence) = 0;
+    // Something that the owner should hear of.
+    virtual void advise(const std::string& sentence) = 0;
     virtual void advertised(const std::optional<std::string>& error) = 0;
     virtual void linkIs(const std::string& adapter, const std::optional<PhoneLink>& link) = 0;
     // So many reports to this adapter's phone have been taken by the daemon, or dropped.
@@ -48,9 +50,9 @@ class SessionEvents {
 class Session final : private GattRequests {
  public:
     struct Options {
-        std::set<std::string> adapters;               // "hci0"; empty: all
-        Duration retry = std::chrono::seconds(10);    // after the daemon refused us
-        Duration deafness = std::chrono::seconds(8);  // until a silent phone is sent away once
+        std::set<std::string> adapters;                // "hci0"; empty: all
+        Duration retry = std::chrono::seconds(10);     // after the daemon refused us
+        Duration deafness = std::chrono::seconds(15);  // until a silent phone is sent away once
     };
 
     // All on the loop's thread; all three outlive this object.

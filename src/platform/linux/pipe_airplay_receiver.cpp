@@ -25,6 +25,8 @@ constexpr Duration kBetweenLooks = std::chrono::seconds(1);
 constexpr Duration kBetweenSearches = std::chrono::seconds(15);
 // A phone's connection is over when it was found gone so many times in a row.
 constexpr int kLooksWithoutConnection = 2;
+// Words written into a pipe may come only at the end; a program that is still there by then is on.
+constexpr Duration kStartTime = std::chrono::seconds(3);
 constexpr const char* kNotMirroring = "the iPhone stopped mirroring its screen";
 
 bool isTurnedFrom(const RawVideoForm& before, const RawVideoForm& now) {
@@ -54,7 +56,8 @@ class PipeAirPlayReceiver::Stream final : public WindowStream {
 struct PipeAirPlayReceiver::Session {
     GdpReader reader;
     ReceiverWords words;
-    TimePoint lastByte = systemClock().now();
+    const TimePoint start = systemClock().now();
+    TimePoint lastByte = start;
     TimePoint nextLook;
     std::optional<RawVideoForm> form;
     bool isMidMessage = false;
@@ -241,7 +244,8 @@ bool PipeAirPlayReceiver::look(const ReceiverChild& child, Session& session) {
         return false;
     }
     if (!session.hasPicture) {
-        if (session.words.hasSpoken()) setState(State::waiting);
+        const bool isOn = session.words.hasSpoken() || now - session.start >= kStartTime;
+        if (isOn) setState(State::waiting);
         return true;
     }
     // A picture that stands still brings no frames either; only the connection tells.

@@ -51,6 +51,10 @@ class BluezTest : public testing::Test {
         return publisher_->send(characteristic, {byte}, {central_});
     }
 
+    std::string advice() {
+        return publisher_->with([](auto& peripheral) { return peripheral.advice(); });
+    }
+
     PrivateBus bus_;
     FakeBluez bluez_;
     std::string phone_;
@@ -124,12 +128,15 @@ TEST_F(BluezTest, ReportsArriveInOrderAcrossCharacteristics) {
 TEST_F(BluezTest, TellsWhatIsMissing) {
     start();
     EXPECT_TRUE(publisher_->await("unsupported")) << "no daemon";
+    EXPECT_THAT(advice(), HasSubstr("systemctl start bluetooth"));
     bluez_.addAdapter("hci0", {.powered = false, .peripheral = true});
     bluez_.appear();
     EXPECT_TRUE(publisher_->await("powered off"));
+    EXPECT_THAT(advice(), HasSubstr("bluetoothctl power on"));
     bluez_.setPowered("hci0", true);
     EXPECT_TRUE(publisher_->await("powered on"));
     EXPECT_TRUE(publisher_->await("advertising"));
+    EXPECT_EQ(advice(), "");
     bluez_.vanish();
     EXPECT_TRUE(publisher_->await("resetting"));
     bluez_.removeAdapter("hci0");
@@ -220,6 +227,7 @@ TEST_F(BluezTest, SecondPhoneIsSentAwayAndHearsNothingButReleases) {
     EXPECT_THAT(bluez_.received(phone_, 3), ElementsAre("1/2 04", "1/2 00", "1/2 05"));
     EXPECT_THAT(bluez_.received(other, 0), testing::Each("1/2 00"));
     EXPECT_TRUE(bluez_.isConnected(phone_));
+    EXPECT_EQ(advice(), "Phone was disconnected: another phone is connected");
 }
 
 TEST_F(BluezTest, OtherDevicesOfTheComputerAreLeftAlone) {
@@ -306,6 +314,26 @@ TEST_F(BluezTest, SilentPhoneIsSentAwayToSubscribeAnew) {
     EXPECT_TRUE(bluez_.awaitDisconnected(phone_));
     bluez_.use(phone_);
     EXPECT_TRUE(publisher_->awaitSubscriptions(central_, 3));
+}
+
+TEST_F(BluezTest, PhoneWhoseOwnerStillHasToConfirmPairingIsNotSentAway) {
+    auto impatient = options();
+    impatient.deafness = 20ms;
+    bluez_.addAdapter("hci0");
+    bluez_.addAdapter("hci1");
+    bluez_.appear();
+    start(impatient);
+    const std::string asking = bluez_.addDevice(kOther, "hci1");
+    ASSERT_TRUE(bluez_.awaitOnAir("hci1"));
+    bluez_.connect(asking);
+    bluez_.read(asking, "1/0");
+    const std::string silent = bluez_.addDevice("AA:00:00:00:00:03");
+    ASSERT_TRUE(bluez_.awaitOnAir("hci0"));
+    bluez_.connect(silent);
+    bluez_.pair(silent);
+    bluez_.read(silent, "1/1");
+    EXPECT_TRUE(bluez_.awaitDisconnected(silent));
+    EXPECT_TRUE(bluez_.isConnected(asking));
 }
 
 TEST_F(BluezTest, PropertiesOfAnotherTypeChangeNothing) {

@@ -107,6 +107,11 @@ TEST_F(Receiver, OnButNotMirroringIsAStateOfItsOwn) {
     EXPECT_EQ(receiver->open(0xf0000001, {}).error().message, "window 4026531841 is gone");
 }
 
+TEST_F(Receiver, ASilentProgramThatGoesOnIsOn) {
+    play("exec sleep 1000");
+    EXPECT_TRUE(awaitState(State::waiting));
+}
+
 TEST_F(Receiver, APhoneThatLeavesEndsTheWindowAndTheNextOneIsAnother) {
     stream("one", joined({gdp::caps(498, 1080), gdp::frame(498, 1080)}));
     play(

@@ -103,7 +103,7 @@ INSTANTIATE_TEST_SUITE_P(Transfers, XWindowStreamTest,
                                          XWindowStream::Transfer::plain),
                          [](const auto& row) {
                              return row.param == XWindowStream::Transfer::shared ? "shared"
-                                                                                  : "plain";
+                                                                                 : "plain";
                          });
 
 TEST(XWindowStream, AMinimisedWindowIsSaidAtOnceAndAMissingOneIsAnError) {
