@@ -19,7 +19,7 @@
 namespace tandrel {
 namespace {
 
-using Windows = std::vector<SampleWindow>;
+using Samples = std::vector<SampleWindow>;
 
 // Where the virtual shop's price button is.
 constexpr PlaceOnScreen kPriceButton{0.5, 0.59};
@@ -63,7 +63,7 @@ class Maker {
     Maker(ColorScheme appearance, const AppInfo& info, PhonePictures pictures)
         : appearance_(appearance), info_(info), pictures_(std::move(pictures)) {}
 
-    Windows make() {
+    Samples make() {
         addSetup();
         addMenus();
         addPrompts();
@@ -182,7 +182,7 @@ class Maker {
     const ColorScheme appearance_;
     const AppInfo& info_;
     const PhonePictures pictures_;
-    Windows windows_;
+    Samples windows_;
 };
 
 QPixmap Maker::iconRow(const char* ground) {
@@ -207,7 +207,7 @@ QPixmap Maker::iconRow(const char* ground) {
 
 }  // namespace
 
-Result<Windows> makeSampleWindows(ColorScheme appearance, const AppInfo& info) {
+Result<Samples> makeSampleWindows(ColorScheme appearance, const AppInfo& info) {
     return Maker(appearance, info, TRY(phonePictures(info))).make();
 }
 

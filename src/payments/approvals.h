@@ -15,8 +15,8 @@ struct Approval {
     std::string at;  // ISO 8601, UTC
     std::string event;
     std::string detail;
-    std::optional<std::string> why;
-    std::optional<std::string> rule;  // of the guard's second layer
+    std::optional<std::string> why = {};
+    std::optional<std::string> rule = {};  // of the guard's second layer
 
     bool operator==(const Approval&) const = default;
 };

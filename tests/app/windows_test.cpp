@@ -33,7 +33,7 @@ std::string freePort() {
 }
 
 // The application on a display of its own that has no tray, with the virtual phone.
-class Windows : public testing::Test {
+class OwnersWindows : public testing::Test {
  protected:
     void SetUp() override {
         display = XDisplay::open();
@@ -106,7 +106,7 @@ class Windows : public testing::Test {
     std::unique_ptr<RunningProgram> program;
 };
 
-TEST_F(Windows, SetupLeadsToItsEndAndIsRememberedAsDone) {
+TEST_F(OwnersWindows, SetupLeadsToItsEndAndIsRememberedAsDone) {
     start();
     const XDisplay::Window setup = await(kSetup);
     EXPECT_EQ(setting("setupDone"), Json());
@@ -118,13 +118,13 @@ TEST_F(Windows, SetupLeadsToItsEndAndIsRememberedAsDone) {
     EXPECT_EQ(program->get("/status").status, 200) << "closing the window ends nothing";
 }
 
-TEST_F(Windows, WithoutATrayTheWindowOpensThoughSetupIsDone) {
+TEST_F(OwnersWindows, WithoutATrayTheWindowOpensThoughSetupIsDone) {
     keepSetting(R"({"setupDone": true})");
     start();
     await(kSetup);
 }
 
-TEST_F(Windows, ASecondStartOpensTheWindowOfTheFirst) {
+TEST_F(OwnersWindows, ASecondStartOpensTheWindowOfTheFirst) {
     environment["TANDREL_ENGINE_PORT"] = freePort();
     start();
     display->close(await(kSetup));
@@ -137,7 +137,7 @@ TEST_F(Windows, ASecondStartOpensTheWindowOfTheFirst) {
     await(kSetup);
 }
 
-TEST_F(Windows, TheMenuPausesAndResumesControl) {
+TEST_F(OwnersWindows, TheMenuPausesAndResumesControl) {
     start();
     const XDisplay::Window setup = await(kSetup);
     chooseFromMenu(setup, pause);
@@ -147,7 +147,7 @@ TEST_F(Windows, TheMenuPausesAndResumesControl) {
     EXPECT_TRUE(awaitSetting("paused", false));
 }
 
-TEST_F(Windows, QuestionsBeforePaymentsStopOnlyOnASecondYes) {
+TEST_F(OwnersWindows, QuestionsBeforePaymentsStopOnlyOnASecondYes) {
     start();
     const XDisplay::Window setup = await(kSetup);
     for (const Key answer : {Key::escape, Key::enter}) {

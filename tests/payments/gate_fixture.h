@@ -14,6 +14,10 @@
 
 namespace tandrel {
 
+inline constexpr auto kApprove = ApprovalAnswer::approve;
+inline constexpr auto kDeny = ApprovalAnswer::deny;
+inline constexpr auto kTimeout = ApprovalAnswer::timeout;
+
 // What the log says of a tap on the transfer screen's button.
 inline constexpr const char* kAsked =
     "asked: tap “Confirm”: €25.00 to Ilse Varga (\"Confirm\" on a payment screen showing €25.00)";

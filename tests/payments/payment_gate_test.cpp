@@ -8,9 +8,6 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-constexpr auto kApprove = ApprovalAnswer::approve;
-constexpr auto kDeny = ApprovalAnswer::deny;
-constexpr auto kTimeout = ApprovalAnswer::timeout;
 
 constexpr const char* kUnreadable =
     "Not done: Tandrel can't read the iPhone's screen right now, so it can't check this action. "

@@ -5,9 +5,6 @@
 namespace tandrel {
 namespace {
 
-constexpr auto kApprove = ApprovalAnswer::approve;
-constexpr auto kDeny = ApprovalAnswer::deny;
-constexpr auto kTimeout = ApprovalAnswer::timeout;
 
 class SecondLayerGate : public PaymentGateTest {
  protected:

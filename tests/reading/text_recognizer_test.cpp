@@ -18,15 +18,15 @@ constexpr Colour kGrey{0.56, 0.56, 0.58};
 constexpr Colour kBlue{0, 0.48, 1};
 constexpr Colour kGreen{0.2, 0.72, 0.3};
 
-struct Case {
+struct Drawing {
     const char* name;
     Colour paper;
     std::function<void(DrawnFrame&)> draw;
     Lines expected;  // sorted
 };
-void PrintTo(const Case& row, std::ostream* out) { *out << row.name; }
+void PrintTo(const Drawing& row, std::ostream* out) { *out << row.name; }
 
-const Case kCases[] = {
+const Drawing kDrawings[] = {
     {"amounts keep every digit and separator",
      kWhite,
      [](DrawnFrame& frame) {
@@ -90,7 +90,7 @@ const Case kCases[] = {
      {"90"}},
 };
 
-class ReadsDrawnText : public testing::TestWithParam<Case> {};
+class ReadsDrawnText : public testing::TestWithParam<Drawing> {};
 
 TEST_P(ReadsDrawnText, exactly) {
     DrawnFrame frame(1179, 600, 3, GetParam().paper);
@@ -98,7 +98,7 @@ TEST_P(ReadsDrawnText, exactly) {
     EXPECT_EQ(linesOf((*makeTextRecognizer())->read(frame.frame())), GetParam().expected);
 }
 
-INSTANTIATE_TEST_SUITE_P(TextRecognizer, ReadsDrawnText, testing::ValuesIn(kCases));
+INSTANTIATE_TEST_SUITE_P(TextRecognizer, ReadsDrawnText, testing::ValuesIn(kDrawings));
 
 TEST(TextRecognizer, readsTheSameInEveryFontAndDensity) {
     const auto recognizer = *makeTextRecognizer();

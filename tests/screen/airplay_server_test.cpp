@@ -11,21 +11,13 @@
 #include "screen/fake_windows.h"
 #include "screen/window_search.h"
 #include "support/manual_clock.h"
+#include "screen/size_reader.h"
 
 namespace tandrel {
 namespace {
 
 using namespace std::chrono_literals;
 using pictures::Colour;
-
-class SizeReader final : public TextRecognizer {
- public:
-    Result<ReadText> read(const PixelBuffer& image) override {
-        if (refuses) return fail("no language data");
-        return ReadText{{{"seen", 1, 0, 0, double(image.width()), double(image.height())}}, {}};
-    }
-    bool refuses = false;
-};
 
 class FakeReceiver final : public AirPlayReceiver {
  public:

@@ -9,19 +9,12 @@
 #include "base/file.h"
 #include "image/pictures.h"
 #include "screen/snapshot.h"
+#include "screen/size_reader.h"
 
 namespace tandrel {
 namespace {
 
 using pictures::Colour;
-
-// Reads one record: the image's own size, so that a test sees which image it was given.
-class SizeReader final : public TextRecognizer {
- public:
-    Result<ReadText> read(const PixelBuffer& image) override {
-        return ReadText{{{"seen", 1, 0, 0, double(image.width()), double(image.height())}}, {}};
-    }
-};
 
 class MirrorTool : public testing::Test {
  protected:

@@ -15,6 +15,7 @@
 #include "screen/snapshot.h"
 #include "support/manual_clock.h"
 #include "support/temporary_folder.h"
+#include "screen/size_reader.h"
 
 namespace tandrel {
 
@@ -22,12 +23,6 @@ namespace tandrel {
 class MirrorFixture : public testing::Test {
  protected:
     // Reads one record: the image's own size, so that a test sees which image it was given.
-    class SizeReader final : public TextRecognizer {
-     public:
-        Result<ReadText> read(const PixelBuffer& image) override {
-            return ReadText{{{"seen", 1, 0, 0, double(image.width()), double(image.height())}}, {}};
-        }
-    };
     class Granted final : public Permissions {
      public:
         Permission bluetooth() override { return Permission::granted; }
