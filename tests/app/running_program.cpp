@@ -21,6 +21,8 @@ ChildProgram::Environment plainEnvironment(const std::filesystem::path& home,
                                            const ChildProgram::Environment& more) {
     ChildProgram::Environment environment = {{"HOME", home.string()},
                                              {"LANG", "C.UTF-8"},
+                                             // This computer's own Bluetooth is left alone.
+                                             {"DBUS_SYSTEM_BUS_ADDRESS", "unix:path=/none"},
                                              {"TANDREL_ENGINE_PORT", "0"},
                                              {"TANDREL_AIRPLAY_PORT", "0"}};
     for (const char* name : {"ASAN_OPTIONS", "LSAN_OPTIONS", "UBSAN_OPTIONS", "TSAN_OPTIONS"}) {
