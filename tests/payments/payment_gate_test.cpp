@@ -8,7 +8,6 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-
 constexpr const char* kUnreadable =
     "Not done: Tandrel can't read the iPhone's screen right now, so it can't check this action. "
     "Read the screen again (screenshot) and repeat.";

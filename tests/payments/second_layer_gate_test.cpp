@@ -5,7 +5,6 @@
 namespace tandrel {
 namespace {
 
-
 class SecondLayerGate : public PaymentGateTest {
  protected:
     static GateFrame cart(const std::string& amount = "25,00 €") {

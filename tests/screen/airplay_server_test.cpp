@@ -9,9 +9,9 @@
 #include "image/pictures.h"
 #include "screen/airplay_http.h"
 #include "screen/fake_windows.h"
+#include "screen/size_reader.h"
 #include "screen/window_search.h"
 #include "support/manual_clock.h"
-#include "screen/size_reader.h"
 
 namespace tandrel {
 namespace {

@@ -8,8 +8,8 @@
 
 #include "base/file.h"
 #include "image/pictures.h"
-#include "screen/snapshot.h"
 #include "screen/size_reader.h"
+#include "screen/snapshot.h"
 
 namespace tandrel {
 namespace {

@@ -12,10 +12,10 @@
 #include "screen/fake_capture_devices.h"
 #include "screen/fake_windows.h"
 #include "screen/mirror_command.h"
+#include "screen/size_reader.h"
 #include "screen/snapshot.h"
 #include "support/manual_clock.h"
 #include "support/temporary_folder.h"
-#include "screen/size_reader.h"
 
 namespace tandrel {
 

@@ -122,7 +122,8 @@ TEST_F(VirtualBluetoothTest, UpdateReachesTheAddressedPhoneAlone) {
     EXPECT_EQ(b_.record().typed, "a");
     EXPECT_EQ(a_.record().typed, "");
     publisher_.send(kKeyboardReport, "00 00 00 00 00 00 00 00", {b_.traits().host});
-    publisher_.send(kKeyboardReport, "00 00 05 00 00 00 00 00", {a_.traits().host, b_.traits().host});
+    publisher_.send(kKeyboardReport, "00 00 05 00 00 00 00 00",
+                    {a_.traits().host, b_.traits().host});
     EXPECT_EQ(b_.record().typed, "ab");
     EXPECT_EQ(a_.record().typed, "b");
     publisher_.send(kKeyboardReport, "00 00 06 00 00 00 00 00", {Uuid()});
