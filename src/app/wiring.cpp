@@ -20,7 +20,8 @@ namespace tandrel {
 namespace {
 
 constexpr const char* kNoCable =
-    "Cable: this version cannot see an iPhone's screen over a cable yet, so there is no picture";
+    "Cable: this version cannot see an iPhone's screen over a cable yet; AirPlay can show it "
+    "(tandrel-app --set link airplay)";
 
 // The usage that pressing the key of this name or character sends.
 std::optional<std::uint8_t> keyUsage(std::string_view key) {

@@ -24,8 +24,7 @@ constexpr std::string_view kAnotherWaits =
     "minute.";
 constexpr std::string_view kNoScreenAfterPayment =
     "Not done: the iPhone was showing a payment a moment ago and Tandrel can't see its screen "
-    "right "
-    "now, so it can't check this action. Read the screen again (screenshot) and repeat.";
+    "right now, so it can't check this action. Read the screen again (screenshot) and repeat.";
 constexpr std::string_view kUnreadableScreen =
     "Not done: Tandrel can't read the iPhone's screen right now, so it can't check this action. "
     "Read the screen again (screenshot) and repeat.";
@@ -34,8 +33,7 @@ constexpr std::string_view kNoScreenAfterApproval =
     "shows the same payment. Read the screen and repeat to ask again.";
 constexpr std::string_view kChangedAfterApproval =
     "Not done: the payment on screen changed after the owner approved it (now {}), so that "
-    "approval "
-    "doesn't count. Repeat the action to ask again.";
+    "approval doesn't count. Repeat the action to ask again.";
 constexpr std::string_view kDenied =
     "The owner denied this on their Mac ({}). Don't retry this payment.";
 constexpr std::string_view kNotAnswered =

@@ -13,8 +13,7 @@ constexpr const char* kUnreadable =
     "Read the screen again (screenshot) and repeat.";
 constexpr const char* kNoScreenAfterPayment =
     "Not done: the iPhone was showing a payment a moment ago and Tandrel can't see its screen "
-    "right "
-    "now, so it can't check this action. Read the screen again (screenshot) and repeat.";
+    "right now, so it can't check this action. Read the screen again (screenshot) and repeat.";
 
 TEST_F(PaymentGateTest, AHarmlessActionIsPerformedUnasked) {
     screens_ = {article()};
