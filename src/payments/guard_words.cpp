@@ -50,11 +50,17 @@ constexpr ListName kLists[] = {
     {"settled",   Word::settled},
     {"harmless",  Word::harmless},
     {"harmlessEnd", Word::harmlessEnd},
+    {"captionAlone", Word::captionAlone},
+    {"consent",   Word::consent},
+    {"object",    Word::object},
+    {"overview",  Word::overview},
+    {"soft",      Word::soft},
+    {"otherCode", Word::otherCode},
 };
 // clang-format on
 // Lists that make the guard ask less.
-constexpr Word kSoothing[] = {Word::dismiss, Word::speech, Word::settled, Word::harmless,
-                              Word::harmlessEnd};
+constexpr Word kSoothing[] = {Word::dismiss,     Word::speech,   Word::settled, Word::harmless,
+                              Word::harmlessEnd, Word::overview, Word::soft,    Word::otherCode};
 
 std::uint32_t bit(Word kind) { return static_cast<std::uint32_t>(kind); }
 
