@@ -56,6 +56,7 @@ constexpr ListName kLists[] = {
     {"overview",  Word::overview},
     {"soft",      Word::soft},
     {"otherCode", Word::otherCode},
+    {"slideVerb", Word::slideVerb},
 };
 // clang-format on
 // Lists that make the guard ask less.

@@ -46,6 +46,7 @@ enum class Word : std::uint32_t {
     overview = 1 << 24,      // heads a list of money that is there, unless much speaks of paying
     soft = 1 << 25,          // begins or ends a harmless button, unless much speaks of paying
     otherCode = 1 << 26,     // a code that is no secret: "promo code"
+    slideVerb = 1 << 27,     // what a slider begins or ends with, whatever it does
 };
 
 // A phrase found in a text, and where.

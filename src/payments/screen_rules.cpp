@@ -219,7 +219,9 @@ Verdict tipShare(const WideScreen& screen) {
 Verdict slider(const WideScreen& screen) {
     if (screen.action().kind != Kind::swipe || screen.taps()) return std::nullopt;
     for (const auto& label : screen.labels()) {
-        if (!label.phrases.contains(Word::slide)) continue;
+        const bool slides = label.phrases.contains(Word::slide) ||
+                            (label.phrases.contains(Word::slideVerb) && screen.isClearlyDue());
+        if (!slides) continue;
         return fmt::format("a \"{}\" control{}", label.text,
                            screen.amount() ? " for " + *screen.amount() : "");
     }

@@ -15,7 +15,7 @@ constexpr double kBarRow = 1.5;       // of a line's height, above and below
 constexpr double kRefusalNear = 0.1;  // of the frame's height
 constexpr std::size_t kMostStandingWords = 8;
 constexpr std::size_t kMostBarWords = 4;
-constexpr std::size_t kLeastPricesInColumn = 3;
+constexpr std::size_t kLeastPricesInColumn = 2;
 constexpr std::size_t kLeastPricesOfUpsell = 2;
 
 bool besideEachOther(const Label& one, const Label& other) {
@@ -98,7 +98,8 @@ Verdict standingAmount(const WideScreen& screen) {
 Verdict buttonOfPayment(const WideScreen& screen) {
     const Label* label = anyButton(screen, kMostCommitWords);
     if (!label || isCaption(*label)) return std::nullopt;
-    const bool paid = screen.isDue() || screen.hasCaption() || screen.isClearlyDue();
+    const bool paid =
+        screen.isDue() || screen.hasCaption() || screen.isClearlyDue() || screen.isClearOffer();
     if (!sends(*label) && (!paid || screen.isSettled())) return std::nullopt;
     if (!standsLikePayButton(*label, screen)) return std::nullopt;
     return onPayment(label->text, screen);
