@@ -15,7 +15,8 @@ constexpr double kBarRow = 1.5;       // of a line's height, above and below
 constexpr double kRefusalNear = 0.1;  // of the frame's height
 constexpr std::size_t kMostStandingWords = 8;
 constexpr std::size_t kMostBarWords = 4;
-constexpr std::size_t kLeastPricesInColumn = 2;
+constexpr std::size_t kLeastPricesInColumn = 3;
+constexpr std::size_t kMostAmountsOfOne = 3;  // payment
 constexpr std::size_t kLeastPricesOfUpsell = 2;
 
 bool besideEachOther(const Label& one, const Label& other) {
@@ -37,16 +38,20 @@ const Label* anyButton(const WideScreen& screen, std::size_t mostWords) {
     const auto& phrases = label->phrases;
     if (phrases.words == 0 || phrases.words > mostWords) return nullptr;
     if (label->dismisses() || label->isHarmless()) return nullptr;
-    if (label->isSoft() && !label->amount && !screen.isDue() && !screen.isClearlyDue())
-        return nullptr;
     if (label->text.ends_with('.') || label->text.ends_with('?')) return nullptr;
     return label;
 }
 
-// "Send", "Confirm and send".
-bool sends(const Label& label) {
+// It may as well do something else, and nothing says that it is about paying.
+bool isIdle(const Label& label, const WideScreen& screen) {
+    return label.isSoft() && !screen.isDue() && !screen.isClearlyDue();
+}
+
+// "Send", "Confirm and send", "Unlock", where a price or two are all that is on the screen.
+bool sellsOrSends(const Label& label, const WideScreen& screen) {
     const auto& phrases = label.phrases;
-    return phrases.isAll(Word::transfer) ||
+    if (screen.amounts() > kMostAmountsOfOne) return false;
+    return phrases.isAll(Word::weakBuy) || phrases.isAll(Word::transfer) ||
            (phrases.startsWith(Word::commit) && phrases.endsWith(Word::transfer));
 }
 
@@ -97,17 +102,18 @@ Verdict standingAmount(const WideScreen& screen) {
 
 Verdict buttonOfPayment(const WideScreen& screen) {
     const Label* label = anyButton(screen, kMostCommitWords);
-    if (!label || isCaption(*label)) return std::nullopt;
+    if (!label || isIdle(*label, screen) || isCaption(*label)) return std::nullopt;
     const bool paid =
         screen.isDue() || screen.hasCaption() || screen.isClearlyDue() || screen.isClearOffer();
-    if (!sends(*label) && (!paid || screen.isSettled())) return std::nullopt;
+    if (!sellsOrSends(*label, screen) && (!paid || screen.isSettled())) return std::nullopt;
     if (!standsLikePayButton(*label, screen)) return std::nullopt;
     return onPayment(label->text, screen);
 }
 
 Verdict underPrices(const WideScreen& screen) {
     const Label* label = anyButton(screen, kMostBarWords);
-    if (!label || screen.isSettled() || isCaption(*label) || !isBelow(*label, kFoot, screen))
+    if (!label || screen.isSettled() || isIdle(*label, screen) || isCaption(*label) ||
+        !isBelow(*label, kFoot, screen))
         return std::nullopt;
     if (!hasPriceColumn(screen) || !standsLikePayButton(*label, screen)) return std::nullopt;
     return onPayment(label->text, screen);
@@ -115,7 +121,8 @@ Verdict underPrices(const WideScreen& screen) {
 
 Verdict amountBar(const WideScreen& screen) {
     const Label* label = anyButton(screen, kMostBarWords);
-    if (!label || screen.isSettled() || !isBelow(*label, kFoot, screen)) return std::nullopt;
+    if (!label || screen.isSettled() || isIdle(*label, screen) || !isBelow(*label, kFoot, screen))
+        return std::nullopt;
     bool besideAmount = false;
     for (const auto& other : screen.labels()) {
         if (&other == label) continue;

@@ -50,6 +50,11 @@ bool standLikeOneButton(const Label& upper, const Label& lower, double width) {
     return middles <= 0.03 * width;
 }
 
+// "$0.00"
+bool isNothing(std::string_view amount) {
+    return amount.contains('0') && amount.find_first_of("123456789") == amount.npos;
+}
+
 bool isDigit(char c) { return c >= '0' && c <= '9'; }
 
 // The part ends within a word of the text, as a currency that only begins a longer word.
@@ -92,10 +97,12 @@ bool Label::pays() const {
 bool Label::buys() const {
     if (!mayBeButton() || dismisses() || isNamed()) return false;
     if (pays() || phrases.startsWith(Word::buy) || phrases.startsWith(Word::pay)) return true;
-    if (phrases.endsWith(Word::pay)) return true;
+    if (phrases.endsWith(Word::pay) || (phrases.dense && phrases.endsWith(Word::buy))) return true;
     return amount && (phrases.endsWith(Word::buy) || phrases.startsWith(Word::transfer) ||
                       phrases.endsWith(Word::transfer) || phrases.startsWith(Word::weakBuy) ||
-                      phrases.startsWith(Word::withAmount) || phrases.isAll(Word::commit));
+                      phrases.startsWith(Word::withAmount) ||
+                      // "Yes, $45" is said.
+                      (phrases.isAll(Word::commit) && !withoutAmount.contains(',')));
 }
 
 bool Label::isDueCaption() const {
@@ -144,7 +151,7 @@ WideScreen::WideScreen(const std::vector<Line>& lines, FrameSize frame, const Ac
     joinAmounts();
     nameBareAmounts();
     for (const auto& label : labels_) {
-        if (!label.amount) continue;
+        if (!label.amount || isNothing(*label.amount)) continue;
         ++amounts_;
         if (!amount_) amount_ = label.amount;
     }
@@ -278,9 +285,9 @@ void WideScreen::judgeOffer() {
 }
 
 void WideScreen::judge() {
-    const auto heads = [](const Phrases& phrases, Word kind) {
+    const auto begins = [](const Phrases& phrases, Word kind) {
         return phrases.words <= kMostCaptionWords &&
-               (phrases.startsWith(kind) || phrases.endsWith(kind) || phrases.isAll(kind));
+               (phrases.startsWith(kind) || phrases.isAll(kind));
     };
     bool overview = false;
     for (const auto& label : labels_) {
@@ -290,8 +297,9 @@ void WideScreen::judge() {
             label.mayBeButton() && label.isDueCaption()) {
             ++dueCaptions_;
         }
-        settled_ = settled_ || heads(phrases, Word::settled);
-        overview = overview || heads(phrases, Word::overview);
+        settled_ = settled_ || begins(phrases, Word::settled) ||
+                   (phrases.words <= kMostCaptionWords && phrases.endsWith(Word::settled));
+        overview = overview || begins(phrases, Word::overview);
         consent_ = consent_ || phrases.contains(Word::consent);
         card_ = card_ || cardEnding().has(label.plain);
     }
