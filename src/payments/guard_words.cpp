@@ -177,6 +177,11 @@ bool Phrases::endsWith(Word kind) const {
         hits, [&](const auto& hit) { return hit.ends && (hit.kinds & bit(kind)); });
 }
 
+bool Phrases::goesOnWith(Word kind) const {
+    return std::ranges::any_of(
+        hits, [&](const auto& hit) { return !hit.starts && (hit.kinds & bit(kind)); });
+}
+
 bool Phrases::isAll(Word kind) const {
     return std::ranges::any_of(hits,
                                [&](const auto& hit) { return hit.all && (hit.kinds & bit(kind)); });

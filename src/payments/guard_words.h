@@ -67,6 +67,8 @@ struct Phrases {
     bool isAll(Word kind) const;
     bool startsWith(Word kind) const;
     bool endsWith(Word kind) const;
+    // Behind its beginning.
+    bool goesOnWith(Word kind) const;
 };
 
 // One word file, by name and content.

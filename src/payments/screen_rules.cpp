@@ -63,7 +63,7 @@ Verdict verbAndObject(const WideScreen& screen) {
         const auto acts = [&](Word kind) {
             // A verb and its object stand in either order; one word cannot be both.
             return phrases.dense ? phrases.contains(kind)
-                                 : (phrases.startsWith(kind) && !phrases.isAll(kind)) ||
+                                 : (phrases.startsWith(kind) && phrases.goesOnWith(Word::object)) ||
                                        (phrases.endsWith(kind) && phrases.startsWith(Word::object));
         };
         if (phrases.words < 2 && !phrases.dense) continue;
@@ -104,6 +104,7 @@ Verdict longLabel(const WideScreen& screen) {
     for (const Label* label : screen.hit()) {
         const auto& phrases = label->phrases;
         if (phrases.words > kMostLongWords || phrases.contains(Word::speech)) continue;
+        if (label->isToDo()) continue;
         if (label->dismisses() || label->text.ends_with('.')) continue;
         if (label->amount ? phrases.startsWith(Word::pay) : phrases.startsWith(Word::payStart)) {
             return onPayment(label->text, screen);

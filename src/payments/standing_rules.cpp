@@ -8,6 +8,7 @@ namespace {
 
 constexpr double kCentred = 0.06;     // of the frame's width
 constexpr double kLowerHalf = 0.5;    // of the frame's height, where it begins
+constexpr double kHead = 0.15;        // of it, where the bar at the top ends
 constexpr double kFoot = 0.7;         // where what stays in place while a page scrolls begins
 constexpr double kSameEdge = 0.02;    // of the frame's width, between the ends of a column
 constexpr double kRightSide = 0.75;   // of it, where a column of prices ends
@@ -57,6 +58,18 @@ bool sellsOrSends(const Label& label, const WideScreen& screen) {
 
 bool isCaption(const Label& label) {
     return label.phrases.isAll(Word::due) || label.phrases.isAll(Word::money);
+}
+
+// A cross at the top closes it, and nothing else is beside the cross.
+bool isSheet(const WideScreen& screen) {
+    constexpr std::string_view kCrosses[] = {"✕", "×", "✖", "✗", "X", "x"};
+    return std::ranges::any_of(screen.labels(), [&](const Label& cross) {
+        if (std::ranges::find(kCrosses, cross.text) == std::end(kCrosses)) return false;
+        if (isBelow(cross, kHead, screen)) return false;
+        return std::ranges::none_of(screen.labels(), [&](const Label& other) {
+            return &other != &cross && besideEachOther(other, cross);
+        });
+    });
 }
 
 // Prices below each other, ending at one edge, as a bill has them.
@@ -139,16 +152,20 @@ Verdict amountBar(const WideScreen& screen) {
 Verdict upsell(const WideScreen& screen) {
     const Label* label = anyButton(screen, kMostCommitWords);
     if (!label || screen.isSettled() || !isCentred(*label, screen)) return std::nullopt;
-    if (screen.amounts() < kLeastPricesOfUpsell || !standsLikePayButton(*label, screen)) {
+    if (!isBelow(*label, kFoot, screen) || !standsLikePayButton(*label, screen)) {
         return std::nullopt;
     }
     const auto refusal = [&](const Label& other) {
-        return (other.dismisses() || other.phrases.startsWith(Word::dismiss) ||
-                other.phrases.endsWith(Word::dismiss)) &&
-               isCentred(other, screen) && other.top > label->bottom &&
-               other.top - label->bottom < kRefusalNear * screen.frame().height;
+        const bool below = other.top > label->bottom &&
+                           other.top - label->bottom < kRefusalNear * screen.frame().height;
+        return below && isCentred(other, screen) &&
+               (other.dismisses() || other.phrases.startsWith(Word::dismiss) ||
+                other.phrases.endsWith(Word::dismiss));
     };
-    if (!std::ranges::any_of(screen.labels(), refusal)) return std::nullopt;
+    const bool refused = std::ranges::any_of(screen.labels(), refusal);
+    if (!(refused && screen.amounts() >= kLeastPricesOfUpsell) && !isSheet(screen)) {
+        return std::nullopt;
+    }
     return onPayment(label->text, screen);
 }
 

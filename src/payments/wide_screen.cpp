@@ -86,7 +86,7 @@ bool Label::mayBeButton() const {
         return false;
     }
     if (phrases.words > kMostWordsWithComma && withoutAmount.contains(',')) return false;
-    return !sentence().has(withoutAmount) && !openBullet().has(text);
+    return !sentence().has(withoutAmount) && !isToDo();
 }
 
 bool Label::pays() const {
@@ -112,9 +112,9 @@ bool Label::isDueCaption() const {
            (phrases.words <= 2 && phrases.endsWith(Word::due));
 }
 
-// "Order total $5.00" is a caption, "Order 2210" a name.
+// "Order total $5.00" is a caption, "Order 2210" a name, "Sponsor: Nimbus" both.
 bool Label::isNamed() const {
-    static const Regex numbered(R"(^\W*\p{L}+\W+\d{3,})", Regex::Case::sensitive);
+    static const Regex numbered(R"(^\W*\p{L}+(\W+\d{3,}|:\s+\p{L}))", Regex::Case::sensitive);
     const bool caption = phrases.isAll(Word::due) && !phrases.isAll(Word::buy) &&
                          !phrases.isAll(Word::pay) && !phrases.isAll(Word::commit);
     return caption || (numbered.has(withoutAmount) && !phrases.contains(Word::unit));
@@ -131,6 +131,8 @@ bool Label::isSoft() const {
     return phrases.startsWith(Word::soft) || phrases.endsWith(Word::soft) ||
            (phrases.dense && phrases.contains(Word::soft));
 }
+
+bool Label::isToDo() const { return openBullet().has(text); }
 
 bool Label::asksSecret() const {
     return phrases.contains(Word::passcode) && !phrases.contains(Word::otherCode);
@@ -278,7 +280,8 @@ void WideScreen::judgeOffer() {
         const bool offer = label.phrases.contains(Word::offer);
         const bool hint = label.phrases.contains(Word::offerHint);
         const bool priced = label.amount.has_value();
-        if (offer || hint) offers += (offer && hint) || priced ? 2 : 1;
+        // A price a month alone is a salary, a rent or a tariff just as well.
+        if (offer || hint) offers += offer && (hint || priced) ? 2 : 1;
     }
     offer_ = offers >= kLeastOfferWords && amount_;
     clearOffer_ = offers > kLeastOfferWords && amount_;
@@ -293,8 +296,9 @@ void WideScreen::judge() {
     for (const auto& label : labels_) {
         const auto& phrases = label.phrases;
         caption_ = caption_ || captions(label);
-        if (phrases.words <= kMostCaptionWords && !phrases.contains(Word::speech) &&
-            label.mayBeButton() && label.isDueCaption()) {
+        const bool spoken = phrases.contains(Word::speech) || !label.mayBeButton();
+        if (phrases.words <= kMostCaptionWords && label.isDueCaption() &&
+            (!spoken || phrases.isAll(Word::due))) {
             ++dueCaptions_;
         }
         settled_ = settled_ || begins(phrases, Word::settled) ||

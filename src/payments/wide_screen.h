@@ -40,6 +40,8 @@ struct Label {
     bool isHarmless() const;
     // So does it, unless much speaks of paying: "Open channel" pays, "Open in Maps" does not.
     bool isSoft() const;
+    // It begins with an open circle or square, as a thing to tick off does.
+    bool isToDo() const;
     // "PIN", and not "Promo code".
     bool asksSecret() const;
     double middle() const { return (left + right) / 2; }
