@@ -47,6 +47,8 @@ Item itemOf(const WrittenRow& row) {
             return ImageItem{
                 .height = kSymbolHeight, .color = kSymbolGround, .glyph = findGlyph(row.text)};
         case RowKind::text:
+        case RowKind::cells:
+        case RowKind::bottom:
             break;
     }
     return TextItem{.text = row.text};
@@ -138,6 +140,8 @@ Result<JudgedScreen> DrawnCases::draw(const WrittenScreen& screen, const Written
     for (const auto& row : screen) {
         if (row.kind == RowKind::symbol && findGlyph(row.text) == nullptr)
             return fail(fmt::format("there is no symbol \"{}\"", row.text));
+        if (row.kind == RowKind::cells || row.kind == RowKind::bottom)
+            return fail(fmt::format("\"{}\" can't be drawn", row.written));
     }
     const Scenario scenario = scenarioOf(screen);
     PhoneModel phone(scenario, fonts_);
@@ -146,7 +150,7 @@ Result<JudgedScreen> DrawnCases::draw(const WrittenScreen& screen, const Written
         return fail("its rows are higher than the screen");
     Point place;
     if (const WrittenRow* target = targetOf(screen, action)) {
-        const auto& text = action.onDetail ? target->detail : target->text;
+        const auto& text = action.cell > 0 ? target->detail : target->text;
         const auto found = placeOf(text, target->kind, *look.display, fonts_);
         if (!found) return fail(fmt::format("\"{}\" is not on the picture", text));
         place = *found;

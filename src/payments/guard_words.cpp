@@ -50,11 +50,18 @@ constexpr ListName kLists[] = {
     {"settled",   Word::settled},
     {"harmless",  Word::harmless},
     {"harmlessEnd", Word::harmlessEnd},
+    {"captionAlone", Word::captionAlone},
+    {"consent",   Word::consent},
+    {"object",    Word::object},
+    {"overview",  Word::overview},
+    {"soft",      Word::soft},
+    {"otherCode", Word::otherCode},
+    {"slideVerb", Word::slideVerb},
 };
 // clang-format on
 // Lists that make the guard ask less.
-constexpr Word kSoothing[] = {Word::dismiss, Word::speech, Word::settled, Word::harmless,
-                              Word::harmlessEnd};
+constexpr Word kSoothing[] = {Word::dismiss,     Word::speech,   Word::settled, Word::harmless,
+                              Word::harmlessEnd, Word::overview, Word::soft,    Word::otherCode};
 
 std::uint32_t bit(Word kind) { return static_cast<std::uint32_t>(kind); }
 
@@ -168,6 +175,11 @@ bool Phrases::startsWith(Word kind) const {
 bool Phrases::endsWith(Word kind) const {
     return std::ranges::any_of(
         hits, [&](const auto& hit) { return hit.ends && (hit.kinds & bit(kind)); });
+}
+
+bool Phrases::goesOnWith(Word kind) const {
+    return std::ranges::any_of(
+        hits, [&](const auto& hit) { return !hit.starts && (hit.kinds & bit(kind)); });
 }
 
 bool Phrases::isAll(Word kind) const {

@@ -20,27 +20,34 @@ namespace tandrel::PaymentGuard {
 
 // What a phrase means; the names are those of the lists in a word file.
 enum class Word : std::uint32_t {
-    pay = 1 << 0,           // a button that pays, wherever it is
-    payStart = 1 << 1,      // what such a button begins with, whatever follows
-    buy = 1 << 2,           // a verb that pays where an amount is on the screen
-    weakBuy = 1 << 3,       // one that does so beside an amount, and otherwise means anything
-    transfer = 1 << 4,      // a verb that moves the amount on its button
-    commit = 1 << 5,        // a button that commits a form
-    money = 1 << 6,         // a caption by which an amount is a payment
-    offer = 1 << 7,         // speaks of a trial or of a subscription to be had
-    offerHint = 1 << 8,     // does so only in the company of other such words
-    slide = 1 << 9,         // the text of a slider that pays
-    passcode = 1 << 10,     // asks for a secret
-    tip = 1 << 11,          // asks for a tip
-    dismiss = 1 << 12,      // a button that pays nothing
-    filler = 1 << 13,       // may stand beside a phrase on its button
-    speech = 1 << 14,       // is said to somebody, and not by a button
-    unit = 1 << 15,         // what is bought and spent inside an app
-    due = 1 << 16,          // a caption of what is about to be paid, and to whom
-    settled = 1 << 17,      // says that nothing is about to be paid: a receipt, an overview
-    harmless = 1 << 18,     // what a button that pays nothing begins with
-    harmlessEnd = 1 << 19,  // what such a button ends with
-    withAmount = 1 << 20,   // a verb that pays when its button holds an amount
+    pay = 1 << 0,            // a button that pays, wherever it is
+    payStart = 1 << 1,       // what such a button begins with, whatever follows
+    buy = 1 << 2,            // a verb that pays where an amount is on the screen
+    weakBuy = 1 << 3,        // one that does so beside an amount, and otherwise means anything
+    transfer = 1 << 4,       // a verb that moves the amount on its button
+    commit = 1 << 5,         // a button that commits a form
+    money = 1 << 6,          // a caption by which an amount is a payment
+    offer = 1 << 7,          // speaks of a trial or of a subscription to be had
+    offerHint = 1 << 8,      // does so only in the company of other such words
+    slide = 1 << 9,          // the text of a slider that pays
+    passcode = 1 << 10,      // asks for a secret
+    tip = 1 << 11,           // asks for a tip
+    dismiss = 1 << 12,       // a button that pays nothing
+    filler = 1 << 13,        // may stand beside a phrase on its button
+    speech = 1 << 14,        // is said to somebody, and not by a button
+    unit = 1 << 15,          // what is bought and spent inside an app
+    due = 1 << 16,           // a caption of what is about to be paid, and to whom
+    settled = 1 << 17,       // says that nothing is about to be paid: a receipt, an overview
+    harmless = 1 << 18,      // what a button that pays nothing begins with
+    harmlessEnd = 1 << 19,   // what such a button ends with
+    withAmount = 1 << 20,    // a verb that pays when its button holds an amount
+    captionAlone = 1 << 21,  // a caption as `money` is, where it is a line of its own: "To"
+    consent = 1 << 22,       // in a sentence that says that the button pays: "will be charged"
+    object = 1 << 23,        // what is paid, placed or sent: "order", "tip", "bid"
+    overview = 1 << 24,      // heads a list of money that is there, unless much speaks of paying
+    soft = 1 << 25,          // begins or ends a harmless button, unless much speaks of paying
+    otherCode = 1 << 26,     // a code that is no secret: "promo code"
+    slideVerb = 1 << 27,     // what a slider begins or ends with, whatever it does
 };
 
 // A phrase found in a text, and where.
@@ -61,6 +68,8 @@ struct Phrases {
     bool isAll(Word kind) const;
     bool startsWith(Word kind) const;
     bool endsWith(Word kind) const;
+    // Behind its beginning.
+    bool goesOnWith(Word kind) const;
 };
 
 // One word file, by name and content.

@@ -11,6 +11,7 @@ constexpr double kWidth = 400;
 constexpr double kHeight = 40;
 constexpr double kRow = 110;
 constexpr double kTop = 60;
+constexpr double kFoot = 1000;
 
 struct Layout {
     std::vector<Line> lines;
@@ -32,6 +33,7 @@ void addLine(Layout& layout, std::string_view text, double& top) {
     const bool around = takePrefix(text, "+ ");
     const bool below = takePrefix(text, "_ ");
     const bool turned = takePrefix(text, "| ");
+    const bool beside = takePrefix(text, "/ ");
     const bool spotBeside = text.ends_with(" >>");
     if (spotBeside) text.remove_suffix(3);
     Line line{std::string(text), kLeft, top, kWidth, kHeight};
@@ -41,6 +43,12 @@ void addLine(Layout& layout, std::string_view text, double& top) {
         const Line& inner = layout.lines.back();
         line.y = inner.y - 10;
         line.h = inner.h + 20;
+    } else if (beside && !layout.lines.empty()) {
+        Line& left = layout.lines.back();
+        left.w = 150;
+        line.x = kLeft + kWidth - 150;
+        line.w = 150;
+        line.y = left.y;
     } else if (below && !layout.lines.empty()) {
         line.y = layout.lines.back().y + kHeight + 10;
     } else {
@@ -64,6 +72,8 @@ Layout laidOut(std::string_view text) {
             layout.action = {.kind = Kind::swipe, .x = 0.15, .y = 0.9, .x2 = 0.85, .y2 = 0.9};
         } else if (takePrefix(row, "type ")) {
             layout.action = {.kind = Kind::type, .text = std::string(row)};
+        } else if (row == "foot") {
+            top = kFoot;
         } else if (row == ">") {
             tapAt(layout, kExampleFrame.width / 2, top + kHeight / 2);
             top += kRow;

@@ -8,6 +8,7 @@
 
 #include "base/unicode.h"
 #include "payments/guard_patterns.h"
+#include "payments/standing_rules.h"
 
 namespace tandrel::PaymentGuard {
 namespace {
@@ -32,22 +33,6 @@ bool commitsToPaying(const Label& label) {
             phrases.contains(Word::money));
 }
 
-// Centred, or with nothing but a refusal beside it, below an amount.
-bool standsLikePayButton(const Label& label, const WideScreen& screen) {
-    bool belowAmount = false;
-    bool beside = false;
-    bool besideRefusal = false;
-    for (const auto& other : screen.labels()) {
-        if (&other == &label) continue;
-        belowAmount = belowAmount || (other.amount && other.top < label.top);
-        if (other.bottom <= label.top || other.top >= label.bottom) continue;
-        (other.dismisses() ? besideRefusal : beside) = true;
-    }
-    const double middle = (label.left + label.right) / 2 / screen.frame().width;
-    const bool centred = std::abs(middle - 0.5) < kCentred;
-    return belowAmount && !beside && (centred || besideRefusal);
-}
-
 // A sentence about paying an amount, on one line or broken over up to three.
 bool saysItPays(const WideScreen& screen) {
     const auto& labels = screen.labels();
@@ -68,6 +53,26 @@ bool saysItPays(const WideScreen& screen) {
 }
 
 }  // namespace
+
+Verdict verbAndObject(const WideScreen& screen) {
+    if (!screen.taps() || !screen.amount()) return std::nullopt;
+    for (const Label* label : screen.hit()) {
+        const auto& phrases = label->phrases;
+        if (!label->mayBeButton() || label->dismisses() || label->isHarmless()) continue;
+        if (phrases.words > kMostVerbWords || !phrases.contains(Word::object)) continue;
+        const auto acts = [&](Word kind) {
+            // A verb and its object stand in either order; one word cannot be both.
+            return phrases.dense ? phrases.contains(kind)
+                                 : (phrases.startsWith(kind) && phrases.goesOnWith(Word::object)) ||
+                                       (phrases.endsWith(kind) && phrases.startsWith(Word::object));
+        };
+        if (phrases.words < 2 && !phrases.dense) continue;
+        if (acts(Word::commit) || acts(Word::transfer) || acts(Word::withAmount)) {
+            return onPayment(label->text, screen);
+        }
+    }
+    return std::nullopt;
+}
 
 Verdict buyingVerb(const WideScreen& screen) {
     if (!screen.taps() || !screen.amount()) return std::nullopt;
@@ -99,6 +104,7 @@ Verdict longLabel(const WideScreen& screen) {
     for (const Label* label : screen.hit()) {
         const auto& phrases = label->phrases;
         if (phrases.words > kMostLongWords || phrases.contains(Word::speech)) continue;
+        if (label->isToDo()) continue;
         if (label->dismisses() || label->text.ends_with('.')) continue;
         if (label->amount ? phrases.startsWith(Word::pay) : phrases.startsWith(Word::payStart)) {
             return onPayment(label->text, screen);
@@ -136,20 +142,6 @@ Verdict commitWithCaption(const WideScreen& screen) {
         if (commits(*label) || commitsToPaying(*label)) return onPayment(label->text, screen);
     }
     return std::nullopt;
-}
-
-Verdict buttonOfPayment(const WideScreen& screen) {
-    const Label* label = screen.taps() ? screen.label() : nullptr;
-    if (!label || !screen.amount() || screen.isSettled()) return std::nullopt;
-    if (!screen.isDue() && !screen.hasCaption()) return std::nullopt;
-    const auto& phrases = label->phrases;
-    if (!label->mayBeButton() || phrases.words == 0 || phrases.words > kMostCommitWords) {
-        return std::nullopt;
-    }
-    if (label->dismisses() || label->isHarmless()) return std::nullopt;
-    if (phrases.isAll(Word::due) || phrases.isAll(Word::money)) return std::nullopt;
-    if (!standsLikePayButton(*label, screen)) return std::nullopt;
-    return onPayment(label->text, screen);
 }
 
 Verdict dialog(const WideScreen& screen) {
@@ -228,7 +220,9 @@ Verdict tipShare(const WideScreen& screen) {
 Verdict slider(const WideScreen& screen) {
     if (screen.action().kind != Kind::swipe || screen.taps()) return std::nullopt;
     for (const auto& label : screen.labels()) {
-        if (!label.phrases.contains(Word::slide)) continue;
+        const bool slides = label.phrases.contains(Word::slide) ||
+                            (label.phrases.contains(Word::slideVerb) && screen.isClearlyDue());
+        if (!slides) continue;
         return fmt::format("a \"{}\" control{}", label.text,
                            screen.amount() ? " for " + *screen.amount() : "");
     }
@@ -246,7 +240,8 @@ Verdict enterKey(const WideScreen& screen) {
 
 Verdict secret(const WideScreen& screen) {
     const Action& action = screen.action();
-    if (!screen.has(Word::passcode) || !screen.amount()) return std::nullopt;
+    const auto asks = [](const Label& label) { return label.asksSecret(); };
+    if (!screen.amount() || !std::ranges::any_of(screen.labels(), asks)) return std::nullopt;
     const Label* button = screen.taps() ? screen.label() : nullptr;
     if (button && button->phrases.isAll(Word::commit) && saysItPays(screen)) {
         return onPayment(button->text, screen);

@@ -6,12 +6,12 @@
 // Each of them is a row of the table of rules, which says what it sees and why.
 namespace tandrel::PaymentGuard {
 
+Verdict verbAndObject(const WideScreen& screen);
 Verdict buyingVerb(const WideScreen& screen);
 Verdict verbBesideAmount(const WideScreen& screen);
 Verdict longLabel(const WideScreen& screen);
 Verdict offer(const WideScreen& screen);
 Verdict commitWithCaption(const WideScreen& screen);
-Verdict buttonOfPayment(const WideScreen& screen);
 Verdict dialog(const WideScreen& screen);
 Verdict paymentScreenTap(const WideScreen& screen);
 Verdict payBand(const WideScreen& screen);

@@ -15,12 +15,30 @@ constexpr std::size_t kLongestButton = 60;  // bytes for most scripts; twice tha
 constexpr std::size_t kMostButtonWords = 7;
 constexpr std::size_t kMostCaptionWords = 5;
 constexpr int kLeastOfferWords = 2;
-constexpr double kTinySwipe = 0.03;  // fraction of the screen
-constexpr double kLineGap = 0.9;     // of a line's height, between two lines of one button
-constexpr double kSameHeight = 1.6;  // between two lines of one button
+constexpr int kLeastDueBesideOverview = 2;  // captions
+constexpr double kTinySwipe = 0.03;         // fraction of the screen
+constexpr double kLineGap = 0.9;            // of a line's height, between two lines of one button
+constexpr double kSameHeight = 1.6;         // between two lines of one button
 
 const Regex& sentence() {
-    static const Regex rule(R"([?,;…]|[.!]\s+\p{L}|://|^\S+\.\S+/|@)", Regex::Case::sensitive);
+    static const Regex rule(R"([?;…]|[.!]\s+\p{L}|://|^\S+\.\S+/|@)", Regex::Case::sensitive);
+    return rule;
+}
+
+// More words than these with a comma are a sentence: "Yes, send it" is none.
+constexpr std::size_t kMostWordsWithComma = 4;
+
+// The end of a card's or an account's number, as a shop shows the one that it will charge.
+const Regex& cardEnding() {
+    static const Regex rule(
+        R"([•●∙·*.]{2,}\s?\d{4}\b|\b(visa|mastercard|amex|maestro|card|debit)\W+\d{4}\b)",
+        Regex::Case::insensitive);
+    return rule;
+}
+
+// An open circle or square begins a thing to tick off.
+const Regex& openBullet() {
+    static const Regex rule(R"(^\s*[○◯☐□▢])", Regex::Case::sensitive);
     return rule;
 }
 
@@ -31,6 +49,11 @@ bool standLikeOneButton(const Label& upper, const Label& lower, double width) {
     if (std::max(upper.height(), lower.height()) > kSameHeight * height) return false;
     const double middles = std::abs((upper.left + upper.right) - (lower.left + lower.right)) / 2;
     return middles <= 0.03 * width;
+}
+
+// "$0.00"
+bool isNothing(std::string_view amount) {
+    return amount.contains('0') && amount.find_first_of("123456789") == amount.npos;
 }
 
 // The part ends within a word of the text, as a currency that only begins a longer word.
@@ -56,9 +79,13 @@ Label joinedLabel(const WideScreen& screen, const std::vector<const Label*>& par
 }  // namespace
 
 bool Label::mayBeButton() const {
-    return phrases.words <= kMostButtonWords && text.size() <= 2 * kLongestButton &&
-           (text.size() <= kLongestButton || graphemeCount(text) <= kLongestButton) &&
-           (phrases.words < 2 || !phrases.contains(Word::speech)) && !sentence().has(withoutAmount);
+    if (phrases.words > kMostButtonWords || text.size() > 2 * kLongestButton) return false;
+    if (text.size() > kLongestButton && graphemeCount(text) > kLongestButton) return false;
+    if (phrases.words >= 2 && phrases.contains(Word::speech) && !phrases.isAll(Word::pay)) {
+        return false;
+    }
+    if (phrases.words > kMostWordsWithComma && withoutAmount.contains(',')) return false;
+    return !sentence().has(withoutAmount) && !isToDo();
 }
 
 bool Label::pays() const {
@@ -69,10 +96,12 @@ bool Label::pays() const {
 bool Label::buys() const {
     if (!mayBeButton() || dismisses() || isNamed()) return false;
     if (pays() || phrases.startsWith(Word::buy) || phrases.startsWith(Word::pay)) return true;
-    if (phrases.endsWith(Word::pay)) return true;
+    if (phrases.endsWith(Word::pay) || (phrases.dense && phrases.endsWith(Word::buy))) return true;
     return amount && (phrases.endsWith(Word::buy) || phrases.startsWith(Word::transfer) ||
                       phrases.endsWith(Word::transfer) || phrases.startsWith(Word::weakBuy) ||
-                      phrases.startsWith(Word::withAmount) || phrases.isAll(Word::commit));
+                      phrases.startsWith(Word::withAmount) ||
+                      // "Yes, $45" is said.
+                      (phrases.isAll(Word::commit) && !withoutAmount.contains(',')));
 }
 
 bool Label::isDueCaption() const {
@@ -82,9 +111,9 @@ bool Label::isDueCaption() const {
            (phrases.words <= 2 && phrases.endsWith(Word::due));
 }
 
-// "Order total $5.00" is a caption, "Order 2210" a name.
+// "Order total $5.00" is a caption, "Order 2210" a name, "Sponsor: Nimbus" both.
 bool Label::isNamed() const {
-    static const Regex numbered(R"(^\W*\p{L}+\W+\d{3,})", Regex::Case::sensitive);
+    static const Regex numbered(R"(^\W*\p{L}+(\W+\d{3,}|:\s+\p{L}))", Regex::Case::sensitive);
     const bool caption = phrases.isAll(Word::due) && !phrases.isAll(Word::buy) &&
                          !phrases.isAll(Word::pay) && !phrases.isAll(Word::commit);
     return caption || (numbered.has(withoutAmount) && !phrases.contains(Word::unit));
@@ -95,6 +124,17 @@ bool Label::dismisses() const { return phrases.isAll(Word::dismiss); }
 bool Label::isHarmless() const {
     return phrases.startsWith(Word::harmless) || phrases.endsWith(Word::harmlessEnd) ||
            (phrases.dense && phrases.contains(Word::harmlessEnd));
+}
+
+bool Label::isSoft() const {
+    return phrases.startsWith(Word::soft) || phrases.endsWith(Word::soft) ||
+           (phrases.dense && phrases.contains(Word::soft));
+}
+
+bool Label::isToDo() const { return openBullet().has(text); }
+
+bool Label::asksSecret() const {
+    return phrases.contains(Word::passcode) && !phrases.contains(Word::otherCode);
 }
 
 WideScreen::WideScreen(const std::vector<Line>& lines, FrameSize frame, const Action& action,
@@ -110,8 +150,9 @@ WideScreen::WideScreen(const std::vector<Line>& lines, FrameSize frame, const Ac
         labels_.push_back(std::move(label));
     }
     joinAmounts();
+    nameBareAmounts();
     for (const auto& label : labels_) {
-        if (!label.amount) continue;
+        if (!label.amount || isNothing(*label.amount)) continue;
         ++amounts_;
         if (!amount_) amount_ = label.amount;
     }
@@ -133,6 +174,18 @@ void WideScreen::joinAmounts() {
         const std::string both = upper.plain + " " + lower.plain;
         const auto amount = words_.amount(both);
         if (amount && !cutsWord(both, *amount)) upper.amount = amount;
+    }
+}
+
+// Where something is to be paid, and no currency is on the screen, a number with two decimals is an
+// amount.
+void WideScreen::nameBareAmounts() {
+    static const Regex bare(R"(^\W*\d{1,3}([., ]?\d{3})*[.,]\d{2}\W*$)", Regex::Case::sensitive);
+    const auto priced = [](const Label& label) { return label.amount.has_value(); };
+    if (std::ranges::any_of(labels_, priced)) return;
+    if (std::ranges::none_of(labels_, &Label::isDueCaption)) return;
+    for (auto& label : labels_) {
+        if (bare.has(label.plain)) label.amount = trimmed(label.plain);
     }
 }
 
@@ -199,33 +252,65 @@ bool WideScreen::has(Word kind) const {
                                [&](const Label& label) { return label.phrases.contains(kind); });
 }
 
-void WideScreen::judge() {
+// Whether the label is, or begins with, a caption by which an amount is a payment.
+bool WideScreen::captions(const Label& label) {
+    if (label.phrases.words > kMostCaptionWords || label.phrases.contains(Word::speech))
+        return false;
+    return !label.dismisses() &&
+           (label.phrases.startsWith(Word::money) || label.phrases.isAll(Word::money) ||
+            (label.phrases.words == 1 && label.phrases.isAll(Word::captionAlone)));
+}
+
+void WideScreen::judgePaying() {
     bool paying = false;
     bool slider = false;
     bool secret = false;
-    int offers = 0;  // that many words which speak of one
     for (const auto& label : labels_) {
-        const bool isShort = label.phrases.words <= kMostCaptionWords;
-        const bool spoken = label.phrases.contains(Word::speech);
-        if (isShort && !spoken && !label.dismisses() &&
-            (label.phrases.startsWith(Word::money) || label.phrases.isAll(Word::money))) {
-            caption_ = true;
-        }
-        due_ = due_ || (isShort && !spoken && label.mayBeButton() && label.isDueCaption());
-        settled_ = settled_ || (isShort && (label.phrases.startsWith(Word::settled) ||
-                                            label.phrases.endsWith(Word::settled) ||
-                                            label.phrases.isAll(Word::settled)));
         paying = paying || label.pays() || (label.amount && label.buys());
         slider = slider || label.phrases.contains(Word::slide);
-        secret = secret || (isShort && label.phrases.contains(Word::passcode));
+        secret = secret || (label.phrases.words <= kMostCaptionWords && label.asksSecret());
+    }
+    payment_ = slider || (paying && amount_) || (secret && amount_ && caption_);
+}
+
+void WideScreen::judgeOffer() {
+    int offers = 0;  // that many words which speak of one
+    for (const auto& label : labels_) {
         const bool offer = label.phrases.contains(Word::offer);
         const bool hint = label.phrases.contains(Word::offerHint);
         const bool priced = label.amount.has_value();
-        if (offer || hint) offers += (offer && hint) || priced ? 2 : 1;
+        // A price a month alone is a salary, a rent or a tariff just as well.
+        if (offer || hint) offers += offer && (hint || priced) ? 2 : 1;
     }
     offer_ = offers >= kLeastOfferWords && amount_;
     clearOffer_ = offers > kLeastOfferWords && amount_;
-    payment_ = slider || (paying && amount_) || (secret && amount_ && caption_);
+}
+
+void WideScreen::judge() {
+    const auto begins = [](const Phrases& phrases, Word kind) {
+        return phrases.words <= kMostCaptionWords &&
+               (phrases.startsWith(kind) || phrases.isAll(kind));
+    };
+    bool overview = false;
+    for (const auto& label : labels_) {
+        const auto& phrases = label.phrases;
+        caption_ = caption_ || captions(label);
+        const bool spoken = phrases.contains(Word::speech) || !label.mayBeButton();
+        if (phrases.words <= kMostCaptionWords && label.isDueCaption() &&
+            (!spoken || phrases.isAll(Word::due))) {
+            ++dueCaptions_;
+        }
+        settled_ = settled_ || begins(phrases, Word::settled) ||
+                   (phrases.words <= kMostCaptionWords && phrases.endsWith(Word::settled));
+        overview = overview || begins(phrases, Word::overview);
+        consent_ = consent_ || phrases.contains(Word::consent);
+        card_ = card_ || cardEnding().has(label.plain);
+    }
+    done_ = settled_;
+    settled_ = settled_ || (overview && dueCaptions_ < kLeastDueBesideOverview && !consent_);
+    due_ = dueCaptions_ > 0 || consent_;
+    judgePaying();
+    judgeOffer();
 }
 
 }  // namespace tandrel::PaymentGuard

@@ -38,6 +38,13 @@ struct Label {
     bool isNamed() const;
     // It begins or ends like a button that pays nothing: "View order", "Sendung verfolgen".
     bool isHarmless() const;
+    // So does it, unless much speaks of paying: "Open channel" pays, "Open in Maps" does not.
+    bool isSoft() const;
+    // It begins with an open circle or square, as a thing to tick off does.
+    bool isToDo() const;
+    // "PIN", and not "Promo code".
+    bool asksSecret() const;
+    double middle() const { return (left + right) / 2; }
 };
 
 class WideScreen {
@@ -74,6 +81,11 @@ class WideScreen {
     // One by which an amount is about to be paid, and nothing that says it is paid already.
     bool isDue() const { return due_ && !settled_; }
     bool isSettled() const { return settled_; }
+    // By words that say so, and not only because it lists money that is there.
+    bool isDone() const { return done_; }
+    // Two captions of what is about to be paid, or a sentence that says that the button pays, or
+    // the end of a card's number.
+    bool isClearlyDue() const { return !settled_ && (dueCaptions_ > 1 || consent_ || card_); }
     bool has(Word kind) const;
     // Something is paid here: a button that pays beside an amount, a slider that pays, or a secret
     // asked for beside an amount and a caption.
@@ -85,8 +97,12 @@ class WideScreen {
 
  private:
     void joinAmounts();
+    void nameBareAmounts();
     void findHit();
     void judge();
+    void judgePaying();
+    void judgeOffer();
+    static bool captions(const Label& label);
 
     const std::vector<Line>& lines_;
     const FrameSize frame_;
@@ -97,8 +113,12 @@ class WideScreen {
     std::optional<std::string> amount_;
     std::size_t amounts_ = 0;
     bool caption_ = false;
+    int dueCaptions_ = 0;
     bool due_ = false;
     bool settled_ = false;
+    bool done_ = false;
+    bool consent_ = false;
+    bool card_ = false;
     bool payment_ = false;
     bool offer_ = false;
     bool clearOffer_ = false;

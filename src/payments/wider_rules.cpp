@@ -2,6 +2,7 @@
 
 #include "payments/label_rules.h"
 #include "payments/screen_rules.h"
+#include "payments/standing_rules.h"
 
 namespace tandrel::PaymentGuard {
 namespace {
@@ -56,6 +57,12 @@ constexpr WiderRule kRules[] = {
      {"> won yaP"},
      {"> won eht"},
      mirrored},
+    {"verb-and-object",
+     "a verb that places, confirms or sends, and what it pays by, where an amount is on the screen",
+     "the two make more pairs, in either order, than a list of buttons can name",
+     {"Fare $18.40\nThank you for riding\n> Send driver tip"},
+     {"Fare $18.40\nThank you for riding\n> Send feedback"},
+     verbAndObject},
     {"buying-verb",
      "a verb that buys at the beginning of a button where an amount is on the screen",
      "shops have more verbs than the given rules",
@@ -92,6 +99,30 @@ constexpr WiderRule kRules[] = {
      {"Amount due\n€1.20\n> Let it flow"},
      {"Amount paid\n€1.20\n> Let it flow"},
      buttonOfPayment},
+    {"standing-amount",
+     "an amount and any words, centred and alone in the lower half of the screen",
+     "there an amount on a button is what it charges: Looks good, place it - $49.59",
+     {"Level 214\nOut of moves!\nfoot\n> Go on, play! $1.99"},
+     {"Level 214\nOut of moves!\nfoot\n> See packs from $1.99"},
+     standingAmount},
+    {"under-prices",
+     "a button at the foot of a screen with a column of prices, but a harmless one",
+     "whatever the language, what ends a bill pays it",
+     {"Lamp\n/ $5.00\nShade\n/ $4.00\nBulb\n/ $3.00\nfoot\n> Hop"},
+     {"Lamp\n/ $5.00\nShade\n/ $4.00\nBulb\n/ $3.00\nfoot\n> View stores"},
+     underPrices},
+    {"amount-bar",
+     "a button right of an amount at the foot of the screen, but a harmless one",
+     "a bar with the sum and the button stays in place while the page above it scrolls",
+     {"Casa Azul\nfoot\n$120.00\n> / Hop on"},
+     {"Casa Azul\nfoot\n$120.00\n> / See rooms"},
+     amountBar},
+    {"upsell",
+     "a button right above a refusal, where two prices are on the screen",
+     "what is offered with No thanks below it is sold: Boost me, Keep my streak",
+     {"10 boosts, $9.99\n1 boost, $1.99\nfoot\n> Shine\nNo thanks"},
+     {"10 boosts, $9.99\n1 boost, $1.99\nfoot\n> Rate us\nNo thanks"},
+     upsell},
     {"dialog",
      "a word that commits beside a refusal, where a sentence speaks of paying an amount",
      "a system's dialogue asks in a sentence and its button says OK",

@@ -12,8 +12,9 @@ namespace tandrel::PaymentGuard {
 
 // A screen and an action as text, one line of the screen a line. What begins with "> " is tapped,
 // and ">" alone is a tapped spot without text; " >>" behind a line taps right of it. "+ " is around
-// the line before it, "_ " right below it, and "| " runs downwards. Instead of a tap, the first
-// line may be "swipe", "enter" or "type 1234".
+// the line before it, "_ " right below it, "/ " right of it, and "| " runs downwards. What follows
+// "foot" stands at the bottom. Instead of a tap, the first line may be "swipe", "enter" or "type
+// 1234".
 struct RuleExample {
     std::string_view text;
 

@@ -18,7 +18,7 @@ using testing::StartsWith;
 class SmudgedCases final : public CaseReader {
  public:
     Result<JudgedScreen> draw(const WrittenScreen& screen, const WrittenAction& action) override {
-        JudgedScreen result = layOut(screen, action);
+        JudgedScreen result = TRY(layOut(screen, action));
         for (auto& line : result.lines) line.text.front() = '#';
         return result;
     }

@@ -1,9 +1,12 @@
 #include "payments/guard_words.h"
 
 #include <fstream>
+#include <map>
+#include <set>
 
 #include <gtest/gtest.h>
 
+#include "base/json.h"
 #include "payments/folded_text.h"
 #include "support/temporary_folder.h"
 
@@ -55,6 +58,30 @@ TEST(GuardWords, FindsAPhraseHoweverItIsWritten) {
     EXPECT_TRUE(found("View my order").startsWith(Word::harmless));
     EXPECT_TRUE(found("Sendung verfolgen").endsWith(Word::harmlessEnd));
     EXPECT_EQ(found("one two three").words, 3u);
+}
+
+// All files are looked up together, so that one language's "no" must not be another one's "pay":
+// Spanish "pago" is a payment, Portuguese "pago" is paid.
+TEST(GuardWords, NoLanguageSoothesWhereAnotherPays) {
+    std::map<std::string, std::set<std::string>> pays;  // phrase to languages
+    std::map<std::string, std::set<std::string>> soothes;
+    for (const auto& file : builtInWordFiles()) {
+        const Json json = *parseJson(file.content);
+        const auto collect = [&](const char* list, auto& into) {
+            for (const auto& phrase : json.value(list, Json::array()))
+                into[folded(phrase.get<std::string>())].emplace(file.name);
+        };
+        for (const char* list : {"pay", "payStart", "due", "consent"}) collect(list, pays);
+        for (const char* list : {"dismiss", "settled", "overview", "harmless"})
+            collect(list, soothes);
+    }
+    ASSERT_GT(pays.size(), 500u);
+    for (const auto& [phrase, languages] : soothes) {
+        const auto found = pays.find(phrase);
+        if (found == pays.end()) continue;
+        // Within one language a phrase may do both, at different places.
+        EXPECT_EQ(found->second, languages) << phrase;
+    }
 }
 
 TEST(GuardWords, AFileCanAddAndNeverTakeAway) {

@@ -54,7 +54,7 @@ TEST(WrittenScreen, ATapHitsTheTextThatItNames) {
           Row{"~Slide to pay~", "Slide to pay"}, Row{"{tick}", std::nullopt}}) {
         const auto action = parseWrittenAction("tap " + std::string(row.target), screen);
         ASSERT_TRUE(action) << row.target;
-        const auto laid = layOut(screen, *action);
+        const auto laid = *layOut(screen, *action);
         EXPECT_EQ(label(laid.action.x, laid.action.y, laid.lines, laid.frame), row.hit);
     }
 }
@@ -62,14 +62,14 @@ TEST(WrittenScreen, ATapHitsTheTextThatItNames) {
 TEST(WrittenScreen, ActionsWithoutATarget) {
     const auto screen = parseWrittenScreen(kTill);
     const auto actionOf = [&](const char* text) {
-        return layOut(screen, *parseWrittenAction(text, screen)).action;
+        return layOut(screen, *parseWrittenAction(text, screen))->action;
     };
     EXPECT_EQ(actionOf("enter"), (Action{.kind = Kind::enter}));
     EXPECT_EQ(actionOf("type ref 12"), (Action{.kind = Kind::type, .text = "ref 12"}));
     const Action swipe = actionOf("swipe");
     EXPECT_LT(swipe.x, 0.2);
     EXPECT_GT(swipe.x2, 0.8);
-    const auto slider = layOut(screen, *parseWrittenAction("tap ~Slide to pay~", screen)).action;
+    const auto slider = layOut(screen, *parseWrittenAction("tap ~Slide to pay~", screen))->action;
     EXPECT_EQ(swipe.y, slider.y);
     for (const char* wrong : {"", "tap", "tap Nothing", "shake", "tap pay now"}) {
         EXPECT_FALSE(parseWrittenAction(wrong, screen)) << wrong;
@@ -79,11 +79,30 @@ TEST(WrittenScreen, ActionsWithoutATarget) {
 TEST(WrittenScreen, LongTextsAreBrokenAndStayOnTheScreen) {
     const auto screen = parseWrittenScreen(
         {"A sentence that is a good deal longer than a phone is wide, and more"});
-    const auto laid = layOut(screen, *parseWrittenAction("enter", screen));
+    const auto laid = *layOut(screen, *parseWrittenAction("enter", screen));
     ASSERT_EQ(laid.lines.size(), 3u);  // the clock above them
     EXPECT_EQ(laid.lines[1].text + " " + laid.lines[2].text, screen[0].text);
     EXPECT_GE(laid.lines[2].y, laid.lines[1].y + laid.lines[1].h);
     for (const auto& line : laid.lines) EXPECT_LE(line.x + line.w, laid.frame.width) << line.text;
+}
+
+TEST(WrittenScreen, CellsStandSideBySideAndABarAtTheBottom) {
+    const auto screen = parseWrittenScreen({"= Shop", "---", "[Add]", "Home | Search | Cart"});
+    EXPECT_EQ(screen[3].cells, (std::vector<std::string>{"Home", "Search", "Cart"}));
+    for (const char* target : {"Home", "Search", "Cart", "Add"}) {
+        const auto laid =
+            *layOut(screen, *parseWrittenAction("tap " + std::string(target), screen));
+        EXPECT_EQ(label(laid.action.x, laid.action.y, laid.lines, laid.frame), target);
+        EXPECT_GT(laid.action.y, 0.8) << target;
+        EXPECT_LT(laid.action.y, 1) << target;
+    }
+}
+
+TEST(WrittenScreen, RowsThatDoNotFitAreAnError) {
+    for (const auto& [count, fits] : {std::pair{16, true}, std::pair{17, false}}) {
+        const auto screen = parseWrittenScreen(std::vector<std::string>(count, "Total | €5.20"));
+        EXPECT_EQ(layOut(screen, *parseWrittenAction("enter", screen)).has_value(), fits);
+    }
 }
 
 }  // namespace

@@ -1,0 +1,18 @@
+#pragma once
+
+#include "payments/rule_verdicts.h"
+
+// What the second layer sees in where a button stands, whatever it says.
+// Each of them is a row of the table of rules, which says what it sees and why.
+namespace tandrel::PaymentGuard {
+
+// Centred, or with nothing but a refusal beside it, below an amount.
+bool standsLikePayButton(const Label& label, const WideScreen& screen);
+
+Verdict standingAmount(const WideScreen& screen);
+Verdict buttonOfPayment(const WideScreen& screen);
+Verdict underPrices(const WideScreen& screen);
+Verdict amountBar(const WideScreen& screen);
+Verdict upsell(const WideScreen& screen);
+
+}  // namespace tandrel::PaymentGuard
