@@ -68,6 +68,7 @@ AppDelegate::AppDelegate(OwnerSide& owner, AppInfo info, MainLoop& loop, Clock& 
                      startTest();
                  },
              .setup = [this] { showSetup(); },
+             .apps = [this] { showSetup(SetupStep::apps); },
              .approvals = [this] { showApprovals(); },
              .about = [this] { showAbout(); }}),
       setup_(appearance_, *this),
@@ -201,6 +202,8 @@ void AppDelegate::checkPointer() {
 }
 
 void AppDelegate::addToApp(AIApp app, Done done) { owner_.actions().addTo(app, std::move(done)); }
+
+void AppDelegate::leaveOut(AIApp app) { owner_.actions().leaveOut(app, tellProblem()); }
 
 void AppDelegate::restartClaudeDesktop(Done done) {
     owner_.actions().restartClaudeDesktop(std::move(done));

@@ -41,6 +41,7 @@ class AppDelegate final : public WindowActions {
     void chooseLink(LinkChoice link) override;
     void fix(Fix fix) override;
     void addToApp(AIApp app, Done done) override;
+    void leaveOut(AIApp app) override;
     void restartClaudeDesktop(Done done) override;
     void startTest() override;
     void finishSetup() override;

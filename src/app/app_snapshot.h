@@ -24,6 +24,7 @@ struct AIAppStatus {
     bool installed = false;
     bool running = false;  // known of Claude Desktop alone
     Link link = Link::notAdded;
+    bool lost = false;    // our entry was there once and has gone
     std::string toPaste;  // the command or the lines that add Tandrel by hand
 
     bool operator==(const AIAppStatus&) const = default;

@@ -208,7 +208,8 @@ void AppState::lookSlowlyAgain() {
 void AppState::lookSlowly() {
     if (stopping_.stop_requested()) return;
     readScreenIfStale();
-    const auto apps = lookAtAIApps(to_.ai, claude_);
+    auto apps = lookAtAIApps(to_.ai, claude_);
+    keepTrackOf(apps);
     const HelperCheck::State helper = helperState();
     const Permission bluetooth = to_.permissions.bluetooth();
     const Permission camera = to_.permissions.camera();
@@ -220,6 +221,15 @@ void AppState::lookSlowly() {
         snapshot.cameraPerm = camera;
         snapshot.screenRecordingPerm = screenRecording;
     });
+}
+
+void AppState::keepTrackOf(std::vector<AIAppStatus>& apps) {
+    const auto kept = rememberEntries(apps, to_.defaults);
+    // Said once, not every few seconds.
+    const std::string problem = kept ? "" : kept.error().message;
+    if (!problem.empty() && problem != problemOfEntries_) log(problem);
+    problemOfEntries_ = problem;
+    markLost(apps, to_.defaults);
 }
 
 void AppState::runHelper() {

@@ -118,6 +118,10 @@ void OwnerActions::addTo(AIApp app, Done done) {
     run([this, app] { return addToAIApp(to_.ai, app); }, std::move(done));
 }
 
+void OwnerActions::leaveOut(AIApp app, Done done) {
+    change([=](UserDefaults& defaults) { return forgetEntry(app, defaults); }, std::move(done));
+}
+
 void OwnerActions::restartClaudeDesktop(Done done) {
     run(
         [this]() -> Outcome {

@@ -51,6 +51,7 @@ Findings examine(OwnerServices& services, const AppInfo& info, const LoopbackUrl
     snapshot.screenRecordingPerm = permissions.screenRecording();
     snapshot.helper = services.helper().run();
     snapshot.aiApps = lookAtAIApps(services.ai(), services.ai().findClaude());
+    markLost(snapshot.aiApps, services.defaults());
     return found;
 }
 
@@ -91,8 +92,9 @@ constexpr AppWord kApps[] = {
     {"codex", AIApp::codex},
 };
 
-void listApps(const AIConnect& ai) {
-    const auto apps = lookAtAIApps(ai, ai.findClaude());
+void listApps(const AIConnect& ai, const UserDefaults& defaults) {
+    auto apps = lookAtAIApps(ai, ai.findClaude());
+    markLost(apps, defaults);
     for (const AppWord& row : kApps) {
         const AIAppStatus& app = apps[static_cast<std::size_t>(row.app)];
         fmt::print("{:<16}{}\n", row.word, describe(app));
@@ -146,9 +148,9 @@ int runPhoneTest(const Arguments& arguments) {
 }
 
 int runConnect(const Arguments& arguments) {
-    const OwnerServices services(appInfo(), systemClock());
+    OwnerServices services(appInfo(), systemClock());
     if (arguments.size() < 2) {
-        listApps(services.ai());
+        listApps(services.ai(), services.defaults());
         return 0;
     }
     const auto row = std::ranges::find(kApps, arguments[1], &AppWord::word);

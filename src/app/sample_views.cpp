@@ -56,6 +56,13 @@ SetupView ready(const QImage& picture) {
     return view;
 }
 
+SetupView appLost(const QImage& picture) {
+    SetupView view = ready(picture);
+    AIAppStatus& codex = view.app.aiApps.back();
+    codex.installed = codex.lost = true;
+    return view;
+}
+
 SetupView fresh() {
     SetupView view;
     view.app.inputs = inputsInOrder();

@@ -1,6 +1,5 @@
 #include "app/layout_check.h"
 
-#include <QApplication>
 #include <QLabel>
 #include <QPushButton>
 #include <QScrollArea>
@@ -9,6 +8,7 @@
 #include <gmock/gmock.h>
 
 #include "app/brand.h"
+#include "app/offscreen.h"
 #include "app/sample_windows.h"
 #include "app/wrapped_label.h"
 
@@ -32,18 +32,8 @@ bool isInScrollArea(const QWidget& widget) {
     return false;
 }
 
-// Windows without a display.
-class LayoutCheck : public testing::Test {
+class LayoutCheck : public Offscreen {
  protected:
-    static void SetUpTestSuite() {
-        if (qApp != nullptr) return;
-        qputenv("QT_QPA_PLATFORM", "offscreen");
-        static int count = 1;
-        static char name[] = "test";
-        static char* arguments[] = {name, nullptr};
-        static QApplication application(count, arguments);
-    }
-
     LayoutCheck() {
         window.setFixedSize(300, 200);
         Brand::dress(window, ColorScheme::light, "QWidget { background: #ffffff; }");
