@@ -46,9 +46,6 @@ class AppsPageTest : public Offscreen {
         page.display(view);
         page.show();
     }
-    // What is on it must not outlive the application object.
-    ~AppsPageTest() override { QGuiApplication::clipboard()->clear(); }
-
     AIAppStatus& codex() { return view.app.aiApps.back(); }
     bool shows(const QString& text) const {
         return std::ranges::any_of(page.findChildren<QLabel*>(), [&](const QLabel* label) {
