@@ -24,7 +24,7 @@ CTEST = mkdir -p $(1)/home && $(PLAIN) $(2) ctest --test-dir $(1) --output-on-fa
 .NOTPARALLEL:
 
 .PHONY: build run test test-asan test-tsan test-bluetooth check format check-format check-house \
-        check-man analyze bench bench-text guard-report fuzz soak stats install uninstall clean help
+        check-man check-translations translations analyze bench bench-text guard-report fuzz soak stats install uninstall clean help
 
 build: ## build both programs into build/bin/
 	@scripts/install-packages.sh build
@@ -58,7 +58,7 @@ test-bluetooth: ## our Bluetooth keyboard used by a real host in a virtual machi
 	@ninja -C $(BUILD) hid_probe
 	@tests/rig/test.sh $(BUILD)/bin/hid_probe
 
-check: check-format check-house check-man analyze test test-asan test-tsan ## everything a change must pass
+check: check-format check-house check-man check-translations analyze test test-asan test-tsan ## everything a change must pass
 
 format: ## bring every source file into the house's form
 	@scripts/install-packages.sh check
@@ -71,6 +71,10 @@ check-format:
 check-house:
 	@python3 scripts/house_limits_test.py
 	@python3 scripts/house_limits.py
+
+check-translations:
+	@scripts/install-packages.sh build
+	@scripts/translations.sh --check
 
 check-man:
 	@scripts/install-packages.sh check
@@ -109,13 +113,17 @@ soak: ## load four phones for SOAK_SECONDS (600) and watch the memory
 	@ninja -C build-bench
 	@build-bench/bin/soak --seconds $(SOAK_SECONDS)
 
+translations: ## bring the catalogues in translations/ up to the texts of the windows
+	@scripts/install-packages.sh build
+	@scripts/translations.sh
+
 stats: ## lines of code and tests, room by room
 	@python3 scripts/stats.py
 
 install: build ## install below PREFIX (/usr/local): lib/tandrel/, bin/, share/man/
 	@install -d "$(APPDIR)/bin" "$(BINDIR)" "$(MANDIR)"
 	@install -m 755 $(BUILD)/bin/tandrel-app $(BUILD)/bin/tandrel "$(APPDIR)/bin/"
-	@cp -R share "$(APPDIR)/"
+	@cp -R $(BUILD)/share "$(APPDIR)/"
 	@ln -sfn ../lib/tandrel/bin/tandrel-app "$(BINDIR)/tandrel-app"
 	@ln -sfn ../lib/tandrel/bin/tandrel "$(BINDIR)/tandrel"
 	@install -m 644 packaging/tandrel-app.1 "$(MANDIR)/"

@@ -5,6 +5,7 @@
 
 #include "app/about_window.h"
 #include "app/approval_prompt.h"
+#include "app/owner_text.h"
 #include "app/qt_text.h"
 #include "app/screenshots.h"
 #include "base/environment.h"
@@ -193,9 +194,7 @@ void AppDelegate::checkPointer() {
         view_.pointer = {};
         if (look.problem) view_.pointer.problem = qtText(*look.problem);
         if (!look.problem && !look.shown) {
-            view_.pointer.problem =
-                tr("The pointer didn't show up, so taps won't work. On the iPhone, turn on "
-                   "Settings › Accessibility › Touch › AssistiveTouch.");
+            view_.pointer.problem = qtText(ownerText("PhoneTest", PhoneTest::kPointerUnseen));
         }
         display();
     });

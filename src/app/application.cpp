@@ -14,6 +14,7 @@
 #include "app/phone_window.h"
 #include "app/qt_main_loop.h"
 #include "app/terminal_asker.h"
+#include "app/translations.h"
 #include "app/welcome.h"
 #include "app/wiring.h"
 #include "base/log.h"
@@ -30,6 +31,7 @@ std::unique_ptr<MainLoop> makeMainLoop(bool hasDisplay, const AppInfo& info) {
     if (!hasDisplay) return std::make_unique<LinuxMainLoop>();
     auto loop = std::make_unique<QtMainLoop>();
     Brand::registerFonts(info.bundle / "share");
+    installTranslations(info.bundle / "share");
     return loop;
 }
 
