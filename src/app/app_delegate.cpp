@@ -57,11 +57,12 @@ void bringToFront(QWidget& window) {
 
 AppDelegate* AppDelegate::shared() { return sharedDelegate; }
 
-AppDelegate::AppDelegate(OwnerSide& owner, AppInfo info, MainLoop& loop, Clock& clock)
+AppDelegate::AppDelegate(OwnerSide& owner, AppInfo info, ColorScheme appearance, MainLoop& loop,
+                         Clock& clock)
     : owner_(owner),
       info_(std::move(info)),
       loop_(loop),
-      appearance_(Brand::desktopColorScheme()),
+      appearance_(appearance),
       menu_(appearance_, *this,
             {.test =
                  [this] {

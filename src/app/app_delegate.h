@@ -20,7 +20,8 @@ class AppDelegate final : public WindowActions {
 
  public:
     // The engine has started; `owner` and `loop` outlive this.
-    AppDelegate(OwnerSide& owner, AppInfo info, MainLoop& loop, Clock& clock);
+    AppDelegate(OwnerSide& owner, AppInfo info, ColorScheme appearance, MainLoop& loop,
+                Clock& clock);
     ~AppDelegate() override;
 
     static AppDelegate* shared();

@@ -21,6 +21,7 @@
 #include "platform/linux/desktop_notifications.h"
 #include "platform/linux/display.h"
 #include "platform/linux/linux_main_loop.h"
+#include "platform/linux/portal_desktop_settings.h"
 #include "platform/linux/signals.h"
 #include "platform/virtual/virtual_platform.h"
 
@@ -78,7 +79,11 @@ int serve(Wiring& wiring, OwnerSide& owner, const AppInfo& info, MainLoop& loop,
     owner.start();
     const auto windows = openWindows(wiring.backends(), hasDisplay);
     std::optional<AppDelegate> delegate;
-    if (hasDisplay) delegate.emplace(owner, info, loop, systemClock()).start();
+    if (hasDisplay) {
+        const ColorScheme appearance =
+            Brand::colorScheme(PortalDesktopSettings().colorPreference());
+        delegate.emplace(owner, info, appearance, loop, systemClock()).start();
+    }
     sayWelcome(wiring, info);
     const int status = loop.run();
     delegate.reset();

@@ -10,6 +10,10 @@
 #include "base/file.h"
 #include "base/file_descriptor.h"
 #include "base/json.h"
+#include "image/image_reader.h"
+#include "platform/linux/fake_portal.h"
+#include "platform/linux/private_bus.h"
+#include "screen/phone_screen.h"
 
 namespace tandrel {
 namespace {
@@ -122,6 +126,26 @@ TEST_F(OwnersWindows, WithoutATrayTheWindowOpensThoughSetupIsDone) {
     keepSetting(R"({"setupDone": true})");
     start();
     await(kSetup);
+}
+
+TEST_F(OwnersWindows, AreDrawnIntoTheFolderThatIsAskedFor) {
+    const PrivateBus bus;
+    const FakePortal darkDesktop(bus.address(), [] { return FakePortal::wrapped(1); });
+    environment["DBUS_SESSION_BUS_ADDRESS"] = bus.address();
+    const auto folder = home->path() / "pictures/today";
+    environment["TANDREL_SNAPSHOT_DIR"] = folder.string();
+    start();
+    await(kSetup);
+    const auto size = [&](const char* name) {
+        std::error_code none;
+        const auto bytes = std::filesystem::file_size(folder / name, none);
+        return none ? 0 : bytes;
+    };
+    // The first and the last of them.
+    EXPECT_TRUE(waitUntil([&] { return size("tray-icons.png") > 0; }));
+    const auto menu = readImage(folder / "menu-ready.png").value();
+    EXPECT_LT(meanLuma(menu), 0.4) << "the desktop prefers dark windows";
+    EXPECT_EQ(program->get("/status").status, 200);
 }
 
 TEST_F(OwnersWindows, ASecondStartOpensTheWindowOfTheFirst) {
