@@ -90,7 +90,6 @@ void ApprovalPrompt::build(const ApprovalRequest& request) {
     countdown_ = makeWrappedLabel("attention", {});
     buttons_ = buildButtons();
     column->addWidget(texts_);
-    column->addStretch(1);
     column->addWidget(countdown_);
     column->addWidget(buttons_);
     showSecondsLeft();
@@ -105,9 +104,11 @@ QWidget* ApprovalPrompt::buildTexts(const ApprovalRequest& request) {
     const auto text = [](const std::string& utf8) { return QString::fromStdString(utf8); };
     rows->addWidget(makeWrappedLabel("product", "Tandrel"));
     rows->addWidget(makeWrappedLabel("title", text(request.title)));
+    rows->addStretch(1);  // beside a picture that is higher the texts spread out
     rows->addWidget(
         makeWrappedLabel("body", tr("Your AI wants to %1 on your iPhone. The screen shows %2.")
                                      .arg(text(request.what), text(request.summary))));
+    rows->addStretch(1);
     rows->addWidget(makeWrappedLabel(
         "secondary", tr("Approve lets this one action through. If the amount or recipient "
                         "changes before it happens, Tandrel asks again.")));
@@ -147,7 +148,7 @@ void ApprovalPrompt::layOut(const PixelBuffer& picture, const std::optional<Plac
     const int natural = textHeight + below + 2 * kSpacing;
     const int lowest = picture ? kLowestPicture : kHeight - 2 * kMargin;
     const int height = std::min(std::max(natural, lowest), most.height());
-    texts_->setFixedSize(width, std::min(textHeight, height - below - 2 * kSpacing));
+    texts_->setFixedSize(width, height - below - 2 * kSpacing);
     texts_->verticalScrollBar()->setSingleStep(kMargin);
     int total = width;
     if (picture) {

@@ -1,8 +1,11 @@
 #include "app/layout_check.h"
 
+#include <QAbstractButton>
 #include <QLabel>
+#include <QMenu>
 #include <QPushButton>
 #include <QScrollArea>
+#include <QTableView>
 #include <QVBoxLayout>
 
 #include <gmock/gmock.h>
@@ -94,18 +97,27 @@ TEST_F(LayoutCheck, LetsWordsBreakThatAreLongerThanALine) {
     EXPECT_LE(window.findChild<QLabel*>()->minimumSizeHint().width(), 300);
 }
 
-// Where the Tab key leads: first down the side, then down the page, then along the bottom.
+// What the Tab key reaches, in its order.
+std::vector<QWidget*> tabStops(QWidget& window) {
+    std::vector<QWidget*> stops;
+    for (QWidget* at = window.nextInFocusChain(); at != &window; at = at->nextInFocusChain()) {
+        if (at->isVisible() && at->isEnabled() && (at->focusPolicy() & Qt::TabFocus)) {
+            stops.push_back(at);
+        }
+    }
+    return stops;
+}
+
+// First down the side, then down the page, then along the bottom.
 TEST_F(LayoutCheck, TheSetupIsReachedByKeyboardInReadingOrder) {
     const auto samples = makeSampleWindows(ColorScheme::light, buildInfo()).value();
-    int reached = 0;
+    std::size_t reached = 0;
     for (const SampleWindow& sample : samples) {
         if (!sample.name.starts_with("setup-")) continue;
         QWidget& setup = *sample.widget;
         setup.show();
         std::tuple<int, int, int> last;
-        for (QWidget* at = setup.nextInFocusChain(); at != &setup; at = at->nextInFocusChain()) {
-            if (!at->isVisible() || !at->isEnabled() || !(at->focusPolicy() & Qt::TabFocus))
-                continue;
+        for (const QWidget* at : tabStops(setup)) {
             const QPoint place = at->mapTo(&setup, QPoint(0, at->height()));
             const bool atSide = place.x() <= setup.width() / 4;
             const bool onPage = isInScrollArea(*at);
@@ -115,7 +127,29 @@ TEST_F(LayoutCheck, TheSetupIsReachedByKeyboardInReadingOrder) {
             ++reached;
         }
     }
-    EXPECT_GT(reached, 14 * 8) << "the steps and the buttons of each";
+    EXPECT_GT(reached, 14 * 8U) << "the steps and the buttons of each";
+}
+
+// All but Approve, which wants the mouse.
+TEST_F(LayoutCheck, EveryButtonOfEveryWindowIsReachedByKeyboard) {
+    const auto samples = makeSampleWindows(ColorScheme::light, buildInfo()).value();
+    int buttons = 0;
+    for (const SampleWindow& sample : samples) {
+        QWidget& window = *sample.widget;
+        if (qobject_cast<QMenu*>(&window) != nullptr) continue;  // walked with the arrow keys
+        window.show();
+        const auto stops = tabStops(window);
+        for (auto* button : window.findChildren<QAbstractButton*>()) {
+            if (!button->isVisible() || !button->isEnabled()) continue;
+            EXPECT_TRUE(std::ranges::count(stops, button) == 1 || button->text().isEmpty())
+                << sample.name << ": " << button->text().toStdString();
+            ++buttons;
+        }
+        for (auto* table : window.findChildren<QTableView*>()) {
+            EXPECT_EQ(std::ranges::count(stops, table), 1) << sample.name;
+        }
+    }
+    EXPECT_GT(buttons, 15 * 8);
 }
 
 TEST(Brand, EveryTextStandsOutFromItsGround) {
