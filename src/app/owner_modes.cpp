@@ -160,6 +160,13 @@ int runConnect(const Arguments& arguments) {
     }
     const auto outcome = addToAIApp(services.ai(), row->app);
     fmt::print("{}\n", outcome.message);
+    if (outcome.ok) {
+        AIAppStatus added;
+        added.app = row->app;
+        added.link = Link::addedHere;
+        const auto kept = rememberEntries({added}, services.defaults());
+        if (!kept) fmt::print(stderr, "{}\n", kept.error().message);
+    }
     if (!outcome.ok && row->app == AIApp::codex) {
         fmt::print("\n{}\n", services.ai().codexSnippet());
     }
