@@ -215,6 +215,18 @@
         <source>Allow It</source>
         <translation type="unfinished"></translation>
     </message>
+    <message>
+        <source>This copy of Tandrel may not stay where it is</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>AI apps start it from the folder that it lies in. Move it to your applications first; it opens again from there.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Move to Applications</source>
+        <translation type="unfinished"></translation>
+    </message>
 </context>
 <context>
     <name>BluetoothPage</name>
@@ -724,6 +736,18 @@
     </message>
     <message>
         <source>Waiting for the iPhone&apos;s picture</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Tandrel may not see video devices</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Your user isn&apos;t allowed to open them.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Show me how</source>
         <translation type="unfinished"></translation>
     </message>
 </context>

@@ -72,6 +72,7 @@ AppState::AppState(Services services, Options options)
     listeners_->current = [this] { return snapshot(); };
     snapshot_.inputs.advertisedName = options_.advertisedName;
     snapshot_.inputs.macName = options_.macName;
+    snapshot_.liesInPassing = options_.place == Options::Place::passing;
     for (const AIApp app : {AIApp::claudeCode, AIApp::claudeDesktop, AIApp::codex}) {
         snapshot_.aiApps.emplace_back().app = app;
     }

@@ -34,6 +34,9 @@ class AppState {
         // Whether a phone that works is remembered for the next start; not one that is virtual.
         enum class Health { remembered, forgotten };
         Health health = Health::remembered;
+        // Whether this copy will stay where it is.
+        enum class Place { lasting, passing };
+        Place place = Place::lasting;
     };
 
     // Collaborators outlive it. Main thread.

@@ -67,6 +67,7 @@ SetupView appLost(const QImage& picture) {
     SetupView view = ready(picture);
     AIAppStatus& codex = view.app.aiApps.back();
     codex.installed = codex.lost = true;
+    view.app.liesInPassing = true;
     return view;
 }
 

@@ -98,6 +98,9 @@ class Maker {
             addStep(fmt::format("{}-open", row.name), row.step, fresh);
             addStep(fmt::format("{}-done", row.name), row.step, ready);
         }
+        SetupView refused = fresh;
+        refused.app.cameraPerm = Permission::denied;
+        addStep("screen-refused", SetupStep::screen, refused);
         SetupView mirrored = fresh;
         mirrored.app.inputs.linkChoice = LinkChoice::airplay;
         addStep("screen-airplay", SetupStep::screen, mirrored);

@@ -17,6 +17,8 @@ AppsPage::AppsPage(ColorScheme appearance, WindowActions& actions)
                 tr("Add Tandrel to the AI apps that may use your iPhone. Their other settings stay "
                    "as they are.")),
       actions_(actions) {
+    place_ = new StatusCard(appearance);
+    rows().addWidget(place_);
     helper_ = new StatusCard(appearance);
     rows().addWidget(helper_);
     for (const AIApp app : {AIApp::claudeCode, AIApp::claudeDesktop, AIApp::codex}) rowOf(app);
@@ -56,6 +58,7 @@ void AppsPage::addByHand(AIApp app, Row& row) {
 
 void AppsPage::display(const SetupView& view) {
     shown_ = view;
+    showPlace(view.app.liesInPassing);
     showHelper(view.app.helper);
     for (const AIAppStatus& app : view.app.aiApps) showApp(app, rowOf(app.app));
 }
@@ -115,6 +118,17 @@ void AppsPage::showApp(const AIAppStatus& app, Row& row) {
         row.text = text;
         setWrappedText(*row.toPaste, text);
     }
+}
+
+void AppsPage::showPlace(bool liesInPassing) {
+    place_->setVisible(liesInPassing);
+    if (!liesInPassing) return;
+    place_->display({.mark = Mark::warning,
+                     .title = tr("This copy of Tandrel may not stay where it is"),
+                     .detail = tr("AI apps start it from the folder that it lies in. Move it to "
+                                  "your applications first; it opens again from there."),
+                     .button = tr("Move to Applications"),
+                     .pressed = [this] { actions_.fix(Fix::moveToApplications); }});
 }
 
 void AppsPage::showHelper(const HelperCheck::State& helper) {

@@ -34,11 +34,13 @@ class AppsPage final : public SetupPage {
     StatusCard::Content contentFor(const AIAppStatus& app, Row& row);
     // A success is told until the entry that it made has gone again.
     static void dropStaleOutcome(const AIAppStatus& app, Row& row);
+    void showPlace(bool liesInPassing);
     void showHelper(const HelperCheck::State& helper);
     void add(AIApp app);
     WindowActions::Done showOutcomeAt(AIApp app);
 
     WindowActions& actions_;
+    StatusCard* place_ = nullptr;
     StatusCard* helper_ = nullptr;
     std::map<AIApp, Row> apps_;
     SetupView shown_;

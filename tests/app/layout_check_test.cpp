@@ -89,6 +89,22 @@ TEST_F(LayoutCheck, FindsTextThatIsHardToRead) {
     EXPECT_THAT(contrastFaults(window, shown()), SizeIs(1));
 }
 
+TEST_F(LayoutCheck, LeavesTextAloneThatIsScrolledAway) {
+    QScrollArea area(&window);
+    area.setFrameShape(QFrame::NoFrame);
+    area.setGeometry(0, 0, 300, 100);
+    auto* content = new QWidget;
+    content->resize(280, 400);
+    area.setWidget(content);
+    QLabel& pale = label("Grey on white", {0, 97, 280, 60});
+    pale.setStyleSheet("color: #8a8a8a;");
+    pale.setParent(content);
+    pale.show();
+    EXPECT_THAT(contrastFaults(window, shown()), IsEmpty()) << "three rows of it";
+    pale.move(0, 30);
+    EXPECT_THAT(contrastFaults(window, shown()), SizeIs(1));
+}
+
 TEST_F(LayoutCheck, LetsWordsBreakThatAreLongerThanALine) {
     label(QString(400, 'W'), {0, 0, 300, 190});
     shown();

@@ -24,7 +24,7 @@ class NotedActions final : public WindowActions {
     void setAutostart(bool) override {}
     bool autostart() const override { return false; }
     void chooseLink(LinkChoice) override {}
-    void fix(Fix) override {}
+    void fix(Fix fix) override { fixed.push_back(fix); }
     void addToApp(AIApp app, Done done) override {
         added.push_back(app);
         told = std::move(done);
@@ -35,6 +35,7 @@ class NotedActions final : public WindowActions {
     void finishSetup() override {}
     void quit() override {}
 
+    std::vector<Fix> fixed;
     std::vector<AIApp> added;
     std::vector<AIApp> left;
     Done told;
@@ -87,6 +88,15 @@ TEST_F(AppsPageTest, AnEntryThatHasGoneIsOfferedAgain) {
     page.display(view);
     EXPECT_NE(button("Add to Codex"), nullptr);
     EXPECT_EQ(button("Leave It Out"), nullptr);
+}
+
+TEST_F(AppsPageTest, ACopyThatMayNotStayIsMovedFirst) {
+    ASSERT_NE(button("Move to Applications"), nullptr);
+    button("Move to Applications")->click();
+    EXPECT_THAT(actions.fixed, ElementsAre(Fix::moveToApplications));
+    view.app.liesInPassing = false;
+    page.display(view);
+    EXPECT_EQ(button("Move to Applications"), nullptr);
 }
 
 TEST_F(AppsPageTest, AFailureStaysUntilTheNextTry) {
