@@ -9,14 +9,14 @@ build="
     libisal-dev libturbojpeg0-dev libpng-dev
     libtesseract-dev libleptonica-dev tesseract-ocr-eng
     libcairo2-dev libpango1.0-dev fonts-inter
-    qt6-base-dev
+    qt6-base-dev qt6-l10n-tools
     libxcb1-dev libxcb-composite0-dev libxcb-damage0-dev libxcb-shm0-dev libxcb-res0-dev
     libxcb-xtest0-dev libyuv-dev
     libsdbus-c++-dev libsystemd-dev
     libudev-dev
     libcanberra-dev
     libgtest-dev libgmock-dev
-    dbus umockdev xvfb openbox
+    dbus umockdev xvfb openbox trayer
 "
 bench="
     libbenchmark-dev libmicrohttpd-dev libswscale-dev

@@ -28,6 +28,7 @@ std::string_view name(AIApp app) {
 std::string describe(const AIAppStatus& status) {
     if (status.link == Link::addedHere) return "uses this copy of Tandrel";
     if (status.link == Link::addedElsewhere) return "still points to an older copy of Tandrel";
+    if (status.lost) return "has lost its entry for Tandrel";
     return status.installed ? "doesn't know Tandrel yet" : "not on this computer";
 }
 

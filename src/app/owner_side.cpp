@@ -13,7 +13,10 @@ AppState::Options modelOptions(const Wiring& wiring, const AppInfo& info) {
     return {.advertisedName = info.bluetoothName,
             .macName = AppInfo::macName(),
             .health = isVirtual ? AppState::Options::Health::forgotten
-                                : AppState::Options::Health::remembered};
+                                : AppState::Options::Health::remembered,
+            .place = Installer::isInPassing(info.bundle, homeFolder())
+                         ? AppState::Options::Place::passing
+                         : AppState::Options::Place::lasting};
 }
 
 }  // namespace
