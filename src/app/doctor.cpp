@@ -50,6 +50,14 @@ std::string pictureOf(const AppSnapshot& snapshot) {
     return phones;
 }
 
+// What this system lacks for it, without its name; empty when nothing is known to be missing.
+std::string absenceOf(std::string_view subject, const AppSnapshot& snapshot) {
+    for (const std::string& absence : snapshot.absences) {
+        if (absence.starts_with(subject)) return absence.substr(subject.size());
+    }
+    return {};
+}
+
 Condition screen(const Findings& found) {
     const AppModelInputs& in = found.snapshot.inputs;
     if (in.screenReady) return {State::good, "Picture", pictureOf(found.snapshot), ""};
@@ -59,9 +67,12 @@ Condition screen(const Findings& found) {
                 "On the iPhone: Control Center › Screen Mirroring › " + in.macName};
     }
     if (in.usbPhone) return {State::bad, "Picture", "no frame yet", "Unlock the iPhone."};
-    if (in.usbPlugged) {
+    if (in.usbPlugged && absenceOf("Cable: ", found.snapshot).empty()) {
         return {State::bad, "Picture", "the iPhone is plugged in but isn't sharing its screen",
                 "Unlock it, and tap Trust if it asks."};
+    }
+    if (const std::string missing = absenceOf("Cable: ", found.snapshot); !missing.empty()) {
+        return {State::bad, "Picture", missing, missing + "."};
     }
     return {State::bad, "Picture", "no iPhone on the cable",
             "Plug the iPhone into this computer, or choose AirPlay: `tandrel-app --set link "
