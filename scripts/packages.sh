@@ -16,7 +16,7 @@ build="
     libudev-dev
     libcanberra-dev
     libgtest-dev libgmock-dev
-    dbus umockdev xvfb openbox
+    dbus umockdev libumockdev-dev xvfb openbox
 "
 bench="
     libbenchmark-dev libmicrohttpd-dev libswscale-dev

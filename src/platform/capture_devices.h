@@ -11,8 +11,8 @@
 // The system's video capture devices, of which a plugged-in phone's screen is one.
 namespace tandrel {
 
-// How a screen reaches this computer: by its phone's own cable, through a video grabber, or mirrored
-// over the network. Only the first says whose it is.
+// How a screen reaches this computer: by its phone's own cable, through a video grabber, or
+// mirrored over the network. Only the first says whose it is.
 enum class CaptureLink { cable, grabber, airplay };
 
 inline bool tellsWhose(CaptureLink link) { return link == CaptureLink::cable; }
