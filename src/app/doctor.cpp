@@ -24,6 +24,12 @@ Condition engine(const Findings& found) {
             fmt::format("Tandrel {} answers on {}", found.engineVersion, found.engineUrl), ""};
 }
 
+std::string joined(const std::vector<std::string>& names) {
+    std::string list;
+    for (const std::string& name : names) list += (list.empty() ? "" : ", ") + name;
+    return list;
+}
+
 Condition bluetooth(const Findings& found) {
     const AppModelInputs& in = found.snapshot.inputs;
     if (in.bluetoothPerm == Permission::denied) {
@@ -38,6 +44,27 @@ Condition bluetooth(const Findings& found) {
         }
     }
     return {State::bad, "Bluetooth", in.bluetoothState, "Turn Bluetooth on."};
+}
+
+// An adapter as the daemon has it: what it can, whether it is on, and whose phones it knows.
+Condition adapter(const AdapterReport& report) {
+    std::string words;
+    if (!report.peripheral) {
+        words = "cannot be a keyboard";
+    } else if (!report.powered) {
+        words = "can be a keyboard, off";
+    } else if (!report.phone.empty()) {
+        words = "keyboard of " + report.phone;
+    } else {
+        words = report.advertising ? "can be a keyboard, on, phones can find it"
+                                   : "can be a keyboard, on, phones can't find it yet";
+    }
+    words += "; paired: " + (report.paired.empty() ? "none" : joined(report.paired));
+    if (report.refusedPhones > 0) {
+        words += fmt::format("; sent away, since each adapter drives one phone: {}",
+                             report.refusedPhones);
+    }
+    return {State::note, "Adapter " + report.name, words, ""};
 }
 
 std::string pictureOf(const AppSnapshot& snapshot) {
@@ -188,6 +215,10 @@ Diagnosis diagnose(const Findings& found) {
     for (const Row& row : kRows) {
         if (row.asks == Asks::engine && found.engineApp != "Tandrel") continue;
         diagnosis.conditions.push_back(row.condition(found));
+        if (row.condition != bluetooth) continue;
+        for (const AdapterReport& report : found.snapshot.adapters) {
+            diagnosis.conditions.push_back(adapter(report));
+        }
     }
     for (const AIAppStatus& app : found.snapshot.aiApps) {
         diagnosis.conditions.push_back(aiApp(app));
