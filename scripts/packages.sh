@@ -16,7 +16,7 @@ build="
     libudev-dev
     libcanberra-dev
     libgtest-dev libgmock-dev
-    dbus umockdev xvfb openbox trayer
+    dbus umockdev libumockdev-dev xvfb openbox trayer
 "
 bench="
     libbenchmark-dev libmicrohttpd-dev libswscale-dev

@@ -56,6 +56,7 @@ void AppSnapshot::take(const OwnerSettings& settings) {
 
 void AppSnapshot::take(const EngineReport& engine, CablePhone cable) {
     phones = engine.phones;
+    adapters = engine.adapters;
     hosts = engine.hosts;
     unmatchedHosts = engine.unmatchedHosts;
     absences = engine.absences;

@@ -53,6 +53,7 @@ struct AppSnapshot {
     AppModelInputs inputs;  // for `notice`, `health` and `headline`
 
     std::vector<PhoneSeen> phones;
+    std::vector<AdapterReport> adapters;      // of Bluetooth
     std::vector<std::string> hosts;           // Bluetooth connections
     std::vector<std::string> unmatchedHosts;  // those of them whose screen is not known
     std::vector<std::string> absences;        // sentences on what this system lacks

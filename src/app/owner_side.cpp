@@ -57,7 +57,8 @@ OwnerSide::OwnerSide(Wiring& wiring, const AppInfo& info, MainLoop& loop, Clock&
                         if (!problem) loop_.post([this] { quitSoon(); });
                         return problem;
                     }}),
-      power_(loop),
+      told_(loop),
+      power_(told_, loop),
       wakeCheck_(power_, loop,
                  {.snapshot = [this] { return state_.snapshot(); },
                   .letGo = [this] { wiring_.engine().letGo(); },
