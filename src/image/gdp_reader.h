@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-#include "base/pixel_buffer.h"
+#include "base/pixel_pool.h"
 #include "base/result.h"
 
 // Raw video as GStreamer's "gdppay" frames it: messages of a 62-byte head and a payload, which is
@@ -64,7 +64,7 @@ class GdpReader {
     Result<void> readHead();
     Result<std::optional<Event>> readPayload();
     void expectHead();
-    PixelBuffer picture() const;
+    PixelBuffer picture();
 
     std::vector<std::uint8_t> bytes_;
     std::size_t wanted_ = 0;
@@ -72,6 +72,7 @@ class GdpReader {
     bool isHead_ = true;
     Payload payload_ = Payload::other;
     std::optional<RawVideoForm> form_;
+    PixelPool pool_;
 };
 
 }  // namespace tandrel

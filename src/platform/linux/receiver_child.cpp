@@ -27,7 +27,7 @@ namespace tandrel {
 namespace {
 
 constexpr int kFramesDescriptor = 3;
-// Two large frames: the program is not held up while one is being looked at.
+// The most that the kernel grants to anyone: a large frame comes in five reads instead of eighty.
 constexpr int kPipeBytes = 1 << 20;
 // Starts a program that gets a signal when its parent ends (util-linux).
 constexpr const char* kSetpriv = "/usr/bin/setpriv";
