@@ -6,7 +6,8 @@
 #include <string_view>
 #include <vector>
 
-#include "base/pixel_pool.h"
+#include "base/frame_pool.h"
+#include "base/pixel_buffer.h"
 #include "base/result.h"
 
 // Raw video as GStreamer's "gdppay" frames it: messages of a 62-byte head and a payload, which is
@@ -72,7 +73,7 @@ class GdpReader {
     bool isHead_ = true;
     Payload payload_ = Payload::other;
     std::optional<RawVideoForm> form_;
-    PixelPool pool_;
+    FramePool pool_;
 };
 
 }  // namespace tandrel
