@@ -26,7 +26,8 @@ CTEST = mkdir -p $(1)/home && $(PLAIN) $(2) ctest --test-dir $(1) --output-on-fa
 .NOTPARALLEL:
 
 .PHONY: build run test test-asan test-tsan test-bluetooth check format check-format check-house \
-        check-man check-translations translations analyze bench bench-text guard-report fuzz soak stats install uninstall clean help
+        check-man check-translations translations analyze bench bench-text guard-report fuzz soak \
+        stats install uninstall clean help test-receiver
 
 build: ## build both programs into build/bin/
 	@scripts/install-packages.sh build
@@ -59,6 +60,10 @@ test-bluetooth: ## our Bluetooth keyboard used by a real host in a virtual machi
 	@scripts/configure.sh $(BUILD)
 	@ninja -C $(BUILD) hid_probe
 	@tests/rig/test.sh $(BUILD)/bin/hid_probe
+
+test-receiver: build ## the AirPlay receiver from Debian, in a network of its own
+	@scripts/install-packages.sh receiver
+	@tests/receiver/real_receiver.py $(BUILD)/bin/tandrel-app
 
 check: check-format check-house check-man check-translations analyze test test-asan test-tsan ## everything a change must pass
 

@@ -1,6 +1,6 @@
 #!/bin/sh
 # The Debian packages that each step needs; the one list of them.
-#   scripts/packages.sh build|check|bench|rig
+#   scripts/packages.sh build|check|bench|rig|receiver
 set -eu
 
 build="
@@ -25,6 +25,11 @@ bench="
 rig="
     qemu-system-x86 seabios debootstrap busybox-static kmod cpio
 "
+receiver="
+    uxplay avahi-daemon avahi-utils
+    gstreamer1.0-plugins-base gstreamer1.0-plugins-good gstreamer1.0-plugins-bad gstreamer1.0-libav
+    gstreamer1.0-tools iproute2
+"
 check="
     $bench
     clang-19 clang-tidy-19 clang-format-19 libclang-rt-19-dev llvm-19
@@ -37,5 +42,6 @@ case "${1:-build}" in
     bench) echo $build $bench ;;
     check) echo $build $check ;;
     rig) echo $build $rig ;;
-    *) echo "usage: packages.sh build|check|bench|rig" >&2; exit 2 ;;
+    receiver) echo $build $receiver ;;
+    *) echo "usage: packages.sh build|check|bench|rig|receiver" >&2; exit 2 ;;
 esac
