@@ -13,6 +13,8 @@ ARGS ?=
 APPDIR  = $(DESTDIR)$(PREFIX)/lib/tandrel
 BINDIR  = $(DESTDIR)$(PREFIX)/bin
 MANDIR  = $(DESTDIR)$(PREFIX)/share/man/man1
+MENUDIR = $(DESTDIR)$(PREFIX)/share/applications
+ICONDIR = $(DESTDIR)$(PREFIX)/share/icons/hicolor/scalable/apps
 
 CLANG := -DCMAKE_CXX_COMPILER=clang++-19
 
@@ -24,7 +26,8 @@ CTEST = mkdir -p $(1)/home && $(PLAIN) $(2) ctest --test-dir $(1) --output-on-fa
 .NOTPARALLEL:
 
 .PHONY: build run test test-asan test-tsan test-bluetooth check format check-format check-house \
-        check-man analyze bench bench-text guard-report fuzz soak stats install uninstall clean help
+        check-man check-translations translations analyze bench bench-text guard-report fuzz soak \
+        stats install uninstall clean help test-receiver
 
 build: ## build both programs into build/bin/
 	@scripts/install-packages.sh build
@@ -58,7 +61,11 @@ test-bluetooth: ## our Bluetooth keyboard used by a real host in a virtual machi
 	@ninja -C $(BUILD) hid_probe
 	@tests/rig/test.sh $(BUILD)/bin/hid_probe
 
-check: check-format check-house check-man analyze test test-asan test-tsan ## everything a change must pass
+test-receiver: build ## the AirPlay receiver from Debian, in a network of its own
+	@scripts/install-packages.sh receiver
+	@tests/receiver/real_receiver.py $(BUILD)/bin/tandrel-app
+
+check: check-format check-house check-man check-translations analyze test test-asan test-tsan ## everything a change must pass
 
 format: ## bring every source file into the house's form
 	@scripts/install-packages.sh check
@@ -71,6 +78,10 @@ check-format:
 check-house:
 	@python3 scripts/house_limits_test.py
 	@python3 scripts/house_limits.py
+
+check-translations:
+	@scripts/install-packages.sh build
+	@scripts/translations.sh --check
 
 check-man:
 	@scripts/install-packages.sh check
@@ -109,21 +120,34 @@ soak: ## load four phones for SOAK_SECONDS (600) and watch the memory
 	@ninja -C build-bench
 	@build-bench/bin/soak --seconds $(SOAK_SECONDS)
 
+translations: ## bring the catalogues in translations/ up to the texts of the windows
+	@scripts/install-packages.sh build
+	@scripts/translations.sh
+
 stats: ## lines of code and tests, room by room
 	@python3 scripts/stats.py
 
-install: build ## install below PREFIX (/usr/local): lib/tandrel/, bin/, share/man/
-	@install -d "$(APPDIR)/bin" "$(BINDIR)" "$(MANDIR)"
+# The windows' font is not copied: it is Debian's fonts-inter, one of the packages of the build.
+# A program that runs is replaced, not written into.
+install: build ## install below PREFIX (/usr/local): lib/tandrel/, bin/, the menu's entry, man page
+	@rm -rf "$(APPDIR)"
+	@install -d "$(APPDIR)/bin" "$(BINDIR)" "$(MANDIR)" "$(MENUDIR)" "$(ICONDIR)"
 	@install -m 755 $(BUILD)/bin/tandrel-app $(BUILD)/bin/tandrel "$(APPDIR)/bin/"
 	@cp -R share "$(APPDIR)/"
+	@if [ -d $(BUILD)/share/tandrel/translations ]; then \
+	    cp -R $(BUILD)/share/tandrel/translations "$(APPDIR)/share/tandrel/"; fi
 	@ln -sfn ../lib/tandrel/bin/tandrel-app "$(BINDIR)/tandrel-app"
 	@ln -sfn ../lib/tandrel/bin/tandrel "$(BINDIR)/tandrel"
 	@install -m 644 packaging/tandrel-app.1 "$(MANDIR)/"
+	@sed 's|@BIN@|$(abspath $(PREFIX))/bin|' packaging/tandrel.desktop >"$(MENUDIR)/tandrel.desktop"
+	@chmod 644 "$(MENUDIR)/tandrel.desktop"
+	@install -m 644 share/icons/hicolor/scalable/apps/tandrel.svg "$(ICONDIR)/"
 	@echo "installed into $(DESTDIR)$(PREFIX); \`make uninstall PREFIX=$(PREFIX)\` removes it"
 
 uninstall: ## remove what `make install` with the same PREFIX put there
 	@rm -rf "$(APPDIR)"
-	@rm -f "$(BINDIR)/tandrel-app" "$(BINDIR)/tandrel" "$(MANDIR)/tandrel-app.1"
+	@rm -f "$(BINDIR)/tandrel-app" "$(BINDIR)/tandrel" "$(MANDIR)/tandrel-app.1" \
+	    "$(MENUDIR)/tandrel.desktop" "$(ICONDIR)/tandrel.svg"
 
 clean: ## remove every build folder
 	@rm -rf $(BUILD) build-asan build-tsan build-clang build-bench build-fuzz

@@ -1,6 +1,6 @@
 #!/bin/sh
 # Installs what is missing of the packages for a step:
-#   scripts/install-packages.sh build|check|bench|rig
+#   scripts/install-packages.sh build|check|bench|rig|receiver
 set -eu
 cd "$(dirname "$0")"
 

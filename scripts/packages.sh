@@ -1,6 +1,6 @@
 #!/bin/sh
 # The Debian packages that each step needs; the one list of them.
-#   scripts/packages.sh build|check|bench|rig
+#   scripts/packages.sh build|check|bench|rig|receiver
 set -eu
 
 build="
@@ -9,14 +9,14 @@ build="
     libisal-dev libturbojpeg0-dev libpng-dev
     libtesseract-dev libleptonica-dev tesseract-ocr-eng
     libcairo2-dev libpango1.0-dev fonts-inter
-    qt6-base-dev
+    qt6-base-dev qt6-l10n-tools
     libxcb1-dev libxcb-composite0-dev libxcb-damage0-dev libxcb-shm0-dev libxcb-res0-dev
     libxcb-xtest0-dev libyuv-dev
     libsdbus-c++-dev libsystemd-dev
     libudev-dev
     libcanberra-dev
     libgtest-dev libgmock-dev
-    dbus umockdev xvfb openbox
+    dbus umockdev libumockdev-dev xvfb openbox trayer
 "
 bench="
     libbenchmark-dev libmicrohttpd-dev libswscale-dev
@@ -24,6 +24,11 @@ bench="
 "
 rig="
     qemu-system-x86 seabios debootstrap busybox-static kmod cpio
+"
+receiver="
+    uxplay avahi-daemon avahi-utils
+    gstreamer1.0-plugins-base gstreamer1.0-plugins-good gstreamer1.0-plugins-bad gstreamer1.0-libav
+    gstreamer1.0-tools iproute2
 "
 check="
     $bench
@@ -37,5 +42,6 @@ case "${1:-build}" in
     bench) echo $build $bench ;;
     check) echo $build $check ;;
     rig) echo $build $rig ;;
-    *) echo "usage: packages.sh build|check|bench|rig" >&2; exit 2 ;;
+    receiver) echo $build $receiver ;;
+    *) echo "usage: packages.sh build|check|bench|rig|receiver" >&2; exit 2 ;;
 esac

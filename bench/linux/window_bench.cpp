@@ -1,7 +1,7 @@
 #include <algorithm>
-#include <atomic>
 #include <map>
 #include <mutex>
+#include <optional>
 #include <thread>
 #include <vector>
 
@@ -9,7 +9,6 @@
 #include <sys/resource.h>
 
 #include "base/file.h"
-#include "image/gdp_writer.h"
 #include "platform/linux/pipe_airplay_receiver.h"
 #include "platform/linux/x_desktop.h"
 #include "platform/linux/x_window_stream.h"
@@ -30,38 +29,52 @@ double ownSeconds() {
            double(used.ru_utime.tv_usec + used.ru_stime.tv_usec) / 1e6;
 }
 
-// When each frame was drawn and when its pixels had come, by the frame's number.
-class Times {
+// How long after it was drawn each frame came.
+class Delays {
+ public:
+    void add(Duration delay) {
+        std::lock_guard lock(mutex_);
+        milliseconds_.push_back(toSeconds(delay) * 1000);
+    }
+    void report(benchmark::State& state, double seconds, double processorSeconds) {
+        std::lock_guard lock(mutex_);
+        if (milliseconds_.empty()) return state.SkipWithError("no frame came");
+        std::ranges::sort(milliseconds_);
+        const auto frames = static_cast<double>(milliseconds_.size());
+        const auto at = [&](double share) {
+            return milliseconds_[static_cast<std::size_t>(share * (frames - 1))];
+        };
+        state.counters["frames_s"] = frames / seconds;
+        state.counters["latency_ms"] = at(0.5);
+        state.counters["p95_ms"] = at(0.95);
+        state.counters["cpu_%"] = 100 * processorSeconds / seconds;
+        state.counters["cpu_ms"] = 1000 * processorSeconds / frames;
+    }
+
+ private:
+    std::mutex mutex_;
+    std::vector<double> milliseconds_;
+};
+
+// When each frame was drawn, by its number.
+class DrawTimes {
  public:
     void drawn(std::uint32_t number) {
         std::lock_guard lock(mutex_);
         drawn_[number] = systemClock().now();
     }
-    void came(std::uint32_t number) {
+    std::optional<Duration> since(std::uint32_t number) {
         std::lock_guard lock(mutex_);
         const auto at = drawn_.find(number);
-        if (at == drawn_.end()) return;
-        delays_.push_back(toSeconds(systemClock().now() - at->second) * 1000);
+        if (at == drawn_.end()) return std::nullopt;
+        const Duration delay = systemClock().now() - at->second;
         drawn_.erase(at);
-    }
-    void report(benchmark::State& state, double seconds, double processorSeconds) {
-        std::lock_guard lock(mutex_);
-        std::ranges::sort(delays_);
-        const auto at = [&](double share) {
-            return delays_.empty() ? 0
-                                   : delays_[static_cast<std::size_t>(
-                                         share * static_cast<double>(delays_.size() - 1))];
-        };
-        state.counters["frames_s"] = double(delays_.size()) / seconds;
-        state.counters["latency_ms"] = at(0.5);
-        state.counters["p95_ms"] = at(0.95);
-        state.counters["cpu_%"] = 100 * processorSeconds / seconds;
+        return delay;
     }
 
  private:
     std::mutex mutex_;
     std::map<std::uint32_t, TimePoint> drawn_;
-    std::vector<double> delays_;
 };
 
 void windowFrames(benchmark::State& state, XWindowStream::Transfer transfer) {
@@ -70,16 +83,18 @@ void windowFrames(benchmark::State& state, XWindowStream::Transfer transfer) {
     const auto width = static_cast<std::uint16_t>(state.range(0));
     const auto height = static_cast<std::uint16_t>(state.range(1));
     XTestWindow window(*desktop, "phone", {0, 0, width, height});
-    Times times;
+    DrawTimes times;
+    Delays delays;
     // A frame's number is its colour.
-    WindowEvents events{
-        .frame =
-            [&](const PixelBuffer& frame) {
-                const std::uint8_t* p = frame.row(frame.height() - 1);
-                times.came(std::uint32_t{p[2]} << 16 | std::uint32_t{p[1]} << 8 | p[0]);
-            },
-        .hidden = [](const std::string&) {},
-        .ended = [](const std::string&) {}};
+    WindowEvents events{.frame =
+                            [&](const PixelBuffer& frame) {
+                                const std::uint8_t* p = frame.row(frame.height() - 1);
+                                const auto delay = times.since(std::uint32_t{p[2]} << 16 |
+                                                               std::uint32_t{p[1]} << 8 | p[0]);
+                                if (delay) delays.add(*delay);
+                            },
+                        .hidden = [](const std::string&) {},
+                        .ended = [](const std::string&) {}};
     for (auto _ : state) {
         const auto stream = XWindowStream::open(window.id(), events, transfer);
         if (!stream) return state.SkipWithError(stream.error().message.c_str());
@@ -92,40 +107,43 @@ void windowFrames(benchmark::State& state, XWindowStream::Transfer transfer) {
             next += std::chrono::nanoseconds(1'000'000'000 / 60);
             systemClock().sleepUntil(next);
         }
-        times.report(state, toSeconds(systemClock().now() - start), ownSeconds() - processor);
+        delays.report(state, toSeconds(systemClock().now() - start), ownSeconds() - processor);
     }
 }
 
+// The time that the program wrote into the frame's first pixels.
+Duration sinceWritten(const PixelBuffer& frame) {
+    std::uint64_t time = 0;
+    for (int bit = 0; bit < 64; ++bit) {
+        const bool isSet = frame.row(0)[std::ptrdiff_t{4} * bit + 1] > 128;
+        if (isSet) time |= std::uint64_t{1} << bit;
+    }
+    return systemClock().now().time_since_epoch() - std::chrono::nanoseconds(time);
+}
+
 void pipeFrames(benchmark::State& state) {
-    constexpr int kWidth = 1206;
-    constexpr int kHeight = 2622;
     const TemporaryFolder folder;
     const auto script = folder.path() / "receiver";
-    const std::string caps = toText(gdp::caps(kWidth, kHeight));
-    const bool isWritten =
-        replaceFile(folder.path() / "caps", caps) &&
-        replaceFile(folder.path() / "frame", toText(gdp::frame(kWidth, kHeight))) &&
-        replaceFile(script,
-                    "#!/bin/sh\ncd " + folder.path().string() +
-                        "\ncat caps frame >&3\nwhile sleep 0.031; do cat frame >&3; done\n");
-    if (!isWritten) return state.SkipWithError("cannot write the receiver");
+    const std::string words = "#!/bin/sh\nexec " TANDREL_BIN_DIR "/write_frames " +
+                              std::to_string(state.range(0)) + " " +
+                              std::to_string(state.range(1)) + " 30\n";
+    if (!replaceFile(script, words)) return state.SkipWithError("cannot write the receiver");
     std::filesystem::permissions(script, std::filesystem::perms::owner_all);
     PipeAirPlayReceiver receiver(
         {.program = script.string(), .name = "Desk", .isConnected = [](pid_t) { return true; }});
     receiver.start();
     while (receiver.all()->empty()) std::this_thread::yield();
-    std::atomic<int> frames = 0;
-    WindowEvents events{.frame = [&](const PixelBuffer&) { ++frames; },
+    Delays delays;
+    WindowEvents events{.frame = [&](const PixelBuffer& frame) { delays.add(sinceWritten(frame)); },
                         .hidden = [](const std::string&) {},
                         .ended = [](const std::string&) {}};
     for (auto _ : state) {
         const auto stream = receiver.open(receiver.all()->front().id, events);
+        if (!stream) return state.SkipWithError(stream.error().message.c_str());
         const double processor = ownSeconds();
         const TimePoint start = systemClock().now();
         systemClock().sleepFor(kLength);
-        const double seconds = toSeconds(systemClock().now() - start);
-        state.counters["frames_s"] = frames / seconds;
-        state.counters["cpu_%"] = 100 * (ownSeconds() - processor) / seconds;
+        delays.report(state, toSeconds(systemClock().now() - start), ownSeconds() - processor);
     }
 }
 
@@ -141,7 +159,12 @@ BENCHMARK_CAPTURE(windowFrames, plain, XWindowStream::Transfer::plain)
     ->Iterations(1)
     ->UseRealTime()
     ->Unit(benchmark::kSecond);
-BENCHMARK(pipeFrames)->Iterations(1)->UseRealTime()->Unit(benchmark::kSecond);
+BENCHMARK(pipeFrames)
+    ->Args({1206, 2622})
+    ->Args({996, 2160})
+    ->Iterations(1)
+    ->UseRealTime()
+    ->Unit(benchmark::kSecond);
 
 }  // namespace
 }  // namespace tandrel

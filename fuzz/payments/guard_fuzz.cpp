@@ -1,7 +1,19 @@
 #include <cstdlib>
 
 #include "payments/guard_check.h"
+#include "payments/guard_patterns.h"
 #include "payments/guarded_action.h"
+
+// A search only where a keyword stands, and for amounts only around it, finds what one of the whole
+// text does.
+static void compareSearches(const std::string& line) {
+    using namespace tandrel::PaymentGuard;
+    for (int number = 0; number <= static_cast<int>(Rule::word); ++number) {
+        const auto rule = static_cast<Rule>(number);
+        if (has(rule, line) != regex(rule).has(line)) std::abort();
+    }
+    if (all(Rule::money, line) != regex(Rule::money).all(line)) std::abort();
+}
 
 // A fixture file that was tampered with, and the same bytes as lines of a screen and as the body of
 // a request.
@@ -14,6 +26,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 
     ReadText screen;
     for (std::size_t at = 0; at < text.size(); at += kLongestGuardLine) {
+        compareSearches(text.substr(at, kLongestGuardLine));
         screen.records.push_back({text.substr(at, kLongestGuardLine), 1, 0, 0, 9, 9});
     }
     const auto reading = screenReading(PixelBuffer(), screen, {9, 9});

@@ -1,6 +1,26 @@
 #include "app/ai_apps.h"
 
 namespace tandrel {
+namespace {
+
+// Under which key the settings keep that the app has had our entry.
+const char* addedKey(AIApp app) {
+    switch (app) {
+        case AIApp::claudeCode:
+            return "claudeCodeAdded";
+        case AIApp::claudeDesktop:
+            return "claudeDesktopAdded";
+        case AIApp::codex:
+            return "codexAdded";
+    }
+    return "";
+}
+
+bool hadEntry(AIApp app, const UserDefaults& defaults) {
+    return defaults.boolValue(addedKey(app)).value_or(false);
+}
+
+}  // namespace
 
 std::vector<AIAppStatus> lookAtAIApps(const AIConnect& ai,
                                       const std::optional<std::filesystem::path>& claude) {
@@ -17,6 +37,24 @@ std::vector<AIAppStatus> lookAtAIApps(const AIConnect& ai,
              .installed = ai.codexInstalled(),
              .link = ai.codexLink(),
              .toPaste = ai.codexSnippet()}};
+}
+
+Result<void> rememberEntries(const std::vector<AIAppStatus>& apps, UserDefaults& defaults) {
+    for (const AIAppStatus& app : apps) {
+        if (app.link != Link::addedHere || hadEntry(app.app, defaults)) continue;
+        TRY_VOID(defaults.set(addedKey(app.app), true));
+    }
+    return {};
+}
+
+void markLost(std::vector<AIAppStatus>& apps, const UserDefaults& defaults) {
+    for (AIAppStatus& app : apps) {
+        app.lost = app.installed && app.link == Link::notAdded && hadEntry(app.app, defaults);
+    }
+}
+
+Result<void> forgetEntry(AIApp app, UserDefaults& defaults) {
+    return defaults.set(addedKey(app), false);
 }
 
 AIConnect::Outcome addToAIApp(const AIConnect& ai, AIApp app) {

@@ -5,6 +5,7 @@
 
 #include "app/about_window.h"
 #include "app/approval_prompt.h"
+#include "app/owner_text.h"
 #include "app/qt_text.h"
 #include "app/screenshots.h"
 #include "base/environment.h"
@@ -56,11 +57,12 @@ void bringToFront(QWidget& window) {
 
 AppDelegate* AppDelegate::shared() { return sharedDelegate; }
 
-AppDelegate::AppDelegate(OwnerSide& owner, AppInfo info, MainLoop& loop, Clock& clock)
+AppDelegate::AppDelegate(OwnerSide& owner, AppInfo info, ColorScheme appearance, MainLoop& loop,
+                         Clock& clock)
     : owner_(owner),
       info_(std::move(info)),
       loop_(loop),
-      appearance_(Brand::desktopColorScheme()),
+      appearance_(appearance),
       menu_(appearance_, *this,
             {.test =
                  [this] {
@@ -68,6 +70,7 @@ AppDelegate::AppDelegate(OwnerSide& owner, AppInfo info, MainLoop& loop, Clock& 
                      startTest();
                  },
              .setup = [this] { showSetup(); },
+             .apps = [this] { showSetup(SetupStep::apps); },
              .approvals = [this] { showApprovals(); },
              .about = [this] { showAbout(); }}),
       setup_(appearance_, *this),
@@ -192,15 +195,15 @@ void AppDelegate::checkPointer() {
         view_.pointer = {};
         if (look.problem) view_.pointer.problem = qtText(*look.problem);
         if (!look.problem && !look.shown) {
-            view_.pointer.problem =
-                tr("The pointer didn't show up, so taps won't work. On the iPhone, turn on "
-                   "Settings › Accessibility › Touch › AssistiveTouch.");
+            view_.pointer.problem = qtText(ownerText("PhoneTest", PhoneTest::kPointerUnseen));
         }
         display();
     });
 }
 
 void AppDelegate::addToApp(AIApp app, Done done) { owner_.actions().addTo(app, std::move(done)); }
+
+void AppDelegate::leaveOut(AIApp app) { owner_.actions().leaveOut(app, tellProblem()); }
 
 void AppDelegate::restartClaudeDesktop(Done done) {
     owner_.actions().restartClaudeDesktop(std::move(done));

@@ -20,7 +20,8 @@ class AppDelegate final : public WindowActions {
 
  public:
     // The engine has started; `owner` and `loop` outlive this.
-    AppDelegate(OwnerSide& owner, AppInfo info, MainLoop& loop, Clock& clock);
+    AppDelegate(OwnerSide& owner, AppInfo info, ColorScheme appearance, MainLoop& loop,
+                Clock& clock);
     ~AppDelegate() override;
 
     static AppDelegate* shared();
@@ -41,6 +42,7 @@ class AppDelegate final : public WindowActions {
     void chooseLink(LinkChoice link) override;
     void fix(Fix fix) override;
     void addToApp(AIApp app, Done done) override;
+    void leaveOut(AIApp app) override;
     void restartClaudeDesktop(Done done) override;
     void startTest() override;
     void finishSetup() override;

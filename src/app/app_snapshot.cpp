@@ -28,6 +28,7 @@ std::string_view name(AIApp app) {
 std::string describe(const AIAppStatus& status) {
     if (status.link == Link::addedHere) return "uses this copy of Tandrel";
     if (status.link == Link::addedElsewhere) return "still points to an older copy of Tandrel";
+    if (status.lost) return "has lost its entry for Tandrel";
     return status.installed ? "doesn't know Tandrel yet" : "not on this computer";
 }
 
@@ -55,6 +56,7 @@ void AppSnapshot::take(const OwnerSettings& settings) {
 
 void AppSnapshot::take(const EngineReport& engine, CablePhone cable) {
     phones = engine.phones;
+    adapters = engine.adapters;
     hosts = engine.hosts;
     unmatchedHosts = engine.unmatchedHosts;
     absences = engine.absences;

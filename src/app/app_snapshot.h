@@ -24,7 +24,8 @@ struct AIAppStatus {
     bool installed = false;
     bool running = false;  // known of Claude Desktop alone
     Link link = Link::notAdded;
-    std::string toPaste;  // the command or the lines that add Tandrel by hand
+    bool lost = false;         // our entry was there once and has gone
+    std::string toPaste = {};  // the command or the lines that add Tandrel by hand
 
     bool operator==(const AIAppStatus&) const = default;
 };
@@ -52,6 +53,7 @@ struct AppSnapshot {
     AppModelInputs inputs;  // for `notice`, `health` and `headline`
 
     std::vector<PhoneSeen> phones;
+    std::vector<AdapterReport> adapters;      // of Bluetooth
     std::vector<std::string> hosts;           // Bluetooth connections
     std::vector<std::string> unmatchedHosts;  // those of them whose screen is not known
     std::vector<std::string> absences;        // sentences on what this system lacks
@@ -65,6 +67,7 @@ struct AppSnapshot {
     bool phoneWasSetUp = false;  // everything worked at least once, in this run or an earlier one
 
     HelperCheck::State helper;
+    bool liesInPassing = false;       // this copy may not stay where it is
     std::vector<AIAppStatus> aiApps;  // one row an app, always in the order of AIApp
 
     std::optional<bool> testPassed;  // by the phone test; none before the first one

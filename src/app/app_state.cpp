@@ -72,6 +72,7 @@ AppState::AppState(Services services, Options options)
     listeners_->current = [this] { return snapshot(); };
     snapshot_.inputs.advertisedName = options_.advertisedName;
     snapshot_.inputs.macName = options_.macName;
+    snapshot_.liesInPassing = options_.place == Options::Place::passing;
     for (const AIApp app : {AIApp::claudeCode, AIApp::claudeDesktop, AIApp::codex}) {
         snapshot_.aiApps.emplace_back().app = app;
     }
@@ -208,7 +209,8 @@ void AppState::lookSlowlyAgain() {
 void AppState::lookSlowly() {
     if (stopping_.stop_requested()) return;
     readScreenIfStale();
-    const auto apps = lookAtAIApps(to_.ai, claude_);
+    auto apps = lookAtAIApps(to_.ai, claude_);
+    keepTrackOf(apps);
     const HelperCheck::State helper = helperState();
     const Permission bluetooth = to_.permissions.bluetooth();
     const Permission camera = to_.permissions.camera();
@@ -220,6 +222,15 @@ void AppState::lookSlowly() {
         snapshot.cameraPerm = camera;
         snapshot.screenRecordingPerm = screenRecording;
     });
+}
+
+void AppState::keepTrackOf(std::vector<AIAppStatus>& apps) {
+    const auto kept = rememberEntries(apps, to_.defaults);
+    // Said once, not every few seconds.
+    const std::string problem = kept ? "" : kept.error().message;
+    if (!problem.empty() && problem != problemOfEntries_) log(problem);
+    problemOfEntries_ = problem;
+    markLost(apps, to_.defaults);
 }
 
 void AppState::runHelper() {

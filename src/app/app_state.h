@@ -34,6 +34,9 @@ class AppState {
         // Whether a phone that works is remembered for the next start; not one that is virtual.
         enum class Health { remembered, forgotten };
         Health health = Health::remembered;
+        // Whether this copy will stay where it is.
+        enum class Place { lasting, passing };
+        Place place = Place::lasting;
     };
 
     // Collaborators outlive it. Main thread.
@@ -84,6 +87,7 @@ class AppState {
     void lookSlowlyAgain() RUNS_ON(slowQueue_);
     void lookSlowly() RUNS_ON(slowQueue_);
     void readScreenIfStale() RUNS_ON(slowQueue_);
+    void keepTrackOf(std::vector<AIAppStatus>& apps) RUNS_ON(slowQueue_);
     void runHelper() RUNS_ON(slowQueue_);
     HelperCheck::State helperState() const RUNS_ON(slowQueue_);
     // Changes the snapshot and tells the listeners if that made a difference.
@@ -100,6 +104,7 @@ class AppState {
     std::optional<LoopbackUrl> slowEngine_ OWNED_BY(slowQueue_);
     std::optional<HelperCheck::State> helperRun_ OWNED_BY(slowQueue_);
     std::optional<std::filesystem::path> claude_ OWNED_BY(slowQueue_);
+    std::string problemOfEntries_ OWNED_BY(slowQueue_);
     SerialQueue slowQueue_;
     SerialQueue queue_;
 };

@@ -14,12 +14,14 @@
 #include "app/phone_window.h"
 #include "app/qt_main_loop.h"
 #include "app/terminal_asker.h"
+#include "app/translations.h"
 #include "app/welcome.h"
 #include "app/wiring.h"
 #include "base/log.h"
 #include "platform/linux/desktop_notifications.h"
 #include "platform/linux/display.h"
 #include "platform/linux/linux_main_loop.h"
+#include "platform/linux/portal_desktop_settings.h"
 #include "platform/linux/signals.h"
 #include "platform/virtual/virtual_platform.h"
 
@@ -30,6 +32,7 @@ std::unique_ptr<MainLoop> makeMainLoop(bool hasDisplay, const AppInfo& info) {
     if (!hasDisplay) return std::make_unique<LinuxMainLoop>();
     auto loop = std::make_unique<QtMainLoop>();
     Brand::registerFonts(info.bundle / "share");
+    installTranslations(info.bundle / "share");
     return loop;
 }
 
@@ -76,7 +79,11 @@ int serve(Wiring& wiring, OwnerSide& owner, const AppInfo& info, MainLoop& loop,
     owner.start();
     const auto windows = openWindows(wiring.backends(), hasDisplay);
     std::optional<AppDelegate> delegate;
-    if (hasDisplay) delegate.emplace(owner, info, loop, systemClock()).start();
+    if (hasDisplay) {
+        const ColorScheme appearance =
+            Brand::colorScheme(PortalDesktopSettings().colorPreference());
+        delegate.emplace(owner, info, appearance, loop, systemClock()).start();
+    }
     sayWelcome(wiring, info);
     const int status = loop.run();
     delegate.reset();

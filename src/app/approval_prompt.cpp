@@ -1,7 +1,6 @@
 #include "app/approval_prompt.h"
 
 #include <QCloseEvent>
-#include <QCoreApplication>
 #include <QGuiApplication>
 #include <QHBoxLayout>
 #include <QKeyEvent>
@@ -47,8 +46,6 @@ constexpr const char* kRules = R"(
 // Prompts on the screen, in the order they were shown.
 std::vector<ApprovalPrompt*> openPrompts;
 
-QString translated(const char* text) { return QCoreApplication::translate("ApprovalPrompt", text); }
-
 // The part of the screen that the panel may take.
 QSize space() {
     const QRect area = QGuiApplication::primaryScreen()->availableGeometry();
@@ -66,7 +63,7 @@ ApprovalPrompt::ApprovalPrompt(const ApprovalRequest& request, TimePoint deadlin
       answered_(std::move(answered)) {
     setObjectName("prompt");
     setAttribute(Qt::WA_StyledBackground);
-    setWindowTitle(translated("Tandrel: approve a payment"));
+    setWindowTitle(tr("Tandrel: approve a payment"));
     setWindowIcon(productIcon());
     // Light whatever the desktop is: a question about money looks the same every time.
     Brand::dress(*this, ColorScheme::light, kRules);
@@ -93,7 +90,6 @@ void ApprovalPrompt::build(const ApprovalRequest& request) {
     countdown_ = makeWrappedLabel("attention", {});
     buttons_ = buildButtons();
     column->addWidget(texts_);
-    column->addStretch(1);
     column->addWidget(countdown_);
     column->addWidget(buttons_);
     showSecondsLeft();
@@ -108,12 +104,14 @@ QWidget* ApprovalPrompt::buildTexts(const ApprovalRequest& request) {
     const auto text = [](const std::string& utf8) { return QString::fromStdString(utf8); };
     rows->addWidget(makeWrappedLabel("product", "Tandrel"));
     rows->addWidget(makeWrappedLabel("title", text(request.title)));
+    rows->addStretch(1);  // beside a picture that is higher the texts spread out
+    rows->addWidget(
+        makeWrappedLabel("body", tr("Your AI wants to %1 on your iPhone. The screen shows %2.")
+                                     .arg(text(request.what), text(request.summary))));
+    rows->addStretch(1);
     rows->addWidget(makeWrappedLabel(
-        "body", translated("Your AI wants to %1 on your iPhone. The screen shows %2.")
-                    .arg(text(request.what), text(request.summary))));
-    rows->addWidget(makeWrappedLabel(
-        "secondary", translated("Approve lets this one action through. If the amount or recipient "
-                                "changes before it happens, Tandrel asks again.")));
+        "secondary", tr("Approve lets this one action through. If the amount or recipient "
+                        "changes before it happens, Tandrel asks again.")));
     rows->addStretch(1);
     return texts;
 }
@@ -123,8 +121,8 @@ QWidget* ApprovalPrompt::buildButtons() {
     auto* buttons = new QHBoxLayout(row);
     buttons->setContentsMargins(0, 0, 0, 0);
     buttons->setSpacing(12);
-    deny_ = new QPushButton(translated("Deny"));
-    approve_ = new QPushButton(translated("Approve"));
+    deny_ = new QPushButton(tr("Deny"));
+    approve_ = new QPushButton(tr("Approve"));
     approve_->setProperty("role", "primary");
     approve_->setFocusPolicy(Qt::NoFocus);  // never reached, so never pressed, by a key
     for (QPushButton* button : {deny_, approve_}) {
@@ -150,7 +148,7 @@ void ApprovalPrompt::layOut(const PixelBuffer& picture, const std::optional<Plac
     const int natural = textHeight + below + 2 * kSpacing;
     const int lowest = picture ? kLowestPicture : kHeight - 2 * kMargin;
     const int height = std::min(std::max(natural, lowest), most.height());
-    texts_->setFixedSize(width, std::min(textHeight, height - below - 2 * kSpacing));
+    texts_->setFixedSize(width, height - below - 2 * kSpacing);
     texts_->verticalScrollBar()->setSingleStep(kMargin);
     int total = width;
     if (picture) {
@@ -167,7 +165,7 @@ void ApprovalPrompt::addPicture(const QPixmap& pixmap) {
     auto* picture = new QLabel;
     picture->setPixmap(pixmap);
     picture->setAlignment(Qt::AlignTop);
-    picture->setAccessibleName(translated("The iPhone's screen with the place of the action"));
+    picture->setAccessibleName(tr("The iPhone's screen with the place of the action"));
     static_cast<QHBoxLayout*>(layout())->addWidget(picture);
 }
 
@@ -215,7 +213,7 @@ void ApprovalPrompt::keyPressEvent(QKeyEvent* event) {
 
 void ApprovalPrompt::showSecondsLeft() {
     const double left = std::max(0.0, toSeconds(deadline_ - clock_.now()));
-    countdown_->setText(translated("No answer in %1 s means no").arg(std::lround(left)));
+    countdown_->setText(tr("No answer in %1 s means no").arg(std::lround(left)));
 }
 
 void ApprovalPrompt::placeBesideOthers() {

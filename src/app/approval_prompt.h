@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QCoreApplication>
 #include <QTimer>
 #include <QWidget>
 #include <functional>
@@ -18,6 +19,8 @@ namespace tandrel {
 // during its first second, and no single key press approves: Escape denies, Approve wants the
 // mouse. Main thread only.
 class ApprovalPrompt final : public QWidget {
+    Q_DECLARE_TR_FUNCTIONS(ApprovalPrompt)
+
  public:
     using Answered = std::function<void(ApprovalAnswer)>;
 

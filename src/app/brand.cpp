@@ -163,7 +163,9 @@ void Brand::dress(QWidget& window, ColorScheme appearance, const QString& more) 
     window.setStyleSheet(withColors(kRules + more, appearance));
 }
 
-ColorScheme Brand::desktopColorScheme() {
+ColorScheme Brand::colorScheme(ColorPreference preferred) {
+    if (preferred == ColorPreference::dark) return ColorScheme::dark;
+    if (preferred == ColorPreference::light) return ColorScheme::light;
     constexpr double kDark = 0.5;
     const QColor window = QGuiApplication::palette().color(QPalette::Window);
     return window.lightnessF() < kDark ? ColorScheme::dark : ColorScheme::light;

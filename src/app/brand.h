@@ -8,6 +8,8 @@
 #include <string_view>
 #include <vector>
 
+#include "platform/desktop_settings.h"
+
 // How Tandrel's windows look: the fonts, the colours, and the style sheet that is made of them.
 namespace tandrel {
 
@@ -33,8 +35,8 @@ struct Brand {
     // Gives a window, with all that is in it, these colours and rules; `more` are rules of its own.
     static void dress(QWidget& window, ColorScheme appearance, const QString& more = {});
 
-    // As the desktop's own windows are.
-    static ColorScheme desktopColorScheme();
+    // What the person prefers; where the desktop does not say it, as its own windows are.
+    static ColorScheme colorScheme(ColorPreference preferred);
     static QColor color(std::string_view role, ColorScheme appearance);
     static const std::vector<Pair>& pairs();
     // How much larger than usual the owner wants text, such as 2.

@@ -24,6 +24,12 @@ Condition engine(const Findings& found) {
             fmt::format("Tandrel {} answers on {}", found.engineVersion, found.engineUrl), ""};
 }
 
+std::string joined(const std::vector<std::string>& names) {
+    std::string list;
+    for (const std::string& name : names) list += (list.empty() ? "" : ", ") + name;
+    return list;
+}
+
 Condition bluetooth(const Findings& found) {
     const AppModelInputs& in = found.snapshot.inputs;
     if (in.bluetoothPerm == Permission::denied) {
@@ -40,6 +46,27 @@ Condition bluetooth(const Findings& found) {
     return {State::bad, "Bluetooth", in.bluetoothState, "Turn Bluetooth on."};
 }
 
+// An adapter as the daemon has it: what it can, whether it is on, and whose phones it knows.
+Condition adapter(const AdapterReport& report) {
+    std::string words;
+    if (!report.peripheral) {
+        words = "cannot be a keyboard";
+    } else if (!report.powered) {
+        words = "can be a keyboard, off";
+    } else if (!report.phone.empty()) {
+        words = "keyboard of " + report.phone;
+    } else {
+        words = report.advertising ? "can be a keyboard, on, phones can find it"
+                                   : "can be a keyboard, on, phones can't find it yet";
+    }
+    words += "; paired: " + (report.paired.empty() ? "none" : joined(report.paired));
+    if (report.refusedPhones > 0) {
+        words += fmt::format("; sent away, since each adapter drives one phone: {}",
+                             report.refusedPhones);
+    }
+    return {State::note, "Adapter " + report.name, words, ""};
+}
+
 std::string pictureOf(const AppSnapshot& snapshot) {
     std::string phones;
     for (const PhoneSeen& phone : snapshot.phones) {
@@ -48,6 +75,14 @@ std::string pictureOf(const AppSnapshot& snapshot) {
                               phone.height);
     }
     return phones;
+}
+
+// What this system lacks for it, without its name; empty when nothing is known to be missing.
+std::string absenceOf(std::string_view subject, const AppSnapshot& snapshot) {
+    for (const std::string& absence : snapshot.absences) {
+        if (absence.starts_with(subject)) return absence.substr(subject.size());
+    }
+    return {};
 }
 
 Condition screen(const Findings& found) {
@@ -59,9 +94,12 @@ Condition screen(const Findings& found) {
                 "On the iPhone: Control Center › Screen Mirroring › " + in.macName};
     }
     if (in.usbPhone) return {State::bad, "Picture", "no frame yet", "Unlock the iPhone."};
-    if (in.usbPlugged) {
+    if (in.usbPlugged && absenceOf("Cable: ", found.snapshot).empty()) {
         return {State::bad, "Picture", "the iPhone is plugged in but isn't sharing its screen",
                 "Unlock it, and tap Trust if it asks."};
+    }
+    if (const std::string missing = absenceOf("Cable: ", found.snapshot); !missing.empty()) {
+        return {State::bad, "Picture", missing, missing + "."};
     }
     return {State::bad, "Picture", "no iPhone on the cable",
             "Plug the iPhone into this computer, or choose AirPlay: `tandrel-app --set link "
@@ -177,6 +215,10 @@ Diagnosis diagnose(const Findings& found) {
     for (const Row& row : kRows) {
         if (row.asks == Asks::engine && found.engineApp != "Tandrel") continue;
         diagnosis.conditions.push_back(row.condition(found));
+        if (row.condition != bluetooth) continue;
+        for (const AdapterReport& report : found.snapshot.adapters) {
+            diagnosis.conditions.push_back(adapter(report));
+        }
     }
     for (const AIAppStatus& app : found.snapshot.aiApps) {
         diagnosis.conditions.push_back(aiApp(app));

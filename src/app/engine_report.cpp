@@ -48,6 +48,25 @@ std::vector<PhoneSeen> phonesOf(const Json& status) {
     return phones;
 }
 
+std::vector<AdapterReport> adaptersOf(const Json& status) {
+    constexpr double kMostRefused = 1'000'000;
+    std::vector<AdapterReport> adapters;
+    const auto list = status.find("bluetoothAdapters");
+    if (list == status.end() || !list->is_array()) return adapters;
+    for (const Json& item : *list) {
+        const double refused = numberMember(item, "refusedPhones").value_or(0);
+        adapters.push_back(
+            {.name = textMember(item, "name").value_or(""),
+             .peripheral = boolMember(item, "peripheral").value_or(false),
+             .powered = boolMember(item, "powered").value_or(false),
+             .advertising = boolMember(item, "advertising").value_or(false),
+             .phone = textMember(item, "phone").value_or(""),
+             .paired = textList(item, "paired"),
+             .refusedPhones = static_cast<int>(std::clamp(refused, 0.0, kMostRefused))});
+    }
+    return adapters;
+}
+
 AirPlayReport airplayOf(const Json& status) {
     const auto member = status.find("airplay");
     if (member == status.end() || !member->is_object()) return {};
@@ -128,6 +147,7 @@ EngineReport parseEngineReport(const Json& status) {
             .asksBeforePayments = boolMember(status, "paymentGuard").value_or(false),
             .asking = status.contains("asking"),
             .bluetooth = textMember(status, "bluetooth").value_or(""),
+            .adapters = adaptersOf(status),
             .phones = phonesOf(status),
             .hosts = textList(status, "hosts"),
             .unmatchedHosts = textList(status, "unmatchedHosts"),

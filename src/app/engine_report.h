@@ -30,6 +30,19 @@ struct PhoneSeen {
     bool operator==(const PhoneSeen&) const = default;
 };
 
+// One of the computer's Bluetooth adapters.
+struct AdapterReport {
+    std::string name;
+    bool peripheral = false;
+    bool powered = false;
+    bool advertising = false;
+    std::string phone;  // the one that is connected; empty while none is
+    std::vector<std::string> paired;
+    int refusedPhones = 0;
+
+    bool operator==(const AdapterReport&) const = default;
+};
+
 // How it stands with the mirrored picture.
 struct AirPlayReport {
     std::string window;        // the title of what is being captured; empty when nothing is
@@ -48,6 +61,7 @@ struct EngineReport {
     bool asksBeforePayments = true;
     bool asking = false;    // a question about a payment is open
     std::string bluetooth;  // the keyboard's state in words
+    std::vector<AdapterReport> adapters;
     std::vector<PhoneSeen> phones;
     std::vector<std::string> hosts;           // Bluetooth connections
     std::vector<std::string> unmatchedHosts;  // those of them whose screen is not known

@@ -111,7 +111,11 @@ QPixmap healthPixmap(Health health, int pixels) {
 
 QIcon healthIcon(Health health) {
     QIcon icon;
-    for (const int pixels : {16, 22, 24, 32, 48, 64}) icon.addPixmap(healthPixmap(health, pixels));
+    for (const int pixels : {16, 22, 24, 32, 48, 64}) {
+        const QPixmap pixmap = healthPixmap(health, pixels);
+        icon.addPixmap(pixmap);
+        icon.addPixmap(pixmap, QIcon::Disabled);  // the headline in the menu is not for clicking
+    }
     return icon;
 }
 

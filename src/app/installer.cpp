@@ -1,5 +1,7 @@
 #include "app/installer.h"
 
+#include <algorithm>
+
 #include <fmt/chrono.h>
 #include <fmt/format.h>
 #include <unistd.h>
@@ -48,6 +50,15 @@ class NewFolder {
 
 Installer::Places Installer::Places::ofThisUser() {
     return {.applications = homeFolder() / ".local/opt", .dataHome = tandrel::dataHome()};
+}
+
+bool Installer::isInPassing(const fs::path& bundle, const fs::path& home) {
+    const fs::path places[] = {"/tmp", "/var/tmp",   "/media",
+                               "/mnt", "/run/media", home / "Downloads"};
+    return std::ranges::any_of(places, [&](const fs::path& place) {
+        const fs::path within = bundle.lexically_normal().lexically_relative(place);
+        return !within.empty() && *within.begin() != "..";
+    });
 }
 
 // The new copy is whole before the old one goes, so that there is always one to start.

@@ -29,6 +29,10 @@ class Installer {
           processes_(processes),
           clock_(clock) {}
 
+    // Whether an app directory lies where it may not stay: on a medium, or among downloads or
+    // temporary files. AI apps should not be pointed at it there.
+    static bool isInPassing(const std::filesystem::path& bundle, const std::filesystem::path& home);
+
     std::filesystem::path destination() const { return places_.applications / "Tandrel"; }
 
     // Copies this app directory to the applications folder, with an entry in the desktop's menu; a

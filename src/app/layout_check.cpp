@@ -125,6 +125,9 @@ QStringList contrastFaults(const QWidget& window, const QImage& picture) {
     for (const QWidget* widget : shownChildren(window)) {
         const QRect seen = widget->visibleRegion().boundingRect();
         if (textOf(*widget).isEmpty() || seen.isEmpty()) continue;
+        // Scrolled away so far that no line of it is left to read.
+        const int line = widget->fontMetrics().height();
+        if (seen.height() < widget->height() && seen.height() < line) continue;
         const QRect place(widget->mapTo(&window, seen.topLeft()), seen.size());
         const double ratio = picture.devicePixelRatio();
         const QRect pixels(place.topLeft() * ratio, place.size() * ratio);

@@ -81,7 +81,7 @@ constexpr Mode kModes[] = {
     {"--self-test",    "",               "run the fixtures that ship with the program",        selfTest},
     {"--render-steps", "DIR [--dark] [--scale N]", "draw every window into picture files",      renderSteps},
     {"--approvals",    "[--json]",       "list what the owner was asked and answered",         showApprovals},
-    {"--set",          "NAME VALUE",     "change a setting: paused true|false, link cable|airplay, languages eng+deu", changeSetting},
+    {"--set",          "NAME VALUE",     "change a setting: paused true|false, link cable|airplay, grabber NAME, languages eng+deu", changeSetting},
     {"--help",         "",               "print this",                                         printHelp},
 };
 // clang-format on

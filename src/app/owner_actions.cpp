@@ -7,6 +7,7 @@
 #include <fmt/ranges.h>
 
 #include "app/ai_apps.h"
+#include "app/owner_text.h"
 #include "app/status_explain.h"
 #include "base/environment.h"
 #include "base/file.h"
@@ -51,12 +52,13 @@ Outcome outcomeOf(const Result<void>& result) {
 Outcome advice(Fix fix) {
     if (fix == Fix::cameraPrivacy) {
         return {false,
-                "This computer lets a user see video devices through the group \"video\": "
-                "run `sudo usermod -aG video \"$USER\"` and log in again."};
+                ownerText("OwnerActions",
+                          "This computer lets a user see video devices through the group "
+                          "\"video\": run `sudo usermod -aG video \"$USER\"` and log in again.")};
     }
-    return {false,
-            "Whether Tandrel may use Bluetooth is decided by this computer's administrator: "
-            "the system bus must let you talk to org.bluez."};
+    return {false, ownerText("OwnerActions",
+                             "Whether Tandrel may use Bluetooth is decided by this computer's "
+                             "administrator: the system bus must let you talk to org.bluez.")};
 }
 
 }  // namespace
@@ -118,11 +120,16 @@ void OwnerActions::addTo(AIApp app, Done done) {
     run([this, app] { return addToAIApp(to_.ai, app); }, std::move(done));
 }
 
+void OwnerActions::leaveOut(AIApp app, Done done) {
+    change([=](UserDefaults& defaults) { return forgetEntry(app, defaults); }, std::move(done));
+}
+
 void OwnerActions::restartClaudeDesktop(Done done) {
     run(
         [this]() -> Outcome {
             if (to_.ai.restartClaudeDesktop()) return {true, ""};
-            return {false, "Claude Desktop didn't restart. Quit it and open it again."};
+            return {false, ownerText("OwnerActions",
+                                     "Claude Desktop didn't restart. Quit it and open it again.")};
         },
         std::move(done));
 }
@@ -145,14 +152,15 @@ Outcome OwnerActions::openBluetoothSettings() const {
             page == nullptr ? std::vector<std::string>{} : std::vector<std::string>{page};
         return outcomeOf(to_.processes.startDetached(program, arguments));
     }
-    return {false, "Turn Bluetooth on with `bluetoothctl power on`."};
+    return {false, ownerText("OwnerActions", "Turn Bluetooth on with `bluetoothctl power on`.")};
 }
 
 Outcome OwnerActions::quitOthers() {
     const auto names = quitOtherEngines(to_.running);
-    if (names.empty()) return {false, "Nothing to quit."};
+    if (names.empty()) return {false, ownerText("OwnerActions", "Nothing to quit.")};
     to_.loop.post([reopen = to_.reopen] { reopen(); });
-    return {true, fmt::format("Quit {}. Reopening Tandrel…", fmt::join(names, ", "))};
+    return {true, filledIn(ownerText("OwnerActions", "Quit %1. Reopening Tandrel…"),
+                           {fmt::format("{}", fmt::join(names, ", "))})};
 }
 
 void OwnerActions::fix(Fix fix, Done done) {

@@ -49,6 +49,7 @@ class OwnerActions {
 
     // Adds Tandrel to the app's settings; the sentence is shown as it stands.
     void addTo(AIApp app, Done done);
+    void leaveOut(AIApp app, Done done);
     void restartClaudeDesktop(Done done);
 
     // What stands behind a notice's button. Those that open a window of ours (`showScreen`,

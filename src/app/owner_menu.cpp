@@ -41,6 +41,8 @@ OwnerMenu::OwnerMenu(ColorScheme appearance, WindowActions& actions, Windows win
     QObject::connect(fix_, &QAction::triggered, this, [this] {
         if (offered_) actions_.fix(*offered_);
     });
+    lost_ = addCommand({}, windows.apps);
+    lost_->setVisible(false);
     addSeparator();
     addSwitches();
     addSeparator();
@@ -92,6 +94,7 @@ void OwnerMenu::display(const AppSnapshot& now) {
     offered_ = wrong ? wrong->fix : std::nullopt;
     fix_->setVisible(offered_ && wrong->fixLabel);
     fix_->setText(fix_->isVisible() ? qtText(*wrong->fixLabel) : QString());
+    showLost(now.aiApps);
     paused_ = now.inputs.paused;
     pause_->setText(paused_ ? tr("Resume control") : tr("Pause control"));
     askBefore_->setChecked(now.askBeforePayments);
@@ -106,6 +109,17 @@ void OwnerMenu::showDetail(const QString& detail) {
         line.setVisible(i < lines.size());
         line.setText(lines.value(i));
     }
+}
+
+// An app whose entry has gone keeps the others from nothing, so it is no notice.
+void OwnerMenu::showLost(const std::vector<AIAppStatus>& apps) {
+    QStringList names;
+    for (const AIAppStatus& app : apps) {
+        if (app.lost) names << qtText(name(app.app));
+    }
+    lost_->setVisible(!names.isEmpty());
+    lost_->setText(names.isEmpty() ? QString()
+                                   : tr("Add Tandrel to %1 again…").arg(names.join(", ")));
 }
 
 void OwnerMenu::confirmNoQuestions() {

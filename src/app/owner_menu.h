@@ -17,10 +17,11 @@ class OwnerMenu final : public QMenu {
 
  public:
     struct Windows {
-        std::function<void()> test;
-        std::function<void()> setup;
-        std::function<void()> approvals;
-        std::function<void()> about;
+        std::function<void()> test = {};
+        std::function<void()> setup = {};
+        std::function<void()> apps = {};  // the setup's step for them
+        std::function<void()> approvals = {};
+        std::function<void()> about = {};
     };
 
     // `actions` outlives it.
@@ -30,6 +31,7 @@ class OwnerMenu final : public QMenu {
 
  private:
     void addSwitches();
+    void showLost(const std::vector<AIAppStatus>& apps);
     void showDetail(const QString& detail);
     QAction* addCommand(const QString& text, std::function<void()> run);
     QAction* addSwitch(const QString& text, void (WindowActions::*change)(bool));
@@ -42,6 +44,7 @@ class OwnerMenu final : public QMenu {
     QAction* headline_ = nullptr;
     std::vector<QAction*> detail_;  // a line each; a menu does not wrap by itself
     QAction* fix_ = nullptr;
+    QAction* lost_ = nullptr;
     QAction* pause_ = nullptr;
     QAction* askBefore_ = nullptr;
     QAction* askUnsure_ = nullptr;

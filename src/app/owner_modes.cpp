@@ -51,6 +51,7 @@ Findings examine(OwnerServices& services, const AppInfo& info, const LoopbackUrl
     snapshot.screenRecordingPerm = permissions.screenRecording();
     snapshot.helper = services.helper().run();
     snapshot.aiApps = lookAtAIApps(services.ai(), services.ai().findClaude());
+    markLost(snapshot.aiApps, services.defaults());
     return found;
 }
 
@@ -91,8 +92,9 @@ constexpr AppWord kApps[] = {
     {"codex", AIApp::codex},
 };
 
-void listApps(const AIConnect& ai) {
-    const auto apps = lookAtAIApps(ai, ai.findClaude());
+void listApps(const AIConnect& ai, const UserDefaults& defaults) {
+    auto apps = lookAtAIApps(ai, ai.findClaude());
+    markLost(apps, defaults);
     for (const AppWord& row : kApps) {
         const AIAppStatus& app = apps[static_cast<std::size_t>(row.app)];
         fmt::print("{:<16}{}\n", row.word, describe(app));
@@ -146,9 +148,9 @@ int runPhoneTest(const Arguments& arguments) {
 }
 
 int runConnect(const Arguments& arguments) {
-    const OwnerServices services(appInfo(), systemClock());
+    OwnerServices services(appInfo(), systemClock());
     if (arguments.size() < 2) {
-        listApps(services.ai());
+        listApps(services.ai(), services.defaults());
         return 0;
     }
     const auto row = std::ranges::find(kApps, arguments[1], &AppWord::word);
@@ -158,6 +160,13 @@ int runConnect(const Arguments& arguments) {
     }
     const auto outcome = addToAIApp(services.ai(), row->app);
     fmt::print("{}\n", outcome.message);
+    if (outcome.ok) {
+        AIAppStatus added;
+        added.app = row->app;
+        added.link = Link::addedHere;
+        const auto kept = rememberEntries({added}, services.defaults());
+        if (!kept) fmt::print(stderr, "{}\n", kept.error().message);
+    }
     if (!outcome.ok && row->app == AIApp::codex) {
         fmt::print("\n{}\n", services.ai().codexSnippet());
     }

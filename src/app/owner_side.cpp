@@ -13,7 +13,10 @@ AppState::Options modelOptions(const Wiring& wiring, const AppInfo& info) {
     return {.advertisedName = info.bluetoothName,
             .macName = AppInfo::macName(),
             .health = isVirtual ? AppState::Options::Health::forgotten
-                                : AppState::Options::Health::remembered};
+                                : AppState::Options::Health::remembered,
+            .place = Installer::isInPassing(info.bundle, homeFolder())
+                         ? AppState::Options::Place::passing
+                         : AppState::Options::Place::lasting};
 }
 
 }  // namespace
@@ -54,7 +57,8 @@ OwnerSide::OwnerSide(Wiring& wiring, const AppInfo& info, MainLoop& loop, Clock&
                         if (!problem) loop_.post([this] { quitSoon(); });
                         return problem;
                     }}),
-      power_(loop),
+      told_(loop),
+      power_(told_, loop),
       wakeCheck_(power_, loop,
                  {.snapshot = [this] { return state_.snapshot(); },
                   .letGo = [this] { wiring_.engine().letGo(); },

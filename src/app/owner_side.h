@@ -10,6 +10,7 @@
 #include "app/owner_services.h"
 #include "app/wake_check.h"
 #include "app/wiring.h"
+#include "platform/linux/clock_jump.h"
 #include "platform/linux/login1_power.h"
 
 namespace tandrel {
@@ -47,7 +48,8 @@ class OwnerSide {
     AppState state_;
     std::unique_ptr<FirstCopy> firstCopy_;
     OwnerActions actions_;
-    Login1Power power_;
+    Login1Power told_;
+    ClockJumpPower power_;
     WakeCheck wakeCheck_;
     std::unique_ptr<Timer> quitting_;
 };

@@ -4,6 +4,7 @@
 #include <array>
 #include <utility>
 
+#include "app/owner_text.h"
 #include "app/settings_page.h"
 #include "base/log.h"
 #include "base/unicode.h"
@@ -22,18 +23,22 @@ constexpr Duration kAfterSearch = std::chrono::milliseconds(900);
 constexpr Duration kAfterTyping = std::chrono::milliseconds(1000);
 constexpr Duration kAfterEnter = std::chrono::milliseconds(2000);
 
-constexpr const char* kNothingDone = "Nothing was done on the iPhone.";
+constexpr const char* kNothingDone =
+    QT_TRANSLATE_NOOP("PhoneTest", "Nothing was done on the iPhone.");
 
 // "USB cable. It can read: Shop, Bank"
 std::string described(TryIt::From from, const std::vector<std::string>& texts) {
-    std::string detail = from == TryIt::From::airplay ? "AirPlay" : "USB cable";
+    const std::string source =
+        from == TryIt::From::airplay ? "AirPlay" : ownerText("PhoneTest", "USB cable");
+    std::string readable;
     std::size_t shown = 0;
     for (const std::string& text : texts) {
         if (graphemeCount(text) < 2) continue;
-        detail += (shown == 0 ? ". It can read: " : ", ") + text;
+        readable += (shown == 0 ? "" : ", ") + text;
         if (++shown == kTextsShown) break;
     }
-    return detail;
+    if (shown == 0) return source;
+    return filledIn(ownerText("PhoneTest", "%1. It can read: %2"), {source, readable});
 }
 
 std::optional<PointerCheck::Thumbnail> gray(const std::optional<TryIt::Frame>& frame) {
@@ -77,9 +82,10 @@ PhoneTest::Progress PhoneTest::run(const Situation& situation) {
 
 void PhoneTest::runSteps(const Situation& situation) {
     if (situation.paused) {
-        end(begin("Control is paused"), Mark::failed,
-            "Control is paused. Turn it back on in the Tandrel menu, then test again.");
-        return finish(false, kNothingDone);
+        end(begin(ownerText("PhoneTest", "Control is paused")), Mark::failed,
+            ownerText("PhoneTest",
+                      "Control is paused. Turn it back on in the Tandrel menu, then test again."));
+        return finish(false, ownerText("PhoneTest", kNothingDone));
     }
     using Deed = Next (PhoneTest::*)();
     constexpr std::array<Deed, 5> steps = {&PhoneTest::seeScreen, &PhoneTest::pressHome,
@@ -92,11 +98,12 @@ void PhoneTest::runSteps(const Situation& situation) {
 }
 
 PhoneTest::Next PhoneTest::seeScreen() {
-    const int line = begin("See the iPhone's screen");
+    const int line = begin(ownerText("PhoneTest", "See the iPhone's screen"));
     const auto frame = phone_.frame(from_, kMaxEdge, TryIt::Text::read);
     if (!frame) {
         end(line, Mark::failed);
-        finish(false, "Tandrel can't see the iPhone yet, so nothing was done on it.");
+        finish(false, ownerText("PhoneTest",
+                                "Tandrel can't see the iPhone yet, so nothing was done on it."));
         return Next::stop;
     }
     const PhoneScreen state = classify(frame->texts, meanLuma(frame->image));
@@ -104,11 +111,13 @@ PhoneTest::Next PhoneTest::seeScreen() {
     if (state == PhoneScreen::off || state == PhoneScreen::locked) {
         end(line, Mark::failed,
             state == PhoneScreen::off
-                ? "The screen is off. Press the iPhone's side button and unlock it, then test "
-                  "again."
-                : "The iPhone is locked. Unlock it, then test again. Your AI can't unlock it for "
-                  "you.");
-        finish(false, kNothingDone);
+                ? ownerText("PhoneTest",
+                            "The screen is off. Press the iPhone's side button and unlock it, "
+                            "then test again.")
+                : ownerText("PhoneTest",
+                            "The iPhone is locked. Unlock it, then test again. Your AI can't "
+                            "unlock it for you."));
+        finish(false, ownerText("PhoneTest", kNothingDone));
         return Next::stop;
     }
     end(line, Mark::passed, described(from_, frame->texts));
@@ -116,12 +125,13 @@ PhoneTest::Next PhoneTest::seeScreen() {
 }
 
 PhoneTest::Next PhoneTest::pressHome() {
-    const int line = begin("Press Home");
+    const int line = begin(ownerText("PhoneTest", "Press Home"));
     const auto problem = phone_.home();
     phone_.wait(kAfterHome);
     if (problem) {
         end(line, Mark::failed, problem);
-        finish(false, "The iPhone didn't get the key press, so the test stopped here.");
+        finish(false, ownerText("PhoneTest",
+                                "The iPhone didn't get the key press, so the test stopped here."));
         return Next::stop;
     }
     end(line, Mark::passed);
@@ -140,20 +150,19 @@ PhoneTest::PointerLook PhoneTest::pointerShows(const TryIt& phone, TryIt::From f
 }
 
 PhoneTest::Next PhoneTest::movePointer() {
-    const int line = begin("Move the pointer");
+    const int line = begin(ownerText("PhoneTest", "Move the pointer"));
     const PointerLook look = pointerShows(phone_, from_);
     if (look.problem) {
         end(line, Mark::failed, look.problem);
-        finish(false, "The pointer couldn't be moved, so the test stopped here.");
+        finish(false,
+               ownerText("PhoneTest", "The pointer couldn't be moved, so the test stopped here."));
         return Next::stop;
     }
     if (look.shown) {
         progress_.assistiveTouchOn = true;
-        end(line, Mark::passed, "AssistiveTouch is on");
+        end(line, Mark::passed, ownerText("PhoneTest", "AssistiveTouch is on"));
     } else {
-        end(line, Mark::fellShort,
-            "The pointer didn't show up, so taps won't work. On the iPhone, turn on Settings › "
-            "Accessibility › Touch › AssistiveTouch.");
+        end(line, Mark::fellShort, ownerText("PhoneTest", kPointerUnseen));
     }
     return Next::goOn;
 }
@@ -171,9 +180,10 @@ std::optional<TryIt::Problem> PhoneTest::typeSettings() const {
 }
 
 PhoneTest::Next PhoneTest::openSettings() {
-    const int line = begin("Open Settings by typing");
+    const int line = begin(ownerText("PhoneTest", "Open Settings by typing"));
     if (const auto problem = typeSettings()) {
-        end(line, Mark::failed, "Typing didn't reach the iPhone. " + *problem);
+        end(line, Mark::failed,
+            ownerText("PhoneTest", "Typing didn't reach the iPhone.") + " " + *problem);
         return Next::goOn;
     }
     const auto frame = phone_.frame(from_, kMaxEdge, TryIt::Text::read);
@@ -181,14 +191,16 @@ PhoneTest::Next PhoneTest::openSettings() {
         end(line, Mark::passed);
     } else {
         end(line, Mark::failed,
-            "Settings didn't open. If the iPhone shows a search screen with the wrong letters, set "
-            "Settings › General › Keyboard › Hardware Keyboard to U.S. and test again.");
+            ownerText("PhoneTest",
+                      "Settings didn't open. If the iPhone shows a search screen with the wrong "
+                      "letters, set "
+                      "Settings › General › Keyboard › Hardware Keyboard to U.S. and test again."));
     }
     return Next::goOn;
 }
 
 PhoneTest::Next PhoneTest::goBackHome() {
-    const int line = begin("Back to the Home screen");
+    const int line = begin(ownerText("PhoneTest", "Back to the Home screen"));
     const auto problem = phone_.home();
     end(line, problem ? Mark::failed : Mark::passed, problem);
     return Next::goOn;
@@ -199,13 +211,19 @@ void PhoneTest::sumUp() {
         return std::ranges::count(progress_.lines, mark, &Line::mark);
     };
     if (count(Mark::failed) > 0) {
-        finish(false, "Some of it didn't work yet. Fix the part marked above and test again.");
+        finish(false,
+               ownerText("PhoneTest",
+                         "Some of it didn't work yet. Fix the part marked above and test again."));
     } else if (count(Mark::fellShort) > 0) {
-        finish(false, "Typing works, but taps won't until AssistiveTouch is on.");
+        finish(false,
+               ownerText("PhoneTest", "Typing works, but taps won't until AssistiveTouch is on."));
     } else {
-        finish(true,
-               "Everything works. Ask your AI something like “Open Settings on my iPhone and tell "
-               "me which iOS version it has.”");
+        finish(
+            true,
+            ownerText(
+                "PhoneTest",
+                "Everything works. Ask your AI something like “Open Settings on my iPhone and tell "
+                "me which iOS version it has.”"));
     }
 }
 

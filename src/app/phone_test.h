@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QtGlobal>
 #include <functional>
 #include <optional>
 #include <string>
@@ -55,11 +56,17 @@ class PhoneTest {
     static PointerLook pointerShows(const TryIt& phone, TryIt::From from);
 
     // What the owner reads before.
-    static constexpr const char* kExplanation =
+    static constexpr const char* kExplanation = QT_TRANSLATE_NOOP(
+        "PhoneTest",
         "A quick test on the iPhone: Tandrel presses Home, moves the pointer, opens Settings by "
-        "typing, and goes back Home. Nothing is changed.";
-    static constexpr const char* kAdvice =
-        "Keep the iPhone unlocked. The test takes about 15 seconds.";
+        "typing, and goes back Home. Nothing is changed.");
+    static constexpr const char* kAdvice = QT_TRANSLATE_NOOP(
+        "PhoneTest", "Keep the iPhone unlocked. The test takes about 15 seconds.");
+    // What to do when the pointer was not seen.
+    static constexpr const char* kPointerUnseen = QT_TRANSLATE_NOOP(
+        "PhoneTest",
+        "The pointer didn't show up, so taps won't work. On the iPhone, turn on Settings › "
+        "Accessibility › Touch › AssistiveTouch.");
 
  private:
     enum class Next { goOn, stop };

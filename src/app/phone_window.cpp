@@ -2,13 +2,18 @@
 
 #include <QCoreApplication>
 #include <QGuiApplication>
+#include <QKeyEvent>
 #include <QMouseEvent>
 #include <QPainter>
 #include <QPainterPath>
 #include <QScreen>
+#include <array>
+#include <cctype>
+#include <utility>
 
 #include "app/screen_picture.h"
 #include "base/mutex.h"
+#include "hid/keymap.h"
 
 namespace tandrel {
 namespace {
@@ -18,6 +23,34 @@ constexpr const char* kWindowRole = "virtual-iphone";
 constexpr int kBezel = 14;  // points
 constexpr double kCornerRadius = 38;
 constexpr double kShareOfDisplay = 0.85;
+
+// The keys that make no character, by the names that the keymap knows.
+constexpr std::array kKeys{
+    std::pair{Qt::Key_Return, "return"}, std::pair{Qt::Key_Enter, "return"},
+    std::pair{Qt::Key_Escape, "escape"}, std::pair{Qt::Key_Backspace, "delete"},
+    std::pair{Qt::Key_Tab, "tab"},       std::pair{Qt::Key_Delete, "forwarddelete"},
+    std::pair{Qt::Key_Left, "left"},     std::pair{Qt::Key_Right, "right"},
+    std::pair{Qt::Key_Up, "up"},         std::pair{Qt::Key_Down, "down"},
+    std::pair{Qt::Key_Home, "home"},     std::pair{Qt::Key_End, "end"},
+    std::pair{Qt::Key_PageUp, "pageup"}, std::pair{Qt::Key_PageDown, "pagedown"},
+};
+constexpr std::array kModifiers{
+    std::pair{Qt::MetaModifier, "cmd"},
+    std::pair{Qt::ControlModifier, "ctrl"},
+    std::pair{Qt::AltModifier, "alt"},
+};
+
+std::optional<Keymap::Stroke> strokeOf(const QKeyEvent& event) {
+    for (const auto& [key, name] : kKeys) {
+        if (event.key() == key) return Keymap::Stroke{*Keymap::find(Keymap::named, name), 0};
+    }
+    // With a modifier the text is a control character or none; the key then tells the letter.
+    const QString text = event.text();
+    if (!text.isEmpty() && text.front().isPrint()) return Keymap::stroke(text.toStdString());
+    if (event.key() < Qt::Key_Space || event.key() > Qt::Key_AsciiTilde) return std::nullopt;
+    const auto letter = static_cast<char>(std::tolower(event.key()));
+    return Keymap::stroke({&letter, 1});
+}
 
 }  // namespace
 
@@ -89,6 +122,18 @@ void PhoneWindow::mousePressEvent(QMouseEvent* event) { touch(TouchPhase::down, 
 
 void PhoneWindow::mouseMoveEvent(QMouseEvent* event) {
     if (event->buttons() & Qt::LeftButton) touch(TouchPhase::move, *event);
+}
+
+// The owner's keys come as those of a hardware keyboard.
+void PhoneWindow::keyPressEvent(QKeyEvent* event) {
+    auto stroke = strokeOf(*event);
+    if (!stroke) return QWidget::keyPressEvent(event);
+    for (const auto& [modifier, name] : kModifiers) {
+        if (event->modifiers() & modifier) {
+            stroke->modifiers |= *Keymap::find(Keymap::modifiers, name);
+        }
+    }
+    phone_.receive({KeyEvent{stroke->code, stroke->modifiers}});
 }
 
 void PhoneWindow::mouseReleaseEvent(QMouseEvent* event) { touch(TouchPhase::up, *event); }

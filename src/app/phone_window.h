@@ -9,8 +9,8 @@
 
 namespace tandrel {
 
-// A window that shows a virtual phone as its owner sees it and takes the mouse for a finger. Main
-// thread only; the phone outlives it.
+// A window that shows a virtual phone as its owner sees it and takes the mouse for a finger and the
+// keys for those of a keyboard. Main thread only; the phone outlives it.
 class PhoneWindow final : public QWidget {
  public:
     explicit PhoneWindow(VirtualPhone& phone);
@@ -18,6 +18,7 @@ class PhoneWindow final : public QWidget {
 
  protected:
     void paintEvent(QPaintEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
     void mouseMoveEvent(QMouseEvent* event) override;
     void mouseReleaseEvent(QMouseEvent* event) override;

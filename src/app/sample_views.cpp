@@ -2,6 +2,10 @@
 
 #include <functional>
 
+#include "app/owner_text.h"
+#include "app/phone_test.h"
+#include "app/qt_text.h"
+
 namespace tandrel::samples {
 namespace {
 
@@ -39,7 +43,10 @@ std::vector<AIAppStatus> apps(Link code, Link desktop) {
 }
 
 TestView::Line line(const char* title, Mark mark, const char* detail = "") {
-    return {title, mark, detail};
+    const auto said = [](const char* text) {
+        return *text == 0 ? QString() : qtText(ownerText("PhoneTest", text));
+    };
+    return {said(title), mark, said(detail)};
 }
 
 }  // namespace
@@ -53,6 +60,14 @@ SetupView ready(const QImage& picture) {
     view.app.aiApps = apps(Link::addedHere, Link::addedElsewhere);
     view.test = passedTest();
     view.picture = picture;
+    return view;
+}
+
+SetupView appLost(const QImage& picture) {
+    SetupView view = ready(picture);
+    AIAppStatus& codex = view.app.aiApps.back();
+    codex.installed = codex.lost = true;
+    view.app.liesInPassing = true;
     return view;
 }
 
@@ -128,24 +143,26 @@ Approvals approvals() {
 }
 
 TestView passedTest() {
-    return {.lines = {line("See the iPhone's screen", Mark::passed,
-                           "USB cable. It can read: 9:41, Shop, Bank, Notes"),
-                      line("Press Home", Mark::passed),
+    const std::string seen = filledIn(ownerText("PhoneTest", "%1. It can read: %2"),
+                                      {ownerText("PhoneTest", "USB cable"), "9:41, Shop, Bank"});
+    TestView::Line see = line("See the iPhone's screen", Mark::passed);
+    see.detail = qtText(seen);
+    return {.lines = {see, line("Press Home", Mark::passed),
                       line("Move the pointer", Mark::passed, "AssistiveTouch is on"),
                       line("Open Settings by typing", Mark::passed),
                       line("Back to the Home screen", Mark::passed)},
             .running = false,
-            .message =
-                "Everything works. Ask your AI something like “Open Settings on my iPhone "
-                "and tell me which iOS version it has.”"};
+            .message = qtText(ownerText(
+                "PhoneTest",
+                "Everything works. Ask your AI something like “Open Settings on my iPhone and "
+                "tell me which iOS version it has.”"))};
 }
 
 TestView pointerTest() {
     TestView test = passedTest();
-    test.lines[2] = line("Move the pointer", Mark::warning,
-                         "The pointer didn't show up, so taps won't work. On the iPhone, turn on "
-                         "Settings › Accessibility › Touch › AssistiveTouch.");
-    test.message = "Typing works, but taps won't until AssistiveTouch is on.";
+    test.lines[2] = line("Move the pointer", Mark::warning, PhoneTest::kPointerUnseen);
+    test.message =
+        qtText(ownerText("PhoneTest", "Typing works, but taps won't until AssistiveTouch is on."));
     return test;
 }
 

@@ -11,6 +11,8 @@ namespace tandrel::samples {
 
 // Everything is in order, shown with this picture of a phone.
 SetupView ready(const QImage& picture);
+// The same with an AI app that has lost its entry.
+SetupView appLost(const QImage& picture);
 // Before the owner has done anything.
 SetupView fresh();
 

@@ -35,6 +35,7 @@ class NoActions final : public WindowActions {
     void chooseLink(LinkChoice) override {}
     void fix(Fix) override {}
     void addToApp(AIApp, Done) override {}
+    void leaveOut(AIApp) override {}
     void restartClaudeDesktop(Done) override {}
     void startTest() override {}
     void finishSetup() override {}
@@ -97,9 +98,13 @@ class Maker {
             addStep(fmt::format("{}-open", row.name), row.step, fresh);
             addStep(fmt::format("{}-done", row.name), row.step, ready);
         }
+        SetupView refused = fresh;
+        refused.app.cameraPerm = Permission::denied;
+        addStep("screen-refused", SetupStep::screen, refused);
         SetupView mirrored = fresh;
         mirrored.app.inputs.linkChoice = LinkChoice::airplay;
         addStep("screen-airplay", SetupStep::screen, mirrored);
+        addStep("apps-lost", SetupStep::apps, samples::appLost(asImage(pictures_.home)));
         SetupView almost = ready;
         almost.app.testPassed = false;
         almost.app.assistiveTouchOn = false;
@@ -110,6 +115,10 @@ class Maker {
     void addMenu(const std::string& name, const AppModelInputs& inputs) {
         AppSnapshot snapshot;
         snapshot.inputs = inputs;
+        addMenu(name, snapshot);
+    }
+
+    void addMenu(const std::string& name, const AppSnapshot& snapshot) {
         auto* menu = new OwnerMenu(appearance_, noActions, {});
         menu->display(snapshot);
         add(name, menu);
@@ -120,6 +129,7 @@ class Maker {
         addMenu("menu-ready", inputs);
         inputs.paused = true;
         addMenu("menu-paused", inputs);
+        addMenu("menu-app-lost", samples::appLost({}).app);
         addMenu("menu-setup", samples::fresh().app.inputs);
         for (const auto& [name, wrong] : samples::notices()) addMenu("notice-" + name, wrong);
         add("menu-stop-asking", makeNoQuestionsDialog(appearance_, [] {}));

@@ -11,6 +11,7 @@ namespace {
 constexpr const char* kUsage =
     "usage: tandrel-app --set paused true|false\n"
     "       tandrel-app --set link cable|airplay\n"
+    "       tandrel-app --set grabber NAME|PATH|none\n"
     "       tandrel-app --set languages LANGUAGES\n";
 
 Result<void> change(UserDefaults& defaults, const std::string& key, const std::string& value) {
@@ -21,6 +22,7 @@ Result<void> change(UserDefaults& defaults, const std::string& key, const std::s
         TRY_VOID(checkLanguages(value));
         return defaults.set(key, value);
     }
+    if (key == "grabber") return defaults.set(key, value == "none" ? std::string() : value);
     if (key == "link" && (value == "cable" || value == "airplay")) return defaults.set(key, value);
     return fail(kUsage, 2);
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QCoreApplication>
+#include <QTimer>
 #include <map>
 
 #include "app/setup_page.h"
@@ -24,15 +25,22 @@ class AppsPage final : public SetupPage {
         QPushButton* copy = nullptr;
         QString text;                               // what is copied
         std::optional<AIConnect::Outcome> outcome;  // of adding it; none before
+        bool outcomeHeld = false;                   // the entry was seen after a success
+        QTimer* copied = nullptr;                   // runs while the button says so
     };
     Row& rowOf(AIApp app);
     void addByHand(AIApp app, Row& row);
     void showApp(const AIAppStatus& app, Row& row);
+    StatusCard::Content contentFor(const AIAppStatus& app, Row& row);
+    // A success is told until the entry that it made has gone again.
+    static void dropStaleOutcome(const AIAppStatus& app, Row& row);
+    void showPlace(bool liesInPassing);
     void showHelper(const HelperCheck::State& helper);
     void add(AIApp app);
     WindowActions::Done showOutcomeAt(AIApp app);
 
     WindowActions& actions_;
+    StatusCard* place_ = nullptr;
     StatusCard* helper_ = nullptr;
     std::map<AIApp, Row> apps_;
     SetupView shown_;

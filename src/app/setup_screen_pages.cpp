@@ -75,7 +75,14 @@ void ScreenPage::display(const SetupView& view) {
         *airplayHow_,
         tr("On the iPhone: Control Center › Screen Mirroring › %1").arg(qtText(in.macName)));
     showPicture(view.picture);
-    if (const auto inTheWay = noticeOf(SetupStep::screen, in)) {
+    if (!airplay && !in.screenReady && view.app.cameraPerm == Permission::denied) {
+        // Nothing can be said of a cable that may not be looked at.
+        status_->display({.mark = Mark::warning,
+                          .title = tr("Tandrel may not see video devices"),
+                          .detail = tr("Your user isn't allowed to open them."),
+                          .button = tr("Show me how"),
+                          .pressed = [this] { actions_.fix(Fix::cameraPrivacy); }});
+    } else if (const auto inTheWay = noticeOf(SetupStep::screen, in)) {
         StatusCard::Content content = noticeCard(*inTheWay, actions_);
         if (inTheWay->fix == Fix::showScreen) content.button.clear();  // it is shown here
         if (airplay && !view.app.airplay.error.empty() && !in.screenReady) {

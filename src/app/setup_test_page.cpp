@@ -1,13 +1,17 @@
 #include "app/setup_test_page.h"
 
+#include "app/owner_text.h"
 #include "app/phone_test.h"
+#include "app/qt_text.h"
 #include "app/wrapped_label.h"
 
 namespace tandrel {
 
 TestPage::TestPage(ColorScheme appearance, WindowActions& actions)
-    : SetupPage(appearance, tr("Test the iPhone"), tr(PhoneTest::kExplanation), Picture::live) {
-    rows().addWidget(makeWrappedLabel("secondary", tr(PhoneTest::kAdvice)));
+    : SetupPage(appearance, tr("Test the iPhone"),
+                qtText(ownerText("PhoneTest", PhoneTest::kExplanation)), Picture::live) {
+    rows().addWidget(
+        makeWrappedLabel("secondary", qtText(ownerText("PhoneTest", PhoneTest::kAdvice))));
     start_ = new QPushButton(tr("Test the iPhone"));
     QObject::connect(start_, &QPushButton::clicked, this, [&actions] { actions.startTest(); });
     rows().addWidget(start_, 0, Qt::AlignLeft);

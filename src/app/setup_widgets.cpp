@@ -64,11 +64,20 @@ StatusCard::StatusCard(ColorScheme appearance) : appearance_(appearance) {
     title_ = makeWrappedLabel("heading", {});
     detail_ = makeWrappedLabel("secondary", {});
     button_ = new QPushButton;
+    otherButton_ = new QPushButton;
     rows_->addWidget(title_);
     rows_->addWidget(detail_);
-    rows_->addWidget(button_, 0, Qt::AlignLeft);
+    auto* buttons = new QHBoxLayout;
+    buttons->setSpacing(8);
+    buttons->addWidget(button_);
+    buttons->addWidget(otherButton_);
+    buttons->addStretch(1);
+    rows_->addLayout(buttons);
     QObject::connect(button_, &QPushButton::clicked, this, [this] {
         if (pressed_) pressed_();
+    });
+    QObject::connect(otherButton_, &QPushButton::clicked, this, [this] {
+        if (otherPressed_) otherPressed_();
     });
 }
 
@@ -81,6 +90,9 @@ void StatusCard::display(Content content) {
     button_->setText(content.button);
     button_->setVisible(!content.button.isEmpty());
     pressed_ = std::move(content.pressed);
+    otherButton_->setText(content.otherButton);
+    otherButton_->setVisible(!content.otherButton.isEmpty());
+    otherPressed_ = std::move(content.otherPressed);
 }
 
 void StatusCard::add(QWidget* widget, Qt::Alignment alignment) {

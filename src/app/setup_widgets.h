@@ -25,6 +25,8 @@ class StatusCard final : public QFrame {
         QString detail = {};
         QString button = {};  // none: no button
         std::function<void()> pressed = {};
+        QString otherButton = {};  // a second one beside it
+        std::function<void()> otherPressed = {};
     };
     void display(Content content);
     // Adds something below what `display` sets.
@@ -37,7 +39,9 @@ class StatusCard final : public QFrame {
     QLabel* title_ = nullptr;
     QLabel* detail_ = nullptr;
     QPushButton* button_ = nullptr;
+    QPushButton* otherButton_ = nullptr;
     std::function<void()> pressed_;
+    std::function<void()> otherPressed_;
 };
 
 // A notice as a card, its button doing what the notice offers.

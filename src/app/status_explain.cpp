@@ -1,10 +1,10 @@
 #include "app/status_explain.h"
 
+#include <QtGlobal>
 #include <algorithm>
 #include <array>
 
-#include <fmt/format.h>
-
+#include "app/owner_text.h"
 #include "base/unicode.h"
 
 namespace tandrel {
@@ -12,12 +12,12 @@ namespace {
 
 struct Row {
     std::array<std::string_view, 3> parts;  // any of them, in lower case
-    std::string_view text;
+    const char* text;
 };
 
 constexpr int kPausedStatus = 423;
-constexpr std::string_view kPaused =
-    "Control is paused. Turn it back on from the Tandrel menu in the menu bar.";
+constexpr const char* kPaused = QT_TRANSLATE_NOOP(
+    "Explain", "Control is paused. Turn it back on from the Tandrel menu in the menu bar.");
 
 // The first row of which the message contains a part wins.
 // clang-format off
@@ -25,33 +25,36 @@ constexpr Row kRows[] = {
     {{"paused"},
      kPaused},
     {{"no iphone connected over bluetooth", "has no bluetooth connection", "no connected bluetooth"},
-     "The iPhone isn't connected over Bluetooth. Unlock it and check that Settings › Bluetooth on the "
-     "iPhone shows Tandrel as Connected."},
+     QT_TRANSLATE_NOOP("Explain", "The iPhone isn't connected over Bluetooth. Unlock it and check that Settings › Bluetooth on the "
+     "iPhone shows Tandrel as Connected.")},
     {{"could not tell which bluetooth"},
-     "The iPhone is connected over Bluetooth, but Tandrel can't tell it apart yet. Unlock it, check "
-     "AssistiveTouch is on, then test again."},
+     QT_TRANSLATE_NOOP("Explain", "The iPhone is connected over Bluetooth, but Tandrel can't tell it apart yet. Unlock it, check "
+     "AssistiveTouch is on, then test again.")},
     {{"no frame", "unlock it"},
-     "No picture from the iPhone. Wake it and unlock it."},
+     QT_TRANSLATE_NOOP("Explain", "No picture from the iPhone. Wake it and unlock it.")},
     {{"phones are connected", "hosts are connected"},
-     "More than one iPhone is connected. Unplug or turn off Bluetooth on the ones you don't want to "
-     "use."},
+     QT_TRANSLATE_NOOP("Explain", "More than one iPhone is connected. Unplug or turn off Bluetooth on the ones you don't want to "
+     "use.")},
     {{"could not connect", "connection refused", "offline"},
-     "Tandrel's phone connection isn't answering. Quit Tandrel and open it again."},
+     QT_TRANSLATE_NOOP("Explain", "Tandrel's phone connection isn't answering. Quit Tandrel and open it again.")},
 };
 // clang-format on
 
 }  // namespace
 
 std::string Explain::actionError(std::string_view message, int status) {
-    if (status == kPausedStatus) return std::string(kPaused);
+    if (status == kPausedStatus) return ownerText("Explain", kPaused);
     const std::string lower = lowerCased(message);
     for (const Row& row : kRows) {
         const bool applies = std::ranges::any_of(row.parts, [&](std::string_view part) {
             return !part.empty() && lower.find(part) != std::string::npos;
         });
-        if (applies) return std::string(row.text);
+        if (applies) return ownerText("Explain", row.text);
     }
-    if (message.empty()) return fmt::format("Something went wrong ({}).", status);
+    if (message.empty()) {
+        return filledIn(ownerText("Explain", "Something went wrong (%1)."),
+                        {std::to_string(status)});
+    }
     return std::string(message);
 }
 

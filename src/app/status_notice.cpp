@@ -1,7 +1,8 @@
 #include "app/status_notice.h"
 
-#include <fmt/format.h>
+#include <QtGlobal>
 
+#include "app/owner_text.h"
 #include "base/unicode.h"
 
 namespace tandrel {
@@ -31,82 +32,95 @@ bool lacksAirplay(const Inputs& in) {
 }
 
 Notice engineFailed(const Inputs& in) {
-    return {.title = "Tandrel couldn't start its phone connection",
-            .detail = in.mode.detail + ". Quit Tandrel and open it again."};
+    return {.title = ownerText("Notice", "Tandrel couldn't start its phone connection"),
+            .detail = filledIn(ownerText("Notice", "%1. Quit Tandrel and open it again."),
+                               {in.mode.detail})};
 }
 
 Notice servedByAnother(const Inputs& in) {
-    return {.title = in.mode.detail + " is running the phone connection",
-            .detail = "This copy of Tandrel leaves the iPhone to it. Quit it to use this copy.",
-            .fix = Fix::quitOthers,
-            .fixLabel = "Quit " + in.mode.detail};
+    return {
+        .title =
+            filledIn(ownerText("Notice", "%1 is running the phone connection"), {in.mode.detail}),
+        .detail = ownerText(
+            "Notice", "This copy of Tandrel leaves the iPhone to it. Quit it to use this copy."),
+        .fix = Fix::quitOthers,
+        .fixLabel = filledIn(ownerText("Notice", "Quit %1"), {in.mode.detail})};
 }
 
 Notice pluggedInButDark(const Inputs&) {
-    return {.title = "The iPhone isn't sharing its screen",
-            .detail = "It's plugged in. Unlock it, and tap Trust if it asks.",
+    return {.title = ownerText("Notice", "The iPhone isn't sharing its screen"),
+            .detail = ownerText("Notice", "It's plugged in. Unlock it, and tap Trust if it asks."),
             .fix = Fix::showScreen,
-            .fixLabel = "Show me"};
+            .fixLabel = ownerText("Notice", "Show me")};
 }
 
 Notice unplugged(const Inputs&) {
-    return {.title = "The iPhone's cable is unplugged",
-            .detail = "Plug the iPhone into this Mac to let your AI see it.",
+    return {.title = ownerText("Notice", "The iPhone's cable is unplugged"),
+            .detail = ownerText("Notice", "Plug the iPhone into this Mac to let your AI see it."),
             .fix = Fix::showScreen,
-            .fixLabel = "Show me"};
+            .fixLabel = ownerText("Notice", "Show me")};
 }
 
 Notice notMirrored(const Inputs& in) {
-    return {.title = "Screen Mirroring isn't on",
-            .detail = "On the iPhone: Control Center › Screen Mirroring › " + in.macName,
+    return {.title = ownerText("Notice", "Screen Mirroring isn't on"),
+            .detail = filledIn(
+                ownerText("Notice", "On the iPhone: Control Center › Screen Mirroring › %1"),
+                {in.macName}),
             .fix = Fix::showScreen,
-            .fixLabel = "Show me"};
+            .fixLabel = ownerText("Notice", "Show me")};
 }
 
 Notice matching(const Inputs&) {
-    return {.title = "Matching the iPhone to its screen",
-            .detail = "Keep it unlocked with AssistiveTouch on.",
+    return {.title = ownerText("Notice", "Matching the iPhone to its screen"),
+            .detail = ownerText("Notice", "Keep it unlocked with AssistiveTouch on."),
             .fix = Fix::matchAgain,
-            .fixLabel = "Match Again"};
+            .fixLabel = ownerText("Notice", "Match Again")};
 }
 
 Notice notConnected(const Inputs& in) {
-    return {.title = "The iPhone isn't connected over Bluetooth",
-            .detail = fmt::format(
-                "Unlock it. If it doesn't reconnect, open Settings › Bluetooth on the iPhone and "
-                "tap {} (it may be listed as “{}”).",
-                in.advertisedName, in.macName),
-            .fix = Fix::reconnect,
-            .fixLabel = "Reconnect"};
+    return {
+        .title = ownerText("Notice", "The iPhone isn't connected over Bluetooth"),
+        .detail = filledIn(
+            ownerText("Notice",
+                      "Unlock it. If it doesn't reconnect, open Settings › Bluetooth on the iPhone "
+                      "and tap %1 (it may be listed as “%2”)."),
+            {in.advertisedName, in.macName}),
+        .fix = Fix::reconnect,
+        .fixLabel = ownerText("Notice", "Reconnect")};
 }
 
 Notice starting(const Inputs&) {
-    return {.title = "Tandrel is starting", .detail = "Tandrel's phone connection is starting."};
+    return {.title = ownerText("Notice", "Tandrel is starting"),
+            .detail = ownerText("Notice", "Tandrel's phone connection is starting.")};
 }
 
 Notice bluetoothDenied(const Inputs&) {
-    return {.title = "Bluetooth is switched off for Tandrel",
-            .detail = "Turn it back on in System Settings › Privacy & Security › Bluetooth.",
+    return {.title = ownerText("Notice", "Bluetooth is switched off for Tandrel"),
+            .detail = ownerText(
+                "Notice", "Turn it back on in System Settings › Privacy & Security › Bluetooth."),
             .fix = Fix::bluetoothPrivacy,
-            .fixLabel = "Open Bluetooth Privacy"};
+            .fixLabel = ownerText("Notice", "Open Bluetooth Privacy")};
 }
 
 Notice bluetoothOff(const Inputs&) {
-    return {.title = "Bluetooth is off on this Mac",
-            .detail = "Turn it on in Control Center. The iPhone reconnects by itself.",
+    return {.title = ownerText("Notice", "Bluetooth is off on this Mac"),
+            .detail = ownerText("Notice",
+                                "Turn it on in Control Center. The iPhone reconnects by itself."),
             .fix = Fix::bluetoothSettings,
-            .fixLabel = "Open Bluetooth Settings"};
+            .fixLabel = ownerText("Notice", "Open Bluetooth Settings")};
 }
 
 Notice screenOff(const Inputs&) {
-    return {
-        .title = "The iPhone's screen is off",
-        .detail = "Wake it and unlock it. Auto-Lock › Never keeps it awake while your AI works."};
+    return {.title = ownerText("Notice", "The iPhone's screen is off"),
+            .detail = ownerText(
+                "Notice",
+                "Wake it and unlock it. Auto-Lock › Never keeps it awake while your AI works.")};
 }
 
 Notice locked(const Inputs&) {
-    return {.title = "Your iPhone is locked",
-            .detail = "Unlock it so your AI can use it. Your AI can't unlock it for you."};
+    return {.title = ownerText("Notice", "Your iPhone is locked"),
+            .detail = ownerText(
+                "Notice", "Unlock it so your AI can use it. Your AI can't unlock it for you.")};
 }
 
 struct NoticeRule {
@@ -152,9 +166,9 @@ struct HeadlineRule {
 
 // A notice's title comes before these.
 constexpr HeadlineRule kHeadlineRules[] = {
-    {isBeingSetUp,                               "Setup isn't finished"},
-    {[](const Inputs& in) { return in.paused; }, "Paused: your AI can look but not tap"},
-    {[](const Inputs&) { return true; },         "iPhone ready"},
+    {isBeingSetUp,                               QT_TRANSLATE_NOOP("Notice", "Setup isn't finished")},
+    {[](const Inputs& in) { return in.paused; }, QT_TRANSLATE_NOOP("Notice", "Paused: your AI can look but not tap")},
+    {[](const Inputs&) { return true; },         QT_TRANSLATE_NOOP("Notice", "iPhone ready")},
 };
 // clang-format on
 
@@ -180,7 +194,7 @@ Health health(const AppModelInputs& inputs) {
 
 std::string headline(const AppModelInputs& inputs) {
     if (const auto shown = notice(inputs)) return shown->title;
-    return firstThatApplies(kHeadlineRules, inputs)->text;
+    return ownerText("Notice", firstThatApplies(kHeadlineRules, inputs)->text);
 }
 
 }  // namespace tandrel

@@ -54,7 +54,9 @@ void sayWelcome(Wiring& wiring, const AppInfo& info) {
     fmt::print("\nTandrel {}. {}\n", info.version, modeLine(engine));
     const auto& phones = wiring.backends().virtualPhones;
     if (phones) fmt::print("The virtual iPhone is called {}.\n", phoneNames(*phones));
-    for (const std::string& absence : wiring.backends().absences) fmt::print("{}.\n", absence);
+    if (const auto& absences = wiring.backends().absences) {
+        for (const std::string& absence : absences()) fmt::print("{}.\n", absence);
+    }
     if (phones && engine.mode().kind == EngineMode::Kind::own) {
         fmt::print(fmt::runtime(kThingsToTry), engine.ownURL(), kSettingsX, kSettingsY);
     }

@@ -23,6 +23,8 @@ class WindowActions {
     // `done` comes on the main thread with the sentence to show.
     using Done = std::function<void(const AIConnect::Outcome& outcome)>;
     virtual void addToApp(AIApp app, Done done) = 0;
+    // The owner took our entry out of the app's settings on purpose.
+    virtual void leaveOut(AIApp app) = 0;
     virtual void restartClaudeDesktop(Done done) = 0;
     virtual void startTest() = 0;
     virtual void finishSetup() = 0;

@@ -7,6 +7,7 @@
 #include "image/image_reader.h"
 #include "platform/linux/bluez_peripheral.h"
 #include "platform/linux/chosen_languages.h"
+#include "platform/linux/grabber_devices.h"
 #include "platform/linux/image_capture_devices.h"
 #include "platform/linux/linux_permissions.h"
 #include "platform/linux/pipe_airplay_receiver.h"
@@ -14,14 +15,11 @@
 #include "platform/linux/udev_usb_registry.h"
 #include "platform/linux/x_windows.h"
 #include "platform/virtual/virtual_platform.h"
+#include "screen/grabbed_devices.h"
 #include "screen/window_sources.h"
 
 namespace tandrel {
 namespace {
-
-constexpr const char* kNoCable =
-    "Cable: this version cannot see an iPhone's screen over a cable yet; AirPlay can show it "
-    "(tandrel-app --set link airplay)";
 
 // The usage that pressing the key of this name or character sends.
 std::optional<std::uint8_t> keyUsage(std::string_view key) {
@@ -64,10 +62,13 @@ Result<Backends> Backends::open(const AppInfo& info, Clock& clock) {
     const auto images =
         ImageCaptureDevices::parsePaths(environment("TANDREL_CAPTURE_IMAGES").value_or(""));
     for (const auto& path : images) TRY_VOID(checkImages(path));
-    if (images.empty()) backends.absences.emplace_back(kNoCable);
-    backends.ownCapture = std::make_unique<ImageCaptureDevices>(
-        ImageCaptureDevices::Options{.paths = images, .load = readImage}, clock);
-    backends.capture = backends.ownCapture.get();
+    if (images.empty()) {
+        backends.openGrabbers(AppFiles::of(info).settings, clock);
+    } else {
+        backends.ownCapture = std::make_unique<ImageCaptureDevices>(
+            ImageCaptureDevices::Options{.paths = images, .load = readImage}, clock);
+        backends.capture = backends.ownCapture.get();
+    }
     auto receiver = std::make_unique<PipeAirPlayReceiver>(PipeAirPlayReceiver::Options{
         .program = environment("TANDREL_AIRPLAY_RECEIVER").value_or("uxplay"),
         .name = AppInfo::macName()});
@@ -81,6 +82,23 @@ Result<Backends> Backends::open(const AppInfo& info, Clock& clock) {
     backends.ownUsb = std::make_unique<UdevUsbRegistry>();
     backends.usb = backends.ownUsb.get();
     return backends;
+}
+
+void Backends::openGrabbers(const std::filesystem::path& settings, Clock& clock) {
+    const auto forced = environment("TANDREL_GRABBER");
+    const auto defaults = std::make_shared<JsonUserDefaults>(settings, clock);
+    const auto chosen = [forced, defaults]() -> std::optional<std::string> {
+        if (forced) return forced;
+        if (defaults->textValue("link") == "airplay") return std::nullopt;
+        return defaults->textValue("grabber").value_or("");
+    };
+    auto grabbers = std::make_unique<GrabberDevices>(
+        GrabberDevices::Options{.nodes = makeUdevVideoNodes(), .chosen = chosen},
+        systemVideoCalls(), clock);
+    absences = [found = grabbers.get()] { return found->troubles(); };
+    ownGrabbers = std::move(grabbers);
+    ownCapture = std::make_unique<GrabbedDevices>(*ownGrabbers, clock);
+    capture = ownCapture.get();
 }
 
 AppFiles AppFiles::of(const AppInfo& info) {

@@ -32,6 +32,7 @@ class VirtualPlatform;
 struct Backends {
     MakeBluetoothPeripheral makeBluetooth;
     std::unique_ptr<VirtualPlatform> virtualPhones;  // none on the real platform
+    std::unique_ptr<CaptureDevices> ownGrabbers;     // none when anything else is the cameras
     std::unique_ptr<CaptureDevices> ownCapture;      // none when the virtual phones are the cameras
     CaptureDevices* capture = nullptr;
     // None of these three when the virtual phones mirror.
@@ -44,14 +45,18 @@ struct Backends {
     std::unique_ptr<UsbRegistry> ownUsb;
     UsbRegistry* usb = nullptr;
     std::unique_ptr<TextRecognizer> recognizer;  // none: this computer's own
-    std::vector<std::string> absences;           // sentences on what this system lacks
+    // Sentences on what this system lacks; may be empty.
+    std::function<std::vector<std::string>()> absences;
 
     Backends();
     Backends(Backends&&) noexcept;
     ~Backends();
-    // Reads TANDREL_VIRTUAL_PHONE and TANDREL_CAPTURE_IMAGES. The error names a scenario or picture
-    // that is not one, and where.
+    // Reads TANDREL_VIRTUAL_PHONE, TANDREL_CAPTURE_IMAGES and TANDREL_GRABBER. The error names a
+    // scenario or picture that is not one, and where.
     static Result<Backends> open(const AppInfo& info, Clock& clock);
+
+ private:
+    void openGrabbers(const std::filesystem::path& settings, Clock& clock);
 };
 
 // Where this program's own files lie.

@@ -1,5 +1,6 @@
 #include "base/unicode.h"
 
+#include <algorithm>
 #include <memory>
 
 #include <unicode/brkiter.h>
@@ -21,13 +22,24 @@ std::string narrow(const icu::UnicodeString& text) {
     return result;
 }
 
+// The thread's own, since making one takes longer than walking through a line. None for want of
+// memory.
+icu::BreakIterator* graphemeIterator() {
+    thread_local const auto iterator = [] {
+        UErrorCode status = U_ZERO_ERROR;
+        std::unique_ptr<icu::BreakIterator> made(
+            icu::BreakIterator::createCharacterInstance(icu::Locale::getRoot(), status));
+        return U_FAILURE(status) ? nullptr : std::move(made);
+    }();
+    return iterator.get();
+}
+
 // Calls `visit(start, end)` for each grapheme cluster, in UTF-16 units, until it returns false.
+// `visit` does not walk through another text.
 template <typename Visit>
 void eachGrapheme(const icu::UnicodeString& text, Visit visit) {
-    UErrorCode status = U_ZERO_ERROR;
-    const std::unique_ptr<icu::BreakIterator> iterator(
-        icu::BreakIterator::createCharacterInstance(icu::Locale::getRoot(), status));
-    if (U_FAILURE(status)) return;
+    icu::BreakIterator* const iterator = graphemeIterator();
+    if (!iterator) return;
     iterator->setText(text);
     std::int32_t start = iterator->first();
     for (std::int32_t end = iterator->next(); end != icu::BreakIterator::DONE;
@@ -37,6 +49,10 @@ void eachGrapheme(const icu::UnicodeString& text, Visit visit) {
 }
 
 }  // namespace
+
+bool isAscii(std::string_view text) {
+    return std::ranges::all_of(text, [](char c) { return static_cast<unsigned char>(c) < 0x80; });
+}
 
 bool isUtf8(std::string_view text) {
     const auto* bytes = reinterpret_cast<const std::uint8_t*>(text.data());
@@ -60,6 +76,8 @@ std::vector<std::string> graphemes(std::string_view text) {
 }
 
 std::size_t graphemeCount(std::string_view text) {
+    // Of ASCII, only a carriage return with its line feed are one.
+    if (isAscii(text) && !text.contains('\r')) return text.size();
     std::size_t count = 0;
     eachGrapheme(wide(text), [&](std::int32_t, std::int32_t) {
         ++count;

@@ -6,6 +6,7 @@
 
 namespace tandrel {
 
+bool isAscii(std::string_view text);
 bool isUtf8(std::string_view text);
 
 // The text's user-perceived characters (extended grapheme clusters, UAX #29), in order. Bytes that

@@ -16,8 +16,12 @@ Devices* sharedDevices = nullptr;
 
 using Screens = std::vector<std::shared_ptr<Screen>>;
 
-Screens linkedBy(CaptureLink link, Screens screens) {
-    std::erase_if(screens, [link](const auto& screen) { return screen->link() != link; });
+// Those whose phone their link tells, or the others.
+enum class Whose { told, foundOut };
+Screens shown(Whose whose, Screens screens) {
+    std::erase_if(screens, [whose](const auto& screen) {
+        return tellsWhose(screen->link()) != (whose == Whose::told);
+    });
     return screens;
 }
 
@@ -90,15 +94,17 @@ std::vector<Device> Devices::list(const std::vector<Uuid>& hosts) {
     MutexLock lock(mutex_);
     std::vector<Device> devices;
     std::vector<Uuid> freeHosts = hosts;
-    for (const auto& screen : linkedBy(CaptureLink::cable, screens)) {
+    for (const auto& screen : shown(Whose::told, screens)) {
         std::optional<Uuid> host = pairedHost(pairings_, *screen);
         if (!host || std::erase(freeHosts, *host) == 0) host.reset();
         devices.push_back({screen, host});
     }
     const bool isCabled = !devices.empty();
-    for (const auto& screen : linkedBy(CaptureLink::airplay, screens)) {
+    const Screens untold = shown(Whose::foundOut, screens);
+    const bool isOnlyOne = !isCabled && untold.size() == 1 && hosts.size() == 1;
+    for (const auto& screen : untold) {
         std::optional<Uuid> host = pairedHost(mirroredPairings_, *screen);
-        if (!host && !isCabled && hosts.size() == 1) host = hosts.front();
+        if (!host && isOnlyOne) host = hosts.front();
         if (!host || std::erase(freeHosts, *host) == 0) host.reset();
         if (isCabled && !host) continue;
         devices.push_back({screen, host});
@@ -140,7 +146,7 @@ std::shared_ptr<Input> Devices::input(const Uuid& host) {
 }
 
 Result<void> Devices::pair(const Device& device, const Uuid& host) {
-    if (device.screen->link() == CaptureLink::airplay) {
+    if (!tellsWhose(device.screen->link())) {
         MutexLock lock(mutex_);
         mirroredPairings_[device.id()] = host;
         return {};
@@ -203,12 +209,12 @@ MatchOutcome Devices::runMatch(const MatchOptions& options) {
 // shows more, is matched first and by itself.
 MatchOutcome Devices::matchCabled(const Screens& screens, const std::vector<Uuid>& hosts,
                                   MatchOptions options) {
-    MatchSituation situation{linkedBy(CaptureLink::cable, screens), hosts, {}};
+    MatchSituation situation{shown(Whose::told, screens), hosts, {}};
     {
         MutexLock lock(mutex_);
         situation.pairings = pairings_;
         // Being the only one left says nothing about a host that is known to be a mirrored phone's.
-        for (const auto& screen : linkedBy(CaptureLink::airplay, screens)) {
+        for (const auto& screen : shown(Whose::foundOut, screens)) {
             if (contains(hosts, pairedHost(mirroredPairings_, *screen))) options.alwaysProbe = true;
         }
     }
@@ -219,9 +225,9 @@ MatchOutcome Devices::matchCabled(const Screens& screens, const std::vector<Uuid
 
 MatchOutcome Devices::matchMirrored(const Screens& screens, const std::vector<Uuid>& hosts,
                                     MatchOptions options) {
-    MatchSituation situation{linkedBy(CaptureLink::airplay, screens), hosts, {}};
-    const Screens cabled = linkedBy(CaptureLink::cable, screens);
-    const bool isOnly = cabled.empty() && hosts.size() == 1;
+    MatchSituation situation{shown(Whose::foundOut, screens), hosts, {}};
+    const Screens cabled = shown(Whose::told, screens);
+    const bool isOnly = cabled.empty() && situation.screens.size() == 1 && hosts.size() == 1;
     if (situation.screens.empty() || (isOnly && !options.alwaysProbe)) return {};
     {
         MutexLock lock(mutex_);

@@ -14,7 +14,7 @@ Error severalHosts(std::size_t count) {
                     count)};
 }
 
-bool isMirrored(const Device& device) { return device.screen->link() == CaptureLink::airplay; }
+bool isMirrored(const Device& device) { return !tellsWhose(device.screen->link()); }
 
 Result<Uuid> chooseHost(HIDPeripheral& hid, const HTTPRequest& request) {
     const std::vector<Uuid> hosts = hid.connectedHosts();

@@ -200,7 +200,8 @@ void Engine::addStatus(Json& status) const {
     status["paused"] = paused();
     status["paymentGuard"] = to_.gate.enabled();
     status["airplay"] = to_.airplay.summary();
-    if (!to_.absences.empty()) status["absent"] = to_.absences;
+    if (!to_.absences) return;
+    if (const auto absences = to_.absences(); !absences.empty()) status["absent"] = absences;
 }
 
 HTTPResponse Engine::handleAirplay(const HTTPRequest& request) {

@@ -52,8 +52,9 @@ class Engine {
         MainLoop& loop;
         Clock& clock;
         AppInfo info;
-        std::filesystem::path stateFile;    // where the port is told to helpers
-        std::vector<std::string> absences;  // sentences on what this system lacks, for /status
+        std::filesystem::path stateFile;  // where the port is told to helpers
+        // Sentences on what this system lacks, for /status; may be empty.
+        std::function<std::vector<std::string>()> absences;
     };
 
     Engine(Services services, EngineSettings settings);

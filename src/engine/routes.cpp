@@ -35,6 +35,14 @@ std::optional<PlaceOnScreen> pointerOf(const ActionTarget& target) {
     return PlaceOnScreen{place->x, place->y};
 }
 
+Json toJson(const BluetoothAdapter& adapter) {
+    Json json = {{"name", adapter.name},       {"peripheral", adapter.canBePeripheral},
+                 {"powered", adapter.powered}, {"advertising", adapter.advertising},
+                 {"paired", adapter.paired},   {"refusedPhones", adapter.refusals}};
+    if (!adapter.phone.empty()) json["phone"] = adapter.phone;
+    return json;
+}
+
 }  // namespace
 
 std::span<const Routes::Row> Routes::table() {
@@ -81,6 +89,9 @@ HTTPResponse Routes::status(const HTTPRequest&) {
     reply["bluetooth"] = to_.hid.state();
     if (auto advice = to_.hid.advice(); !advice.empty()) {
         reply["bluetoothAdvice"] = std::move(advice);
+    }
+    for (const BluetoothAdapter& adapter : to_.hid.adapters()) {
+        reply["bluetoothAdapters"].push_back(toJson(adapter));
     }
     reply["hosts"] = Json::array();
     for (const Uuid& host : to_.hid.connectedHosts()) reply["hosts"].push_back(host.text());

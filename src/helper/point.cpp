@@ -5,7 +5,7 @@
 #include <fmt/format.h>
 #include <fmt/ranges.h>
 
-#include "http/ascii.h"
+#include "base/ascii.h"
 
 namespace tandrel {
 namespace {

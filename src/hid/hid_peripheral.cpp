@@ -135,6 +135,13 @@ std::string HIDPeripheral::advice() {
     });
 }
 
+std::vector<BluetoothAdapter> HIDPeripheral::adapters() {
+    return queue_.sync([this] {
+        queue_.assertCurrent();
+        return manager_ ? manager_->adapters() : std::vector<BluetoothAdapter>();
+    });
+}
+
 std::optional<std::uint64_t> HIDPeripheral::pointerLink(const Uuid& host) {
     return queue_.sync([this, &host] {
         queue_.assertCurrent();

@@ -60,6 +60,8 @@ class HIDPeripheral final : private BluetoothPeripheralDelegate {
     std::string state();
     // What the owner should do about Bluetooth, in a sentence; empty when nothing.
     std::string advice();
+    // How the Bluetooth adapters stand; none where the system does not tell.
+    std::vector<BluetoothAdapter> adapters();
 
     // A number that stays the same as long as the host has received every pointer report sent to
     // it; none while it receives none. Waits for the queue.

@@ -4,7 +4,7 @@
 #include <limits>
 #include <string_view>
 
-#include "http/ascii.h"
+#include "base/ascii.h"
 
 // The block of lines before a message's body, without the blank line that ends it.
 namespace tandrel {

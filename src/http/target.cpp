@@ -1,7 +1,7 @@
 #include "http/target.h"
 
+#include "base/ascii.h"
 #include "base/unicode.h"
-#include "http/ascii.h"
 
 namespace tandrel {
 namespace {

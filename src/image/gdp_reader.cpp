@@ -118,17 +118,20 @@ Result<std::optional<GdpReader::Event>> GdpReader::readPayload() {
     return Event{{}, *form_};
 }
 
-PixelBuffer GdpReader::picture() const {
+PixelBuffer GdpReader::picture() {
     const RawVideoForm& form = *form_;
     const std::uint8_t* y = bytes_.data();
     const std::uint8_t* u = y + form.lumaStride() * form.lumaRows();
     const std::uint8_t* v = u + form.chromaStride() * (form.lumaRows() / 2);
     const auto convert =
         form.colours == RawVideoForm::Colours::bt709 ? libyuv::H420ToARGB : libyuv::I420ToARGB;
-    return PixelBuffer::make(form.width, form.height, [&](std::uint8_t* pixels, int rowBytes) {
-        convert(y, static_cast<int>(form.lumaStride()), u, static_cast<int>(form.chromaStride()), v,
-                static_cast<int>(form.chromaStride()), pixels, rowBytes, form.width, form.height);
-    });
+    const int rowBytes = form.width * PixelBuffer::kBytesPerPixel;
+    auto pixels =
+        pool_.take(static_cast<std::size_t>(rowBytes) * static_cast<std::size_t>(form.height));
+    convert(y, static_cast<int>(form.lumaStride()), u, static_cast<int>(form.chromaStride()), v,
+            static_cast<int>(form.chromaStride()), pixels.get(), rowBytes, form.width, form.height);
+    const std::uint8_t* first = pixels.get();
+    return PixelBuffer::adopt(form.width, form.height, rowBytes, first, std::move(pixels));
 }
 
 }  // namespace tandrel

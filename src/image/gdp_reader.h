@@ -6,6 +6,7 @@
 #include <string_view>
 #include <vector>
 
+#include "base/frame_pool.h"
 #include "base/pixel_buffer.h"
 #include "base/result.h"
 
@@ -64,7 +65,7 @@ class GdpReader {
     Result<void> readHead();
     Result<std::optional<Event>> readPayload();
     void expectHead();
-    PixelBuffer picture() const;
+    PixelBuffer picture();
 
     std::vector<std::uint8_t> bytes_;
     std::size_t wanted_ = 0;
@@ -72,6 +73,7 @@ class GdpReader {
     bool isHead_ = true;
     Payload payload_ = Payload::other;
     std::optional<RawVideoForm> form_;
+    FramePool pool_;
 };
 
 }  // namespace tandrel

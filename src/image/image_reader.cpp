@@ -47,6 +47,8 @@ class PngImage {
         if (!png_image_begin_read_from_memory(&image_, bytes.data(), bytes.size())) return error();
         TRY_VOID(checkSize(image_.width, image_.height));
         image_.format = PNG_FORMAT_BGRA;
+        // Of 16 bits without a word on brightness libpng would think that they are linear.
+        image_.flags |= PNG_IMAGE_FLAG_16BIT_sRGB;
         bool complete = false;
         PixelBuffer buffer = PixelBuffer::make(
             static_cast<int>(image_.width), static_cast<int>(image_.height),

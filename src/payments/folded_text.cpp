@@ -10,6 +10,7 @@
 #include <unicode/uscript.h>
 #include <unicode/uspoof.h>
 
+#include "base/ascii.h"
 #include "base/unicode.h"
 
 namespace tandrel::PaymentGuard {
@@ -78,10 +79,6 @@ const std::array<std::string, 0x80>& asciiSkeletons() {
     return table;
 }
 
-bool isAscii(std::string_view text) {
-    return std::ranges::all_of(text, [](char c) { return static_cast<unsigned char>(c) < 0x80; });
-}
-
 bool isWordPart(UChar32 c) { return u_isalnum(c) || (U_GET_GC_MASK(c) & U_GC_M_MASK) != 0; }
 bool isMark(UChar32 c) { return u_charType(c) == U_NON_SPACING_MARK; }
 
@@ -131,6 +128,27 @@ icu::UnicodeString latinSpelling(const icu::UnicodeString& word) {
     return latin ? spelled : word;
 }
 
+icu::UnicodeString withLatinSpellings(const icu::UnicodeString& source) {
+    icu::UnicodeString result;
+    icu::UnicodeString word;
+    forEach(source, [&](UChar32 c) {
+        if (isWordPart(c) || c == U'|') {
+            word.append(c);
+            return;
+        }
+        result.append(latinSpelling(word)).append(c);
+        word.remove();
+    });
+    return result.append(latinSpelling(word));
+}
+
+// An ASCII character that is no part of a word.
+bool isSeparator(char c) {
+    return static_cast<unsigned char>(c) < 0x80 && !isAsciiLetter(c) && !isAsciiDigit(c) &&
+           c != '|';
+}
+bool isPlainWord(std::string_view word) { return std::ranges::all_of(word, isAsciiLetter); }
+
 }  // namespace
 
 std::string plain(std::string_view text) {
@@ -152,18 +170,21 @@ std::string folded(std::string_view text) {
 }
 
 std::string unmasked(std::string_view text) {
-    const icu::UnicodeString source = normalised(*tools().plain, wide(text));
-    icu::UnicodeString result;
-    icu::UnicodeString word;
-    forEach(source, [&](UChar32 c) {
-        if (isWordPart(c) || c == U'|') {
-            word.append(c);
-            return;
+    const std::string source = plain(text);
+    std::string result;
+    result.reserve(source.size());
+    for (std::size_t at = 0; at < source.size();) {
+        if (isSeparator(source[at])) {
+            result += source[at++];
+            continue;
         }
-        result.append(latinSpelling(word)).append(c);
-        word.remove();
-    });
-    return narrow(result.append(latinSpelling(word)));
+        const auto word = std::find_if(source.begin() + static_cast<std::ptrdiff_t>(at),
+                                       source.end(), isSeparator);
+        const std::string_view piece(source.begin() + static_cast<std::ptrdiff_t>(at), word);
+        result += isPlainWord(piece) ? std::string(piece) : narrow(withLatinSpellings(wide(piece)));
+        at += piece.size();
+    }
+    return result;
 }
 
 std::string reversed(std::string_view text) {

@@ -2,6 +2,8 @@
 
 #include <memory>
 
+#include "payments/guard_keywords.h"
+
 namespace tandrel::PaymentGuard {
 namespace {
 
@@ -121,8 +123,6 @@ constexpr PatternRow kRows[] = {
     {Rule::notPayee, kAnyCase,
      R"(^(the|a|an|your|my|this|pay|send|confirm|continue|money|now|passcode|side button)"
      R"(|face id|touch id)$)"},
-    // What every amount holds.
-    {Rule::currency, kAnyCase, CURRENCY},
     // A web address without its scheme, which is text to read and not a button.
     {Rule::webAddress, kAnyCase, R"(^\S+\.\S+/)"},
     // What a recognised amount or name may hold between its words.
@@ -162,22 +162,38 @@ const Regex& regex(Rule rule) {
     return *rules.byRule[static_cast<std::size_t>(rule)];
 }
 
-// An amount is looked for from every digit up to the next currency, which takes the square of the
-// length on a line of digits without one, such as a row of a table.
-static bool mayFind(Rule rule, std::string_view text) {
-    return rule != Rule::money || regex(Rule::currency).has(text);
+namespace {
+
+// The part of the text in which to search; none when nothing can be found.
+std::optional<std::string_view> searched(Rule rule, std::string_view text) {
+    if (rule == Rule::money) text = partWithAmounts(text);
+    if (rule == Rule::money ? text.empty() : !mayMatch(rule, text)) return std::nullopt;
+    return text;
 }
 
-bool has(Rule rule, std::string_view text) { return mayFind(rule, text) && regex(rule).has(text); }
+}  // namespace
+
+bool has(Rule rule, std::string_view text) {
+    const auto part = searched(rule, text);
+    return part && regex(rule).has(*part);
+}
 
 std::optional<std::string> first(Rule rule, std::string_view text) {
-    if (!mayFind(rule, text)) return std::nullopt;
-    return regex(rule).first(text);
+    const auto part = searched(rule, text);
+    return part ? regex(rule).first(*part) : std::nullopt;
 }
 
 std::vector<std::string> all(Rule rule, std::string_view text, int group) {
-    if (!mayFind(rule, text)) return {};
-    return regex(rule).all(text, group);
+    const auto part = searched(rule, text);
+    return part ? regex(rule).all(*part, group) : std::vector<std::string>();
+}
+
+std::string replaceAll(Rule rule, std::string_view text, std::string_view replacement) {
+    const auto part = searched(rule, text);
+    if (!part) return std::string(text);
+    std::string result(text.substr(0, static_cast<std::size_t>(part->data() - text.data())));
+    result += regex(rule).replaceAll(*part, replacement);
+    return result.append(part->end(), text.end());
 }
 
 }  // namespace tandrel::PaymentGuard

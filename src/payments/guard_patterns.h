@@ -32,7 +32,6 @@ enum class Rule {
     iban,
     card,
     notPayee,
-    currency,
     webAddress,
     spaces,
     numeric,
@@ -50,5 +49,7 @@ bool has(Rule rule, std::string_view text);
 std::optional<std::string> first(Rule rule, std::string_view text);
 // The text of one capture group of every match, in order; a match without that group is skipped.
 std::vector<std::string> all(Rule rule, std::string_view text, int group = 0);
+// The text with every match replaced by `replacement`, taken literally.
+std::string replaceAll(Rule rule, std::string_view text, std::string_view replacement);
 
 }  // namespace tandrel::PaymentGuard

@@ -269,6 +269,9 @@ GuardWords::GuardWords(const Lists& lists) {
             known->second |= kinds;
         }
     }
+    std::vector<KeywordSearch::Keyword> keywords;
+    for (const auto& currency : lists.currencies) keywords.push_back({currency, 1});
+    currencies_ = std::make_unique<KeywordSearch>(keywords);
     const std::string currency = currencyPattern(lists.currencies);
     currency_ = std::make_unique<Regex>(currency, Regex::Case::sensitive);
     money_ = std::make_unique<Regex>(
@@ -386,11 +389,16 @@ Phrases GuardWords::find(std::string_view foldedText) const {
     return found;
 }
 
+// A search for an amount takes the square of the length on a row of numbers without a currency.
+bool GuardWords::mayHoldCurrency(std::string_view text) const {
+    return currencies_->marksOf(text) != 0 && currency_->has(text);
+}
+
 std::optional<std::string> GuardWords::amount(std::string_view plainText) const {
     const std::string_view near = nearNumbers(plainText);
     if (near.empty()) return std::nullopt;
     auto given = PaymentGuard::first(Rule::money, near);
-    if (!given && currency_->has(near)) given = money_->first(near);
+    if (!given && mayHoldCurrency(near)) given = money_->first(near);
     if (given) given = trimmed(*given);
     return given;
 }
@@ -399,8 +407,8 @@ std::string GuardWords::withoutAmounts(std::string_view plainText) const {
     const std::string_view near = nearNumbers(plainText);
     if (near.empty()) return std::string(plainText);
     const auto from = static_cast<std::size_t>(near.data() - plainText.data());
-    std::string rest = regex(Rule::money).replaceAll(near, " ");
-    if (!nearNumbers(rest).empty()) rest = money_->replaceAll(rest, " ");
+    std::string rest = replaceAll(Rule::money, near, " ");
+    if (!nearNumbers(rest).empty() && mayHoldCurrency(rest)) rest = money_->replaceAll(rest, " ");
     return std::string(plainText.substr(0, from)) + rest +
            std::string(plainText.substr(from + near.size()));
 }

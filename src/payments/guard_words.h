@@ -11,6 +11,7 @@
 #include <unordered_set>
 #include <vector>
 
+#include "base/keyword_search.h"
 #include "base/regex.h"
 #include "base/result.h"
 
@@ -116,6 +117,7 @@ class GuardWords {
     explicit GuardWords(const Lists& lists);
     static Result<Lists> parse(std::string_view text, bool shipped);
     static const Lists& shippedLists();
+    bool mayHoldCurrency(std::string_view plainText) const;
     void findSpaced(const std::vector<std::string_view>& words, Phrases& found) const;
     void findDense(std::string text, Phrases& found) const;
     void findLetters(const std::vector<std::string_view>& words, Phrases& found) const;
@@ -127,6 +129,7 @@ class GuardWords {
     std::unordered_map<std::string, std::uint32_t> joined_;
     // Of scripts that put no spaces between words, found anywhere in a text.
     std::vector<std::pair<std::string, std::uint32_t>> dense_;
+    std::unique_ptr<const KeywordSearch> currencies_;
     std::unique_ptr<const Regex> currency_;
     std::unique_ptr<const Regex> money_;
 };

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "base/ascii.h"
 #include "base/unicode.h"
 #include "payments/folded_text.h"
 #include "payments/guard_patterns.h"
@@ -58,8 +59,6 @@ bool standLikeOneButton(const Label& upper, const Label& lower, double width) {
 bool isNothing(std::string_view amount) {
     return amount.contains('0') && amount.find_first_of("123456789") == amount.npos;
 }
-
-bool isDigit(char c) { return c >= '0' && c <= '9'; }
 
 // The part ends within a word of the text, as a currency that only begins a longer word.
 bool cutsWord(const std::string& text, const std::string& part) {
@@ -179,8 +178,8 @@ void WideScreen::joinAmounts() {
         const Label& lower = labels_[i + 1];
         if (upper.amount || lower.amount) continue;
         if (upper.plain.empty() || lower.plain.empty()) continue;
-        const bool ends = isDigit(upper.plain.back()) && endsInNumber.has(upper.plain);
-        if (ends == isDigit(lower.plain.front())) continue;
+        const bool ends = isAsciiDigit(upper.plain.back()) && endsInNumber.has(upper.plain);
+        if (ends == isAsciiDigit(lower.plain.front())) continue;
         const std::string both = upper.plain + " " + lower.plain;
         const auto amount = words_.amount(both);
         if (amount && !cutsWord(both, *amount)) upper.amount = amount;

@@ -117,6 +117,19 @@ class BluetoothPeripheralDelegate {
 
 enum class Delivery { accepted, refused };
 
+// How one of this computer's Bluetooth adapters stands.
+struct BluetoothAdapter {
+    std::string name;  // the system's, "hci0"
+    bool canBePeripheral = false;
+    bool powered = false;
+    bool advertising = false;         // or would, if no phone were connected
+    std::string phone;                // the one that is driven, by its name; empty while none is
+    std::vector<std::string> paired;  // phones, by name
+    int refusals = 0;                 // further phones that were sent away
+
+    bool operator==(const BluetoothAdapter&) const = default;
+};
+
 // All operations are called on the queue that the peripheral was made with. Ending the object ends
 // its calls to the delegate.
 class BluetoothPeripheral {
@@ -131,6 +144,8 @@ class BluetoothPeripheral {
     virtual bool isAdvertising() const = 0;
     // What stands in the way, or what the owner should do, in a sentence; empty when nothing.
     virtual std::string advice() const { return {}; }
+    // Those that are used, in the order of their names; none where the system does not tell.
+    virtual std::vector<BluetoothAdapter> adapters() const { return {}; }
     // Hands the value to the system for these subscribed centrals, as a notification or indication.
     // `refused`: the transmit queue is full; readyToUpdateSubscribers follows.
     virtual Delivery updateValue(CharacteristicId characteristic, const Bytes& value,

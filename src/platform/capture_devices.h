@@ -11,9 +11,11 @@
 // The system's video capture devices, of which a plugged-in phone's screen is one.
 namespace tandrel {
 
-// How a screen reaches this computer: by its phone's own cable, or mirrored over the network, where
-// nothing says whose it is.
-enum class CaptureLink { cable, airplay };
+// How a screen reaches this computer: by its phone's own cable, through a video grabber, or
+// mirrored over the network. Only the first says whose it is.
+enum class CaptureLink { cable, grabber, airplay };
+
+inline bool tellsWhose(CaptureLink link) { return link == CaptureLink::cable; }
 
 struct CaptureDeviceInfo {
     std::string id;       // unique and stable across plugging

@@ -20,7 +20,8 @@ struct DesktopPoint {
 class SyntheticInput {
  public:
     virtual ~SyntheticInput() = default;
-    // Each blocks until it has happened. The error says what is missing or not known.
+    // Each blocks until it has happened. The error says what is missing or not known. Once a window
+    // was activated, `click` and `drag` begin on it or fail.
     virtual Result<void> click(DesktopPoint at) = 0;
     virtual Result<void> drag(DesktopPoint from, DesktopPoint to, Duration duration) = 0;
     // Types into whatever has the keyboard.

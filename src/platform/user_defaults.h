@@ -7,7 +7,8 @@
 #include "base/result.h"
 
 // The owner's settings and what is remembered between runs. Keys in use: "paused", "link",
-// "askBeforePayments", "askWhenUnsure", "languages", "setupDone", "phoneWasSetUp", "helperRan".
+// "grabber", "askBeforePayments", "askWhenUnsure", "languages", "setupDone", "phoneWasSetUp",
+// "helperRan", "claudeCodeAdded", "claudeDesktopAdded", "codexAdded".
 namespace tandrel {
 
 class UserDefaults {

@@ -93,6 +93,27 @@ bool isPlate(const PixelBox& box, int inked) {
 
 }  // namespace
 
+bool standsFree(const GrayFrame& frame, const Ink& ink) {
+    constexpr double kMargin = 0.35;  // of the ink's height; no letters are further apart
+    constexpr double kTail = 0.15;    // by which a comma hangs below
+    const PixelBox& box = ink.box;
+    const int margin = std::max(3, static_cast<int>(kMargin * box.height()));
+    const int bottom =
+        std::min(frame.height(), box.bottom + static_cast<int>(kTail * box.height()));
+    // The pixel at the box may belong to a letter's blurred edge.
+    const int left = box.left - margin, right = box.right + margin;
+    if (left < 0 || right > frame.width()) return false;
+    auto isPaper = [&](std::uint8_t pixel) {
+        return std::abs(pixel - ink.paper) * 2 < std::abs(ink.level - ink.paper);
+    };
+    for (int y = box.top; y < bottom; ++y) {
+        const std::uint8_t* row = frame.row(y);
+        if (!std::all_of(row + left, row + box.left - 1, isPaper)) return false;
+        if (!std::all_of(row + box.right + 1, row + right, isPaper)) return false;
+    }
+    return true;
+}
+
 std::vector<std::uint8_t> inkMask(const GrayFrame& frame, const Ink& ink) {
     const int width = ink.box.width();
     const int threshold = ink.paper + (ink.level - ink.paper) * kInkPercent / 100;

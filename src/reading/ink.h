@@ -24,6 +24,10 @@ std::optional<Ink> findInk(const GrayFrame& frame, const PixelBox& box);
 // is; none on an empty one.
 std::optional<Ink> findInkOnPlate(const GrayFrame& frame, const PixelBox& plate);
 
+// Whether there is nothing but paper right beside the ink, left and right: else the line may go on
+// where it was cut, by the frame's edge or by what was taken for no text.
+bool standsFree(const GrayFrame& frame, const Ink& ink);
+
 // One byte for each pixel of the ink's box, 1 where the pixel is more ink than paper.
 std::vector<std::uint8_t> inkMask(const GrayFrame& frame, const Ink& ink);
 

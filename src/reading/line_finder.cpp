@@ -22,6 +22,8 @@ bool isNoGlyph(const Component& part) {
     const int width = part.box.width(), height = part.box.height();
     if (height <= 3 && width > (height <= 2 ? 16 : 26)) return true;
     if (width <= 2 && height > 24) return true;
+    // A line drawn across a picture; what shows of a letter of that size is its whole contour.
+    if (height >= 18 && part.area * 10 < width * height) return true;
     return height > kTallestGlyph || part.area < 4;
 }
 
@@ -46,9 +48,11 @@ bool isOutline(const Component& part) {
 
 // A large letter drawn thick shows only its contour too, but its stroke, seen from the left at half
 // height, is as thick as strokes of letters are; the line around a field is thinner, the plate of a
-// button wider.
+// button wider. Two letters that touch are wider than one, and bold.
 bool hasLetterStroke(const GrayFrame& frame, const PixelBox& box) {
-    if (box.width() * 10 > box.height() * 14) return false;
+    constexpr int kLeastStroke = 7, kBoldStroke = 12, kThickestStroke = 28;  // % of the height
+    if (box.width() * 10 > box.height() * 24) return false;
+    const bool isPair = box.width() * 10 > box.height() * 14;
     const std::uint8_t* row = frame.row((box.top + box.bottom) / 2);
     const int paper = row[box.left];
     auto isPaper = [&](int x) { return std::abs(row[x] - paper) < kEdgeContrast / 2; };
@@ -57,7 +61,8 @@ bool hasLetterStroke(const GrayFrame& frame, const PixelBox& box) {
     int end = begin;
     while (end < box.right && !isPaper(end)) ++end;
     const int thickness = (end - begin) * 100;
-    return thickness >= 7 * box.height() && thickness <= 28 * box.height();
+    return thickness >= (isPair ? kBoldStroke : kLeastStroke) * box.height() &&
+           thickness <= kThickestStroke * box.height();
 }
 
 PixelBox inPixels(const PixelBox& cells, int scale, const GrayFrame& frame) {

@@ -16,6 +16,14 @@ bool isFootMark(const PixelBox& mark, const PixelBox& letter) {
            mark.top < letter.bottom && (mark.bottom - letter.top) * 8 >= letter.height() * 7;
 }
 
+// A minus or a dash at half the height of a letter, however thin.
+bool isMinus(const PixelBox& mark, const PixelBox& letter) {
+    const int middle = (mark.top + mark.bottom) * 50 - letter.top * 100;
+    return mark.width() >= 2 * mark.height() && mark.width() * 5 >= letter.height() &&
+           mark.width() < letter.height() && middle >= 35 * letter.height() &&
+           middle <= 75 * letter.height();
+}
+
 // Whether two parts, the left one first, may be neighbours on one line of text.
 bool onOneLine(const PixelBox& a, const PixelBox& b) {
     const int smaller = std::min(a.height(), b.height()), taller = std::max(a.height(), b.height());
@@ -24,7 +32,7 @@ bool onOneLine(const PixelBox& a, const PixelBox& b) {
     const bool isMark = isFootMark(low, tall);
     if (!isMark && sharedRows(a, b) * 2 < smaller) return false;
     // No mark of a large letter is as small.
-    if (taller > 24 && smaller * 10 < taller) return false;
+    if (taller > 24 && smaller * 10 < taller && !isMinus(low, tall)) return false;
     const bool isDash = low.height() * 10 <= tall.height() * 3;
     const bool isWord = low.width() * 2 > low.height() * 3 && !isDash;
     if (taller > 24 && smaller * 100 < taller * 45 && isWord && tall.width() > 10) return false;

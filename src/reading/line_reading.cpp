@@ -114,6 +114,12 @@ Result<std::vector<LineReading>> LineReader::read(const GrayFrame& frame,
         if (unverified) continue;
         memory_.remember(job.hash, job.ink->box, std::move(job.strip), reading.text);
     }
+    // The same ink may stand free elsewhere, so that this is no part of what is remembered.
+    for (std::size_t i = 0; i < lines.size(); ++i) {
+        StripText& text = readings[i].text;
+        if (text.confidence > kDoubt && holdsAmount(text.text) && !standsFree(frame, lines[i]))
+            text.confidence = kDoubt;
+    }
     return readings;
 }
 
@@ -134,7 +140,9 @@ StripText LineReader::checked(const Job& job, StripText text) {
     const bool isLarge = job.ink->box.height() >= kLeastFigureRows;
     PointCheck check = checkPoints(job.strip, text.text);
     if (isLarge) text.text = std::move(check.text);
-    if (!isLarge || check.marks != PointMarks::kSame || text.leastFigure < kSureFigure) {
+    const bool isCutShort = check.lacksLetters && holdsAmount(text.text);
+    if (!isLarge || check.marks != PointMarks::kSame || isCutShort ||
+        text.leastFigure < kSureFigure) {
         text.confidence = std::min(text.confidence, kDoubt);
     }
     return text;

@@ -87,7 +87,8 @@ Metrics metricsOf(Letters letters) {
     std::ranges::sort(tops);
     std::ranges::sort(bottoms);
     Metrics metrics;
-    metrics.baseline = bottoms[bottoms.size() / 2];
+    // Of two, the upper one: a currency sign hangs below the line.
+    metrics.baseline = bottoms[bottoms.size() == 2 ? 0 : bottoms.size() / 2];
     metrics.top = tops[tops.size() > 3 ? 1 : 0];
     metrics.height = std::max(1, metrics.baseline - metrics.top);
     return metrics;

@@ -151,10 +151,12 @@ PointCheck checkPoints(const Strip& strip, const std::string& text) {
         std::ranges::count_if(text, [](char c) { return std::string_view(".,:;!?").contains(c); });
     const bool isAsMany = static_cast<std::ptrdiff_t>(ink.marks.size()) == expected;
     if (bare.letters.size() == ink.letters.size() && !bare.letters.empty()) {
-        const std::string corrected = asInkHas(bare, ink);
-        if (corrected != text) return {PointMarks::kCorrected, corrected};
+        std::string corrected = asInkHas(bare, ink);
+        if (corrected != text) return {PointMarks::kCorrected, false, std::move(corrected)};
     }
-    return {isAsMany ? PointMarks::kSame : PointMarks::kUnlike, text};
+    // Letters that touch are one piece of ink, so that fewer of these say nothing.
+    const bool lacksLetters = bare.letters.size() < ink.letters.size();
+    return {isAsMany ? PointMarks::kSame : PointMarks::kUnlike, lacksLetters, text};
 }
 
 }  // namespace tandrel

@@ -11,6 +11,8 @@ enum class PointMarks { kSame, kCorrected, kUnlike };
 
 struct PointCheck {
     PointMarks marks = PointMarks::kSame;
+    // The ink has more letters than the text: one was lost.
+    bool lacksLetters = false;
     std::string text;  // as the ink has it where it could be told, else as it was
 };
 

@@ -46,6 +46,21 @@ bool mayMisspellAmount(std::string_view text) {
             return true;
         }
     }
+    // Such as "B97.59" and "O12.50"; R and other letters are currencies.
+    for (std::size_t i = 1; i + 2 < text.size(); ++i) {
+        if (!isPoint(text[i]) || !isDigit(text[i + 1]) || !isDigit(text[i + 2])) continue;
+        std::size_t first = i;
+        while (first > 0 && (isDigit(text[first - 1]) || isPoint(text[first - 1]))) --first;
+        if (first > 0 && first < i && std::string_view("BDGIOQZl").contains(text[first - 1]))
+            return true;
+    }
+    // A gap within a figure: "48, 437.75".
+    for (std::size_t i = 1; i + 2 < text.size(); ++i) {
+        if (isDigit(text[i - 1]) && isPoint(text[i]) && text[i + 1] == ' ' &&
+            isDigit(text[i + 2]) && holdsAmount(text)) {
+            return true;
+        }
+    }
     // Such as "O.55" and "1.B3".
     for (std::size_t i = 1; i + 1 < text.size(); ++i) {
         if (!isPoint(text[i])) continue;

@@ -192,11 +192,14 @@ HTTPResponse AirPlayServer::status(const HTTPRequest&) {
                   {"permission", to_.mayRecord()},
                   {"candidates", Json::array()}};
     std::optional<std::string> error = lastError();
-    if (const auto candidates = airplayCandidates(to_.windows)) {
+    const auto candidates = airplayCandidates(to_.windows);
+    if (!candidates) {
+        error = reasonFor(candidates.error());
+    } else if (candidates->empty() && !windowId_) {
+        error = reasonFor(Error{kNoMirroringWindow});
+    }
+    if (candidates) {
         for (const WinInfo& window : *candidates) reply["candidates"].push_back(window.json());
-        if (!error && candidates->empty()) error = kNoMirroringWindow;
-    } else {
-        error = candidates.error().message;
     }
     if (const auto running = current()) {
         addPicture(reply, *running, to_.clock);

@@ -79,13 +79,18 @@ const MirrorTool* findTool(std::string_view name) {
     return tool == kTools.end() ? nullptr : tool;
 }
 
+int helpFor(const MirrorTool& tool, MirrorServices& services) {
+    services.out << tool.usage << "\n  " << tool.help << '\n';
+    return 0;
+}
+
 int help(const MirrorArgs& args, MirrorServices& services) {
     if (args.size() > 1 && args[1] != "--help") {
         const MirrorTool* tool = findTool(args[1]);
         if (tool == nullptr) return failWith("unknown command " + args[1], services);
-        services.out << tool->usage << '\n';
-        return 0;
+        return helpFor(*tool, services);
     }
+    services.out << "usage: tandrel-app TOOL ...  (tandrel-app help TOOL says with what)\n";
     for (const MirrorTool& tool : kTools) {
         services.out << fmt::format("  {:<17}{}\n", tool.name, tool.help);
     }
@@ -99,10 +104,7 @@ std::optional<int> mirrorCommand(const MirrorArgs& args, MirrorServices& service
     if (args[0] == "help") return help(args, services);
     const MirrorTool* tool = findTool(args[0]);
     if (tool == nullptr) return std::nullopt;
-    if (hasFlag(args, "--help")) {
-        services.out << tool->usage << '\n';
-        return 0;
-    }
+    if (hasFlag(args, "--help")) return helpFor(*tool, services);
     if (!hasOperands(args, tool->operands)) return failWith(tool->usage, services);
     const auto result = tool->run(args, services);
     if (!result) return failWith(result.error().message, services);

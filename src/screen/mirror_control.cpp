@@ -60,7 +60,7 @@ Result<Json> click(const MirrorArgs& args, MirrorServices& services) {
 
 Result<Json> drag(const MirrorArgs& args, MirrorServices& services) {
     constexpr double kDurationSeconds = 0.3;
-    constexpr double kLongestDrag = 60;
+    constexpr double kLongestDrag = 10;  // nothing ends one before its time
     const double duration =
         TRY(numberOption(args, "--duration", kDurationSeconds, 0, kLongestDrag));
     const Target to = TRY(target(args, services));

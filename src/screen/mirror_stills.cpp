@@ -2,8 +2,11 @@
 
 #include <algorithm>
 #include <cmath>
+#include <filesystem>
 #include <fstream>
 
+#include "base/bytes.h"
+#include "base/file.h"
 #include "base/unicode.h"
 #include "image/image_reader.h"
 #include "screen/mirror_tools.h"
@@ -33,12 +36,25 @@ Result<double> patience(const MirrorArgs& args) {
     return numberOption(args, "--timeout", kPatienceSeconds, 0, kLongestPatience);
 }
 
+// A file is replaced whole, so that a full disk costs nobody the old one; a device or a pipe is
+// written into.
 Result<void> write(const std::string& path, const Bytes& bytes) {
-    std::ofstream file(path, std::ios::binary | std::ios::trunc);
-    file.write(reinterpret_cast<const char*>(bytes.data()),
-               static_cast<std::streamsize>(bytes.size()));
-    file.close();
-    if (!file) return fail("cannot write " + path);
+    namespace fs = std::filesystem;
+    std::error_code error;
+    const auto kind = fs::status(path, error).type();
+    bool isWritten = false;
+    if (kind == fs::file_type::regular || kind == fs::file_type::not_found) {
+        const fs::path folder = fs::path(path).parent_path();
+        const bool hasFolder = folder.empty() || fs::is_directory(folder, error);
+        isWritten = hasFolder && !path.empty() && replaceFile(path, toText(bytes));
+    } else if (kind != fs::file_type::directory) {
+        std::ofstream device(path, std::ios::binary);
+        device.write(reinterpret_cast<const char*>(bytes.data()),
+                     static_cast<std::streamsize>(bytes.size()));
+        device.close();
+        isWritten = !device.fail();
+    }
+    if (!isWritten) return fail("cannot write " + path);
     return {};
 }
 

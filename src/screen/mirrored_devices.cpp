@@ -63,7 +63,7 @@ void MirroredDevices::setOnDevicesChanged(std::function<void()> changed) {
 
 Result<std::unique_ptr<CaptureSession>> MirroredDevices::open(const CaptureDeviceInfo& device,
                                                               FrameSink sink) {
-    if (device.link == CaptureLink::cable) return cable_.open(device, std::move(sink));
+    if (device.link != CaptureLink::airplay) return cable_.open(device, std::move(sink));
     Mirrored mirrored;
     {
         MutexLock lock(mutex_);

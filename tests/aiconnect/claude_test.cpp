@@ -79,6 +79,28 @@ TEST_F(ClaudeCodeTest, AnOldEntryIsTakenOutFirstAndOursIsLeft) {
     EXPECT_EQ(textOf(home() / "words"), "remove\nadd\n");
 }
 
+// A program that answers nothing and is ended when its time is over.
+class HangingProgram final : public Processes {
+ public:
+    Result<ProgramEnd> run(const ProgramRun& run) override {
+        patience = run.timeout;
+        return ProgramEnd{.how = ProgramEnd::How::timedOut, .output = " \n"};
+    }
+    Result<void> startDetached(const std::string&, const std::vector<std::string>&) override {
+        return {};
+    }
+    Duration patience = Duration::zero();
+};
+
+TEST_F(ClaudeCodeTest, OneThatHangsIsEndedAfterAMinute) {
+    HangingProgram hanging;
+    const AIConnect ai(kHelper, places, {hanging, desktop, desktop, clock});
+    EXPECT_EQ(ai.addToClaudeCode("/usr/bin/claude"),
+              (AIConnect::Outcome{false, "claude exited with 124: no answer in 60 s"}));
+    EXPECT_EQ(hanging.patience, std::chrono::seconds(60));
+    EXPECT_EQ(ai.findClaude(), std::nullopt) << "a login shell that hangs names no program";
+}
+
 TEST_F(ClaudeCodeTest, WhatWentWrongIsPassedOn) {
     const std::pair<const char*, std::string> rows[] = {
         {"echo no server; echo of that kind >&2; exit 1",
@@ -165,6 +187,13 @@ TEST_F(ClaudeDesktopTest, ServersThatAreNoObjectMakeWay) {
     put(desktopFile(), R"({"mcpServers":null,"a":1})");
     EXPECT_TRUE(connect().addToClaudeDesktop().ok);
     EXPECT_EQ(connect().claudeDesktopLink(), Link::addedHere);
+}
+
+TEST_F(ClaudeDesktopTest, AByteOrderMarkAndOtherLineEndsAreNoHindrance) {
+    put(desktopFile(), "\xEF\xBB\xBF{\r\n  \"theme\": \"dark\"\r\n}\r\n");
+    EXPECT_TRUE(connect().addToClaudeDesktop().ok);
+    EXPECT_EQ(connect().claudeDesktopLink(), Link::addedHere);
+    EXPECT_EQ(Json::parse(textOf(desktopFile()))["theme"], "dark");
 }
 
 TEST_F(ClaudeDesktopTest, AFileThatIsNoJsonObjectStaysByteForByte) {

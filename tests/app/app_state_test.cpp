@@ -4,6 +4,7 @@
 #include <thread>
 
 #include "aiconnect/ai_connect_fixture.h"
+#include "app/ai_apps.h"
 #include "http/server.h"
 #include "platform/linux/json_user_defaults.h"
 #include "platform/linux/linux_main_loop.h"
@@ -59,14 +60,15 @@ class AppStateTest : public AIConnectTest {
     void start() { state_.startPolling({EngineMode::Kind::own, ""}, url()); }
     LoopbackUrl url() { return LoopbackUrl::ofPort(server_.port()); }
     // Runs the main thread until the model shows it; throws when it does not come to that.
-    void await(const std::function<bool(const AppSnapshot&)>& fits) {
+    void await(const std::function<bool(const AppSnapshot&)>& fits) { awaitOf(state_, fits); }
+    void awaitOf(AppState& state, const std::function<bool(const AppSnapshot&)>& fits) {
         const auto main = std::this_thread::get_id();
-        const auto listener = state_.listen([&](const AppSnapshot& now) {
+        const auto listener = state.listen([&](const AppSnapshot& now) {
             EXPECT_EQ(std::this_thread::get_id(), main);
             if (fits(now)) loop_.quit(0);
         });
         const auto patience = loop_.after(std::chrono::seconds(60), [&] { loop_.quit(1); });
-        state_.refresh();
+        state.refresh();
         if (loop_.run() != 0) throw std::runtime_error("the model never showed it");
     }
 
@@ -92,14 +94,14 @@ class AppStateTest : public AIConnectTest {
     const AIConnect ai_ = connect();
     const HelperCheck helper_{infoOf(home() / "Tandrel"), {processes, defaults_, attributes_}};
     AppState::Options options_{.advertisedName = "Tandrel", .macName = "Desk"};
-    AppState state_{{.defaults = defaults_,
-                     .permissions = computer_,
-                     .usb = computer_,
-                     .helper = helper_,
-                     .ai = ai_,
-                     .loop = loop_,
-                     .clock = time_},
-                    options_};
+    AppState::Services services_{.defaults = defaults_,
+                                 .permissions = computer_,
+                                 .usb = computer_,
+                                 .helper = helper_,
+                                 .ai = ai_,
+                                 .loop = loop_,
+                                 .clock = time_};
+    AppState state_{services_, options_};
 };
 
 TEST_F(AppStateTest, ShowsWhatTheEngineAndTheComputerSay) {
@@ -156,6 +158,31 @@ TEST_F(AppStateTest, AnAppsEntryThatComesOrGoesIsNoticed) {
     await([&](const AppSnapshot& now) { return codex(now) == Link::addedElsewhere; });
     std::filesystem::remove(codexFile());
     await([&](const AppSnapshot& now) { return codex(now) == Link::notAdded; });
+}
+
+TEST_F(AppStateTest, AnEntryThatWasThereIsMissedUntilItIsLeftOutOnPurpose) {
+    const auto isLost = [](const AppSnapshot& now) { return now.aiApps.at(2).lost; };
+    const auto program = putProgram(".local/bin/codex", "");
+    start();
+    await([](const AppSnapshot& now) { return now.aiApps.at(2).installed; });
+    EXPECT_FALSE(isLost(state_.snapshot())) << "it was never there";
+    ASSERT_TRUE(ai_.addToCodex().ok);
+    await([&](const AppSnapshot& now) { return now.aiApps.at(2).link == Link::addedHere; });
+    state_.stop();
+    std::filesystem::remove(codexFile());
+
+    AppState next(services_, options_);
+    next.startPolling({EngineMode::Kind::own, ""}, url());
+    const auto nextAwaits = [&](const std::function<bool(const AppSnapshot&)>& fits) {
+        awaitOf(next, fits);
+    };
+    nextAwaits(isLost);
+    std::filesystem::rename(program, program.string() + ".gone");
+    nextAwaits(std::not_fn(isLost));
+    std::filesystem::rename(program.string() + ".gone", program);
+    nextAwaits(isLost);
+    ASSERT_TRUE(forgetEntry(AIApp::codex, defaults_));
+    nextAwaits(std::not_fn(isLost));
 }
 
 TEST_F(AppStateTest, AHelperThatFailsIsToldUntilItIsCheckedAgain) {

@@ -80,6 +80,35 @@ TEST(Doctor, TheFirstFaultIsTheNextStep) {
     }
 }
 
+TEST(Doctor, TellsHowEachBluetoothAdapterStands) {
+    const std::pair<AdapterReport, const char*> rows[] = {
+        {{"hci0", true, true, true, "Ada's", {"Ada's", "Bo's"}, 2},
+         "keyboard of Ada's; paired: Ada's, Bo's; sent away, since each adapter drives one phone: "
+         "2"},
+        {{"hci0", true, true, true, "", {}, 0},
+         "can be a keyboard, on, phones can find it; paired: none"},
+        {{"hci0", true, true, false, "", {}, 0},
+         "can be a keyboard, on, phones can't find it yet; paired: none"},
+        {{"hci0", true, false, false, "", {}, 0}, "can be a keyboard, off; paired: none"},
+        {{"hci0", false, true, false, "", {}, 0}, "cannot be a keyboard; paired: none"},
+    };
+    for (const auto& [adapter, words] : rows) {
+        Findings found = healthy();
+        found.snapshot.adapters = {adapter};
+        const Diagnosis diagnosis = diagnose(found);
+        EXPECT_TRUE(diagnosis.ready) << words;
+        EXPECT_EQ(diagnosis.conditions.at(2).name, "Adapter hci0");
+        EXPECT_EQ(diagnosis.conditions.at(2).words, words);
+    }
+}
+
+TEST(Doctor, TheCableSaysItselfWhatItLacks) {
+    Findings found = healthy();
+    found.snapshot.inputs.screenReady = found.snapshot.inputs.usbPhone = false;
+    found.snapshot.absences = {"Bluetooth: x", "Cable: the chosen grabber \"U\" is not plugged in"};
+    EXPECT_EQ(diagnose(found).next, "the chosen grabber \"U\" is not plugged in.");
+}
+
 TEST(Doctor, AnAppThatCouldBeAddedIsTheNextStepWhenAllElseIsInOrder) {
     struct Row {
         AIAppStatus app;

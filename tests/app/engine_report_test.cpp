@@ -15,6 +15,8 @@ TEST(EngineReport, IsReadFromTheStatus) {
         "bluetooth": "1 connected, advertising as Tandrel", "hosts": ["A", "B"],
         "unmatchedHosts": ["B"], "screenState": "locked", "screenStateAge": 2.5,
         "absent": ["Cable: none"],
+        "bluetoothAdapters": [{"name": "hci0", "peripheral": true, "powered": true,
+          "advertising": true, "phone": "Ada's", "paired": ["Ada's", 7], "refusedPhones": 2}, 5],
         "airplay": {"error": "no window", "receiver": {"state": "waiting", "name": "Tandrel"}},
         "devices": [
           {"id": "USB-1", "name": "Ada's", "bluetooth": true, "width": 1206, "height": 2622},
@@ -25,6 +27,8 @@ TEST(EngineReport, IsReadFromTheStatus) {
     EXPECT_EQ(report.screenState, PhoneScreen::locked);
     EXPECT_EQ(report.screenStateAgeSeconds, 2.5);
     EXPECT_EQ(report.airplay.error, "no window");
+    ASSERT_EQ(report.adapters.size(), 2U);
+    EXPECT_EQ(report.adapters[0], (AdapterReport{"hci0", true, true, true, "Ada's", {"Ada's"}, 2}));
     EXPECT_EQ(report.airplay.receiver, "waiting");
     ASSERT_EQ(report.phones.size(), 2U);
     EXPECT_EQ(report.phones[0],

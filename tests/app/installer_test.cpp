@@ -106,6 +106,25 @@ TEST_F(InstallerTest, TheCopyThatLiesThereAlreadyIsLeft) {
     EXPECT_TRUE(processes_.started.empty());
 }
 
+TEST(Installer, KnowsThePlacesWhereACopyMayNotStay) {
+    const std::pair<const char*, bool> rows[] = {
+        {"/tmp/.mount_x/Tandrel", true},
+        {"/run/media/hana/STICK/Tandrel", true},
+        {"/home/hana/Downloads/Tandrel", true},
+        {"/home/hana/Downloads", true},
+        {"/home/hana/src/../Downloads/x", true},
+        {"/home/hana/.local/opt/Tandrel", false},
+        {"/home/hana/Downloads2/Tandrel", false},
+        {"/home/ben/Downloads/Tandrel", false},
+        {"/usr/local/lib/tandrel", false},
+        {"/tmpfs/Tandrel", false},
+        {"", false},
+    };
+    for (const auto& [bundle, expected] : rows) {
+        EXPECT_EQ(Installer::isInPassing(bundle, "/home/hana"), expected) << bundle;
+    }
+}
+
 TEST_F(InstallerTest, RelaunchesAfterADelayThroughAShell) {
     ASSERT_TRUE(installer().relaunch(2));
     EXPECT_THAT(processes_.started,

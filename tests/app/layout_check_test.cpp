@@ -1,14 +1,17 @@
 #include "app/layout_check.h"
 
-#include <QApplication>
+#include <QAbstractButton>
 #include <QLabel>
+#include <QMenu>
 #include <QPushButton>
 #include <QScrollArea>
+#include <QTableView>
 #include <QVBoxLayout>
 
 #include <gmock/gmock.h>
 
 #include "app/brand.h"
+#include "app/offscreen.h"
 #include "app/sample_windows.h"
 #include "app/wrapped_label.h"
 
@@ -32,18 +35,8 @@ bool isInScrollArea(const QWidget& widget) {
     return false;
 }
 
-// Windows without a display.
-class LayoutCheck : public testing::Test {
+class LayoutCheck : public Offscreen {
  protected:
-    static void SetUpTestSuite() {
-        if (qApp != nullptr) return;
-        qputenv("QT_QPA_PLATFORM", "offscreen");
-        static int count = 1;
-        static char name[] = "test";
-        static char* arguments[] = {name, nullptr};
-        static QApplication application(count, arguments);
-    }
-
     LayoutCheck() {
         window.setFixedSize(300, 200);
         Brand::dress(window, ColorScheme::light, "QWidget { background: #ffffff; }");
@@ -96,6 +89,22 @@ TEST_F(LayoutCheck, FindsTextThatIsHardToRead) {
     EXPECT_THAT(contrastFaults(window, shown()), SizeIs(1));
 }
 
+TEST_F(LayoutCheck, LeavesTextAloneThatIsScrolledAway) {
+    QScrollArea area(&window);
+    area.setFrameShape(QFrame::NoFrame);
+    area.setGeometry(0, 0, 300, 100);
+    auto* content = new QWidget;
+    content->resize(280, 400);
+    area.setWidget(content);
+    QLabel& pale = label("Grey on white", {0, 97, 280, 60});
+    pale.setStyleSheet("color: #8a8a8a;");
+    pale.setParent(content);
+    pale.show();
+    EXPECT_THAT(contrastFaults(window, shown()), IsEmpty()) << "three rows of it";
+    pale.move(0, 30);
+    EXPECT_THAT(contrastFaults(window, shown()), SizeIs(1));
+}
+
 TEST_F(LayoutCheck, LetsWordsBreakThatAreLongerThanALine) {
     label(QString(400, 'W'), {0, 0, 300, 190});
     shown();
@@ -104,18 +113,27 @@ TEST_F(LayoutCheck, LetsWordsBreakThatAreLongerThanALine) {
     EXPECT_LE(window.findChild<QLabel*>()->minimumSizeHint().width(), 300);
 }
 
-// Where the Tab key leads: first down the side, then down the page, then along the bottom.
+// What the Tab key reaches, in its order.
+std::vector<QWidget*> tabStops(QWidget& window) {
+    std::vector<QWidget*> stops;
+    for (QWidget* at = window.nextInFocusChain(); at != &window; at = at->nextInFocusChain()) {
+        if (at->isVisible() && at->isEnabled() && (at->focusPolicy() & Qt::TabFocus)) {
+            stops.push_back(at);
+        }
+    }
+    return stops;
+}
+
+// First down the side, then down the page, then along the bottom.
 TEST_F(LayoutCheck, TheSetupIsReachedByKeyboardInReadingOrder) {
     const auto samples = makeSampleWindows(ColorScheme::light, buildInfo()).value();
-    int reached = 0;
+    std::size_t reached = 0;
     for (const SampleWindow& sample : samples) {
         if (!sample.name.starts_with("setup-")) continue;
         QWidget& setup = *sample.widget;
         setup.show();
         std::tuple<int, int, int> last;
-        for (QWidget* at = setup.nextInFocusChain(); at != &setup; at = at->nextInFocusChain()) {
-            if (!at->isVisible() || !at->isEnabled() || !(at->focusPolicy() & Qt::TabFocus))
-                continue;
+        for (const QWidget* at : tabStops(setup)) {
             const QPoint place = at->mapTo(&setup, QPoint(0, at->height()));
             const bool atSide = place.x() <= setup.width() / 4;
             const bool onPage = isInScrollArea(*at);
@@ -125,7 +143,29 @@ TEST_F(LayoutCheck, TheSetupIsReachedByKeyboardInReadingOrder) {
             ++reached;
         }
     }
-    EXPECT_GT(reached, 14 * 8) << "the steps and the buttons of each";
+    EXPECT_GT(reached, 14 * 8U) << "the steps and the buttons of each";
+}
+
+// All but Approve, which wants the mouse.
+TEST_F(LayoutCheck, EveryButtonOfEveryWindowIsReachedByKeyboard) {
+    const auto samples = makeSampleWindows(ColorScheme::light, buildInfo()).value();
+    int buttons = 0;
+    for (const SampleWindow& sample : samples) {
+        QWidget& window = *sample.widget;
+        if (qobject_cast<QMenu*>(&window) != nullptr) continue;  // walked with the arrow keys
+        window.show();
+        const auto stops = tabStops(window);
+        for (auto* button : window.findChildren<QAbstractButton*>()) {
+            if (!button->isVisible() || !button->isEnabled()) continue;
+            EXPECT_TRUE(std::ranges::count(stops, button) == 1 || button->text().isEmpty())
+                << sample.name << ": " << button->text().toStdString();
+            ++buttons;
+        }
+        for (auto* table : window.findChildren<QTableView*>()) {
+            EXPECT_EQ(std::ranges::count(stops, table), 1) << sample.name;
+        }
+    }
+    EXPECT_GT(buttons, 15 * 8);
 }
 
 TEST(Brand, EveryTextStandsOutFromItsGround) {

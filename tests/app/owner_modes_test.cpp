@@ -162,6 +162,13 @@ TEST_F(OwnerModes, AnAIAppIsConnectedFromTheCommandLine) {
     EXPECT_THAT(readFile(codex, 10'000).value(), HasSubstr("[mcp_servers.tandrel]\ncommand = \""));
     EXPECT_THAT(run({"--connect"}).output, HasSubstr("codex           uses this copy of Tandrel"));
 
+    const fs::path program = home_->path() / ".local/bin/codex";
+    fs::create_directories(program.parent_path());
+    ASSERT_TRUE(replaceFile(program, "#!/bin/sh\n"));
+    fs::permissions(program, fs::perms::owner_all);
+    ASSERT_TRUE(replaceFile(codex, ""));
+    EXPECT_THAT(run({"--connect"}).output,
+                HasSubstr("codex           has lost its entry for Tandrel\n"));
     ASSERT_TRUE(replaceFile(codex, "mcp_servers = {}\n"));
     const auto refused = run({"--connect", "codex"});
     EXPECT_EQ(refused.status, 1);

@@ -10,6 +10,10 @@
 #include "base/file.h"
 #include "base/file_descriptor.h"
 #include "base/json.h"
+#include "image/image_reader.h"
+#include "platform/linux/fake_portal.h"
+#include "platform/linux/private_bus.h"
+#include "screen/phone_screen.h"
 
 namespace tandrel {
 namespace {
@@ -122,6 +126,91 @@ TEST_F(OwnersWindows, WithoutATrayTheWindowOpensThoughSetupIsDone) {
     keepSetting(R"({"setupDone": true})");
     start();
     await(kSetup);
+}
+
+// A tray's bar along the top edge, in which the only icon is the first from the left.
+class InATray : public OwnersWindows {
+ protected:
+    static constexpr const char* kTrayer = "/usr/bin/trayer";
+    static constexpr int kBar = 28;  // pixels high; the icon is a square of it
+
+    void SetUp() override {
+        OwnersWindows::SetUp();
+        if (IsSkipped()) return;
+        if (!std::filesystem::exists(kTrayer)) GTEST_SKIP() << "trayer is not installed";
+        manager = std::make_unique<ChildProgram>(
+            std::vector<std::string>{"/usr/bin/openbox"},
+            ChildProgram::Environment{{"DISPLAY", display->name()}, {"HOME", home->path()}});
+        ASSERT_TRUE(waitUntil([this] {
+            return display->number(display->everything(), "_NET_SUPPORTING_WM_CHECK").has_value();
+        }));
+        tray = std::make_unique<ChildProgram>(
+            std::vector<std::string>{kTrayer, "--edge", "top", "--align", "left", "--widthtype",
+                                     "pixel", "--width", "300", "--heighttype", "pixel", "--height",
+                                     std::to_string(kBar)},
+            ChildProgram::Environment{{"DISPLAY", display->name()}});
+    }
+    // Waits until a good part of the icon's place has this colour.
+    bool awaitIcon(std::uint32_t color) {
+        constexpr int kGoodPart = kBar * kBar / 6;
+        return waitUntil([&] {
+            const auto window = display->everything();
+            const auto pixels = display->pixels(window);
+            int found = 0;
+            for (int i = 0; i < kBar * kBar && !pixels.empty(); ++i) {
+                const int place = i / kBar * window.width + i % kBar;
+                found += pixels[static_cast<std::size_t>(place)] == color ? 1 : 0;
+            }
+            return found > kGoodPart;
+        });
+    }
+
+    static constexpr std::uint32_t kSetupColor = 0x3f5f8a;
+    static constexpr std::uint32_t kReady = 0x0a5bd3;
+    static constexpr std::uint32_t kAttention = 0xb3420e;
+    static constexpr std::uint32_t kPaused = 0x55555a;
+
+    std::unique_ptr<ChildProgram> manager;  // of windows: it keeps them off the tray
+    std::unique_ptr<ChildProgram> tray;
+};
+
+TEST_F(InATray, TheIconShowsTheStateAndOpensTheMenuAndNoWindowComes) {
+    keepSetting(R"({"setupDone": true})");
+    start();
+    EXPECT_TRUE(awaitIcon(kReady));
+    keepSetting(R"({"setupDone": true, "paused": true})");
+    EXPECT_TRUE(awaitIcon(kPaused));
+    EXPECT_FALSE(display->find(kSetup)) << "the menu is in the tray";
+    display->click(kBar / 2, kBar / 2);
+    EXPECT_TRUE(waitUntil([this] { return display->hasPopup(); }));
+}
+
+TEST_F(InATray, WithoutAPhoneTheIconTellsSetupFromTrouble) {
+    environment["TANDREL_VIRTUAL_PHONE"] = "";
+    program = std::make_unique<RunningProgram>(environment, std::vector<std::string>{}, home);
+    EXPECT_TRUE(awaitIcon(kSetupColor));
+    keepSetting(R"({"setupDone": true})");
+    EXPECT_TRUE(awaitIcon(kAttention));
+}
+
+TEST_F(OwnersWindows, AreDrawnIntoTheFolderThatIsAskedFor) {
+    const PrivateBus bus;
+    const FakePortal darkDesktop(bus.address(), [] { return FakePortal::wrapped(1); });
+    environment["DBUS_SESSION_BUS_ADDRESS"] = bus.address();
+    const auto folder = home->path() / "pictures/today";
+    environment["TANDREL_SNAPSHOT_DIR"] = folder.string();
+    start();
+    await(kSetup);
+    const auto size = [&](const char* name) {
+        std::error_code none;
+        const auto bytes = std::filesystem::file_size(folder / name, none);
+        return none ? 0 : bytes;
+    };
+    // The first and the last of them.
+    EXPECT_TRUE(waitUntil([&] { return size("tray-icons.png") > 0; }));
+    const auto menu = readImage(folder / "menu-ready.png").value();
+    EXPECT_LT(meanLuma(menu), 0.4) << "the desktop prefers dark windows";
+    EXPECT_EQ(program->get("/status").status, 200);
 }
 
 TEST_F(OwnersWindows, ASecondStartOpensTheWindowOfTheFirst) {

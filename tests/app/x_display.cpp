@@ -51,6 +51,11 @@ XDisplay::XDisplay(std::unique_ptr<ChildProgram> server, std::string name)
 
 XDisplay::~XDisplay() { xcb_disconnect(connection_); }
 
+XDisplay::Window XDisplay::everything() const {
+    const xcb_screen_t& screen = *xcb_setup_roots_iterator(xcb_get_setup(connection_)).data;
+    return {.id = root_, .width = screen.width_in_pixels, .height = screen.height_in_pixels};
+}
+
 std::string XDisplay::titleOf(std::uint32_t window) {
     const auto reply =
         owned(xcb_get_property_reply(connection_,

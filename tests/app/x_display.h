@@ -32,6 +32,8 @@ class XDisplay {
     };
     // The visible window of this title.
     std::optional<Window> find(const std::string& title);
+    // The whole display with all that is on it.
+    Window everything() const;
     void focus(const Window& window);
     // What a window has told the window manager: the names in _NET_WM_STATE, and a number.
     std::vector<std::string> states(const Window& window);

@@ -1,6 +1,7 @@
 #include <future>
 #include <thread>
 
+#include <fmt/format.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -116,8 +117,10 @@ TEST_F(Guard, ANoIsANo) {
     };
     EXPECT_EQ(
         RunningEngine::errorOf(tap("Confirm"), 403),
-        "Not done: the owner didn't answer the payment request on their Mac within 3 seconds " +
-            shown + ", so it counts as a no. Repeat the action only if the owner asks you to.");
+        fmt::format("Not done: the owner didn't answer the payment request on their Mac within {} "
+                    "seconds {}, so it counts as a no. Repeat the action only if the owner asks "
+                    "you to.",
+                    kGuardTimeout, shown));
     EXPECT_EQ(owner.asked()[0].title, "Approve €25.00 to Ilse Varga?");
     owner.always(kDeny);
     const std::string denial =

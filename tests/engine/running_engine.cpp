@@ -19,7 +19,7 @@ void setEnvironment(const std::filesystem::path& home, const std::string& phones
     ::setenv("TANDREL_VIRTUAL_PHONE", phones.c_str(), 1);
     ::setenv("TANDREL_ENGINE_PORT", "0", 1);
     ::setenv("TANDREL_AIRPLAY_PORT", "0", 1);
-    ::setenv("TANDREL_GUARD_TIMEOUT", "3", 1);
+    ::setenv("TANDREL_GUARD_TIMEOUT", std::to_string(kGuardTimeout).c_str(), 1);
 }
 
 }  // namespace

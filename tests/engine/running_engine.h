@@ -12,6 +12,14 @@
 
 namespace tandrel {
 
+// The owner's time to answer, in seconds: enough for reading the screen twice, which takes seconds
+// when threads are watched.
+#ifdef __SANITIZE_THREAD__
+inline constexpr int kGuardTimeout = 30;
+#else
+inline constexpr int kGuardTimeout = 3;
+#endif
+
 // The whole engine as the application wires it, on free ports and with a home folder of its own,
 // serving virtual phones to whoever connects.
 class RunningEngine {

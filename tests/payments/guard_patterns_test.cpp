@@ -1,6 +1,11 @@
 #include "payments/guard_patterns.h"
 
+#include <random>
+#include <ranges>
+
 #include <gtest/gtest.h>
+
+#include "base/unicode.h"
 
 namespace tandrel::PaymentGuard {
 namespace {
@@ -164,6 +169,67 @@ TEST(GuardPatterns, EveryAlternativeFinds) {
             EXPECT_TRUE(has(c.rule, text)) << text << " in " << pattern(c.rule);
         for (const char* text : c.no)
             EXPECT_FALSE(has(c.rule, text)) << text << " in " << pattern(c.rule);
+    }
+}
+
+constexpr auto kEveryRule = std::views::iota(0, static_cast<int>(Rule::word) + 1);
+
+// Searches only where a keyword stands, and for amounts only around it, must find what a search of
+// the whole text finds.
+void expectAsWholeSearch(std::string_view text) {
+    for (const int number : kEveryRule) {
+        const auto rule = static_cast<Rule>(number);
+        EXPECT_EQ(has(rule, text), regex(rule).has(text)) << text << " in " << pattern(rule);
+    }
+    EXPECT_EQ(all(Rule::money, text), regex(Rule::money).all(text)) << text;
+    EXPECT_EQ(first(Rule::money, text), regex(Rule::money).first(text)) << text;
+    EXPECT_EQ(replaceAll(Rule::money, text, "_"), regex(Rule::money).replaceAll(text, "_")) << text;
+}
+
+std::string replaced(std::string text, std::string_view from, std::string_view to) {
+    for (auto at = text.find(from); at != text.npos; at = text.find(from, at + to.size()))
+        text.replace(at, from.size(), to);
+    return text;
+}
+
+TEST(GuardPatterns, AShorterSearchFindsTheSame) {
+    std::vector<std::string> texts;
+    for (const auto& c : kAlternatives) {
+        texts.insert(texts.end(), c.yes.begin(), c.yes.end());
+        texts.insert(texts.end(), c.no.begin(), c.no.end());
+    }
+    for (const char* text : {"Recipient: Ilse", "To", "Account ending in 8820", "Pay Ilse for it",
+                             "password", "Paying Ilse", "Merchant - Rota", "App Store"}) {
+        texts.emplace_back(text);
+    }
+    for (const auto& text : texts) {
+        expectAsWholeSearch(text);
+        std::string capitals = text;
+        for (char& c : capitals) c = static_cast<char>(c >= 'a' && c <= 'z' ? c - 32 : c);
+        expectAsWholeSearch(capitals);
+        // Letters that count as ASCII ones when case does not matter.
+        expectAsWholeSearch(replaced(text, "s", "\u017F"));
+        expectAsWholeSearch(replaced(text, "k", "\u212A"));
+        expectAsWholeSearch(replaced(text, "fi", "\uFB01"));
+    }
+}
+
+TEST(GuardPatterns, AmountsAreFoundWhereverTheyStand) {
+    const std::string_view pieces[] = {
+        "€",       "$",      "5",      "12",     "usd",    "USD",   "kr", "kr.",
+        "Ukraine", " ",      " ",      "\t",     "\n",     ".",     ",",  "\u00A0",
+        "\u202F",  "\u00E2", "\u00AC", "\u0082", "\u00C2", "£",     "a",  "u\u017Fd",
+        "\u0665",  "é",      "x-",     "\xFF",   "eurgbp", "\u0301"};
+    std::mt19937 random(7);  // NOLINT(bugprone-random-generator-seed): the same texts every time
+    std::uniform_int_distribution<std::size_t> piece(0, std::size(pieces) - 1);
+    std::uniform_int_distribution<int> length(1, 14);
+    for (int i = 0; i < 20'000 && !testing::Test::HasFailure(); ++i) {
+        std::string text;
+        for (int n = length(random); n > 0; --n) text += pieces[piece(random)];
+        EXPECT_EQ(all(Rule::money, text), regex(Rule::money).all(text)) << text;
+        // A search of the whole text mends bytes that are not UTF-8 in all of it.
+        if (!isUtf8(text)) continue;
+        EXPECT_EQ(replaceAll(Rule::money, text, "_"), regex(Rule::money).replaceAll(text, "_"));
     }
 }
 

@@ -70,6 +70,12 @@ const Case kCases[] = {
     {"a large figure with its comma and sign",
      [](DrawnFrame& frame) { frame.text(20, 70, "345,27 €", {"Inter Light", 52, kBlack}); },
      {{20, 234}}},
+    {"a thin minus before a large figure, and a sum of three characters",
+     [](DrawnFrame& frame) {
+         frame.text(20, 40, "-$73,752.50", {"Inter Light", 31, kBlack});
+         frame.text(20, 80, "$13", {"Noto Sans", 18, kBlack});
+     },
+     {{20, 190}, {20, 51}}},
     {"a plus sign before the figure, the arrow of a place behind the time",
      [](DrawnFrame& frame) {
          frame.text(20, 50, "+ 69.98");

@@ -43,6 +43,10 @@ TEST(TextMarks, anSBeforeAnAmountMayBeADollarSign) {
     EXPECT_TRUE(mayMisspellAmount("Total S1,250"));
     EXPECT_TRUE(mayMisspellAmount("O.55 €"));
     EXPECT_TRUE(mayMisspellAmount("B,13 €"));
+    EXPECT_TRUE(mayMisspellAmount("B97.59 €"));
+    EXPECT_TRUE(mayMisspellAmount("-$48, 437.75"));
+    EXPECT_FALSE(mayMisspellAmount("R97.59")) << "rand";
+    EXPECT_FALSE(mayMisspellAmount("Rooms 48, 51 and 7"));
     EXPECT_FALSE(mayMisspellAmount("Model S22"));
     EXPECT_FALSE(mayMisspellAmount("iOS 17.2, build 4"));
     EXPECT_FALSE(mayMisspellAmount("$77.11"));

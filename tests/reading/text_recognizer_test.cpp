@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <functional>
 #include <ostream>
 #include <random>
@@ -109,6 +110,33 @@ TEST(TextRecognizer, readsTheSameInEveryFontAndDensity) {
             EXPECT_EQ(linesOf(recognizer->read(frame.frame())), Lines{"Transfer to savings"})
                 << font << " at " << density;
         }
+    }
+}
+
+// Whatever hides the rest of an amount: what is left reads like another one.
+TEST(TextRecognizer, anAmountThatMayGoOnIsNotSure) {
+    const struct {
+        const char* name;
+        bool isSure;
+        std::function<void(DrawnFrame&)> draw;
+    } rows[] = {
+        {"stands free", true, [](DrawnFrame& frame) { frame.text(20, 60, "Total $48.50"); }},
+        {"runs out of the frame", false,
+         [](DrawnFrame& frame) { frame.text(295, 60, "Total $48.50"); }},
+        {"goes on under a plate", false,
+         [](DrawnFrame& frame) {
+             frame.text(20, 60, "Total $48.50");
+             frame.rectangle(111, 36, 80, 34, 6, kBlue);
+         }},
+    };
+    for (const auto& row : rows) {
+        DrawnFrame drawn(390 * 2, 100 * 2, 2, kWhite);
+        row.draw(drawn);
+        const auto records = (*makeTextRecognizer())->read(drawn.frame()).value().records;
+        const auto total = std::ranges::find_if(
+            records, [](const TextRecord& record) { return record.text.starts_with("Total"); });
+        ASSERT_NE(total, records.end()) << row.name;
+        EXPECT_EQ(total->confidence > 0.5, row.isSure) << row.name << ": " << total->text;
     }
 }
 

@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
-"""Judges a run of scenarios/product.sh from the logs that run.sh kept.
+"""Judges a run of scenarios/product.sh or two-hosts.sh from the logs that run.sh kept.
 
-usage: judge.py FOLDER
+usage: judge.py FOLDER [product|two-hosts]
 
 Prints a line for each check, with the raw reports or figures behind it; exits with 1 if one failed.
 """
@@ -61,6 +61,18 @@ def positions(reports):
     return [int(word[2], 16) | int(word[3], 16) << 8 for word in words]
 
 
+def seen_times(folder, name):
+    """When the kernel's input events had the x of the absolute pointer, between two marks."""
+    times, now = {}, ""
+    for line in (folder / "evdev.log").read_text().splitlines():
+        if line.startswith("MARK "):
+            now = line[5:]
+        event = re.match(r" *([\d.]+) event\d+ ABS ABS_X (\d+)$", line)
+        if now == name and event:
+            times.setdefault(int(event[2]), float(event[1]))
+    return times
+
+
 def sent_times(folder, command):
     times = {}
     for line in (folder / "program.log").read_text().splitlines():
@@ -70,16 +82,15 @@ def sent_times(folder, command):
     return times
 
 
-def burst(folder, reports, count, rate):
-    times = [time for time, report in reports if report.startswith("02 ")]
-    arrived = dict(zip(positions(reports), times))
+def burst(folder, reports, name, count, rate):
+    arrived = seen_times(folder, name)
     in_order = positions(reports) == list(range(1, count + 1))
     sent = sent_times(folder, f"burst {count} {rate}")
     late = sorted(1000 * (arrived[i] - sent[i]) for i in sent if i in arrived)
     if not late:
         return in_order, "none arrived"
     span = max(arrived.values()) - min(arrived.values())
-    return in_order, (f"{len(late)} of {count} in {span:.1f} s; ms from send to host: median "
+    return in_order, (f"{len(late)} of {count} in {span:.1f} s; ms from send to the input event: median "
                       f"{late[len(late) // 2]:.1f}, p99 {late[int(len(late) * 0.99)]:.1f}")
 
 
@@ -95,23 +106,45 @@ def checks(folder):
         and "03 00" in kinds[kinds.index("03 01"):]), " | ".join(texts("tap"))
     xs = positions(part("drag"))
     yield "a drag of 300 points, in order", len(xs) >= 300 and xs == sorted(xs), f"{len(xs)} points"
-    yield "33 a second", *burst(folder, part("rate33"), 100, 33)
-    yield "200 a second: paced, none lost", *burst(folder, part("rate200"), 200, 200)
-    for name, letter in (("reconnect", "y"), ("adapter", "z"), ("daemon", "w")):
+    yield "33 a second", *burst(folder, part("rate33"), "rate33", 100, 33)
+    yield "200 a second: paced, none lost", *burst(folder, part("rate200"), "rate200", 200, 200)
+    for name, letter in (("reconnect", "y"), ("adapter", "z"), ("daemon", "w"), ("again", "v")):
         came = [report for report in texts(name) if report != "closed"]
         keys = [report for report in came if report not in RELEASED]
         yield f"{name}: nothing stale, then the key", (
             typed(part(name)) == letter and len(keys) == 1), " | ".join(came)
-    ends = texts("term")
-    down = "01 00 00 05 00 00 00 00 00"
-    yield "ended with a key down: released", down in ends and any(
-        report in RELEASED or report == "closed" for report in ends[ends.index(down):]), (
-        " | ".join(ends[:6]))
+    for name, key, how in (("kill", "06", "killed"), ("term", "05", "ended")):
+        ends = texts(name)
+        down = f"01 00 00 {key} 00 00 00 00 00"
+        yield f"{how} with a key down: released or gone", down in ends and any(
+            report in RELEASED or report == "closed" for report in ends[ends.index(down):]), (
+            " | ".join(ends[:6]))
+
+
+def two_hosts(folder):
+    """What each host's raw device got: the first has a key down when the second comes."""
+    got, mark = {}, ""
+    for line in (folder / "evdev.log").read_text().splitlines():
+        words = line.split(maxsplit=3)
+        if line.startswith("MARK "):
+            mark = line[5:]
+        elif words[1] == "RAW":
+            got.setdefault(words[2], []).append((mark, words[3]))
+    first = got.pop("hidraw0", [])
+    held = ("one", "01 00 00 04 00 00 00 00 00")
+    later = first[first.index(held) + 1:] if held in first else []
+    let_go = [report for _, report in later if report.startswith("01 ")]
+    yield "the first host has the key", held in first, " | ".join(report for _, report in first)
+    yield "and gets it released before anything else", let_go[:1] == ["01" + 8 * " 00"], (
+        " | ".join(let_go))
+    others = [report for reports in got.values() for _, report in reports]
+    yield "no key reaches another host", not set(others) - RELEASED, " | ".join(others)
 
 
 def main():
     failures = 0
-    for name, good, figures in checks(Path(sys.argv[1])):
+    judge = two_hosts if sys.argv[2:] == ["two-hosts"] else checks
+    for name, good, figures in judge(Path(sys.argv[1])):
         failures += not good
         print(f"{'ok  ' if good else 'FAIL'} {name}: {figures}")
     sys.exit(failures > 0)

@@ -224,9 +224,13 @@ TEST_F(AirPlayServerTest, TheReceiversTroubleIsTheReason) {
     EXPECT_EQ(json("/status")["receiver"],
               Json({{"state", "missing"}, {"name", "Desk"}, {"error", "uxplay is not installed"}}));
     receiver.now = {ReceiverStatus::State::waiting, "Desk", ""};
-    EXPECT_EQ(errorOf("/frame.png"),
-              "no iPhone is mirroring its screen: on the iPhone open Control Center › Screen "
-              "Mirroring › Desk");
+    constexpr const char* kNobodyMirrors =
+        "no iPhone is mirroring its screen: on the iPhone open Control Center › Screen Mirroring › "
+        "Desk";
+    EXPECT_EQ(errorOf("/status"), kNobodyMirrors) << "not what was wrong before";
+    EXPECT_EQ(errorOf("/frame.png"), kNobodyMirrors);
+    windows.refuse("there is no display");
+    EXPECT_EQ(errorOf("/status"), kNobodyMirrors) << "a receiver needs no display";
 }
 
 TEST_F(AirPlayServerTest, IsServedOverHttpInItsOwnForm) {

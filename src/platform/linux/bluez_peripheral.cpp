@@ -31,6 +31,7 @@ class BluezPeripheral final : public BluetoothPeripheral, private bluez::Session
     void stopAdvertising() override;
     bool isAdvertising() const override { return advertising_; }
     std::string advice() const override { return advice_; }
+    std::vector<BluetoothAdapter> adapters() const override { return adapters_; }
     Delivery updateValue(CharacteristicId characteristic, const Bytes& value,
                          const std::vector<Uuid>& centrals) override;
 
@@ -43,6 +44,7 @@ class BluezPeripheral final : public BluetoothPeripheral, private bluez::Session
 
     // On the thread of the bus.
     void stateIs(BluetoothState state, const std::string& sentence) override;
+    void adaptersAre(const std::vector<BluetoothAdapter>& adapters) override;
     void advise(const std::string& sentence) override;
     void advertised(const std::optional<std::string>& error) override;
     void linkIs(const std::string& adapter, const std::optional<PhoneLink>& link) override;
@@ -64,6 +66,7 @@ class BluezPeripheral final : public BluetoothPeripheral, private bluez::Session
 
     BluetoothState state_ = BluetoothState::unknown;  // the queue's, as all up to `links_`
     std::string advice_;
+    std::vector<BluetoothAdapter> adapters_;
     bool advertising_ = false;
     std::vector<GattService> services_;
     bool refusing_ = false;
@@ -178,6 +181,10 @@ void BluezPeripheral::stateIs(BluetoothState state, const std::string& sentence)
         links_.clear();
         delegate_.stateChanged(state);
     });
+}
+
+void BluezPeripheral::adaptersAre(const std::vector<BluetoothAdapter>& adapters) {
+    onQueue([this, adapters] { adapters_ = adapters; });
 }
 
 void BluezPeripheral::advise(const std::string& sentence) {

@@ -42,6 +42,7 @@ class Registration {
     void advance(bool powered);
     // The advertisement can't be trusted any more: after the computer slept.
     void readvertise() { advertised_ = Step::none; }
+    void startAdvertising() { wanted_ = true; }
     void stopAdvertising();
     bool isAdvertised() const { return advertised_ == Step::done; }
 

@@ -58,7 +58,8 @@ Session::Session(sdbus::IConnection& bus, BusLoop& loop, SessionEvents& events, 
 
 Session::~Session() = default;
 
-// Adapters lose their advertisement when the computer sleeps, and some of them say nothing.
+// Adapters lose their advertisement when the computer sleeps, and some of them say nothing. While a
+// phone is connected a new one would let a second phone in, so it waits until that one has left.
 void Session::watchSleep() {
     bus_.addMatch(
         "type='signal',interface='org.freedesktop.login1.Manager',member='PrepareForSleep'",
@@ -70,9 +71,7 @@ void Session::watchSleep() {
                 return;
             }
             if (goingToSleep) return;
-            for (auto& [adapter, registration] : registrations_) {
-                if (!links_.contains(adapter)) registration->readvertise();
-            }
+            for (const auto& [adapter, registration] : registrations_) slept_.insert(adapter);
             refresh();
         },
         sdbus::floating_slot);
@@ -92,6 +91,7 @@ void Session::publish(const Publication& publication) {
         registrations_.clear();
         publication_ = publication;
     }
+    for (auto& [adapter, registration] : registrations_) registration->startAdvertising();
     refresh();
     const bool advertised = std::ranges::any_of(
         registrations_, [](const auto& entry) { return entry.second->isAdvertised(); });
@@ -112,6 +112,7 @@ void Session::refresh() {
     refreshRegistrations();
     for (const auto& [adapter, registration] : registrations_) refreshLink(*registration);
     refreshState();
+    refreshAdapters();
     for (const Device& device : bonds_.newlyStale(watch_.objects(), systemClock().now())) {
         events_.advise(BondWatch::advice(device));
     }
@@ -150,6 +151,7 @@ void Session::refreshRegistrations() {
         if (!registration) {
             const auto report = [this](const std::optional<std::string>& error) {
                 events_.advertised(error);
+                refreshAdapters();
                 if (!error || std::exchange(retrying_, true)) return;
                 later(options_.retry, [this] {
                     retrying_ = false;
@@ -159,6 +161,7 @@ void Session::refreshRegistrations() {
             registration = std::make_unique<Registration>(
                 bus_, path, *publication_, static_cast<GattRequests&>(*this), report);
         }
+        if (!links_.contains(path) && slept_.erase(path) > 0) registration->readvertise();
         // A failed step waits for its retry.
         if (!retrying_ || !adapter.powered) registration->advance(adapter.powered);
     }
@@ -187,7 +190,10 @@ void Session::refreshLink(Registration& registration) {
         // Both hear it, and a release harms neither; a key held down could.
         registration.gatt().notifyReleased();
     }
-    for (const std::string& device : inUse.others) sendAway(device, "another phone is connected");
+    for (const std::string& device : inUse.others) {
+        if (!farewells_.contains(device)) ++refusals_[adapter];
+        sendAway(device, "another phone is connected");
+    }
     std::erase_if(farewells_, [&](const auto& entry) {
         const auto found = devices.find(entry.first);
         return found == devices.end() || !found->second.connected;
@@ -201,6 +207,7 @@ void Session::setLink(Registration& registration, const std::string& phone) {
     if (phone.empty()) {
         if (found == links_.end()) return;
         links_.erase(found);
+        if (slept_.contains(adapter)) later({}, [this] { refresh(); });
         return events_.linkIs(adapter, std::nullopt);
     }
     PhoneLink link{phone, centralBehind(phone), 0, registration.gatt().notifying()};
@@ -289,15 +296,48 @@ void Session::refreshState() {
     events_.stateIs(now.first, now.second);
 }
 
-bool Session::mayPair(const std::string& device) const {
+void Session::refreshAdapters() {
+    std::vector<BluetoothAdapter> now;
+    for (const auto& [path, adapter] : watch_.objects().adapters) {
+        if (!isChosen(path)) continue;
+        const auto registration = registrations_.find(path);
+        const auto link = links_.find(path);
+        const auto refusals = refusals_.find(path);
+        BluetoothAdapter report{.name = shortName(path),
+                                .canBePeripheral = adapter.canBePeripheral,
+                                .powered = adapter.powered,
+                                .advertising = registration != registrations_.end() &&
+                                               registration->second->isAdvertised(),
+                                .phone = {},
+                                .paired = {},
+                                .refusals = refusals == refusals_.end() ? 0 : refusals->second};
+        for (const auto& [devicePath, device] : watch_.objects().devices) {
+            if (device.adapter != path || device.isAccessory) continue;
+            if (device.paired) report.paired.push_back(nameOf(device));
+            if (link != links_.end() && link->second.device == devicePath) {
+                report.phone = nameOf(device);
+            }
+        }
+        now.push_back(std::move(report));
+    }
+    if (now == lastAdapters_) return;
+    lastAdapters_ = now;
+    events_.adaptersAre(now);
+}
+
+// One that asks while another phone is connected wants our keyboard and can't have it: it is sent
+// away like one that has used our services.
+bool Session::mayPair(const std::string& device) {
     const auto& devices = watch_.objects().devices;
     const auto asking = devices.find(device);
     if (asking == devices.end() || !registrations_.contains(asking->second.adapter)) return false;
     const auto users = usersAt(asking->second.adapter);
-    return std::ranges::none_of(devices, [&](const auto& entry) {
+    const bool isTaken = std::ranges::any_of(devices, [&](const auto& entry) {
         return entry.first != device && entry.second.adapter == asking->second.adapter &&
                entry.second.connected && users.contains(entry.second.address);
     });
+    if (isTaken) later({}, [this, device] { usedBy(device); });
+    return !isTaken;
 }
 
 void Session::usedBy(const std::string& device) {

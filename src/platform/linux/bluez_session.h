@@ -33,6 +33,8 @@ class SessionEvents {
  public:
     virtual ~SessionEvents() = default;
     virtual void stateIs(BluetoothState state, const std::string& sentence) = 0;
+    // Told when anything about them has changed.
+    virtual void adaptersAre(const std::vector<BluetoothAdapter>& adapters) = 0;
     // Something that the owner should hear of.
     virtual void advise(const std::string& sentence) = 0;
     virtual void advertised(const std::optional<std::string>& error) = 0;
@@ -80,6 +82,7 @@ class Session final : private GattRequests {
     void refresh();
     void followAddresses();
     void refreshState();
+    void refreshAdapters();
     void refreshRegistrations();
     void refreshLink(Registration& registration);
     void setLink(Registration& registration, const std::string& phone);
@@ -89,7 +92,7 @@ class Session final : private GattRequests {
     void later(Duration delay, std::function<void()> task);
     void watchSleep();
 
-    bool mayPair(const std::string& device) const;
+    bool mayPair(const std::string& device);
     bool isChosen(const std::string& adapter) const;
     std::string guessUser(const std::string& adapter) const;
     std::set<std::string> usersAt(const std::string& adapter) const;
@@ -117,6 +120,9 @@ class Session final : private GattRequests {
     std::map<std::string, PhoneLink> links_;        // by adapter
     // Devices that were asked to leave, by path, until they have.
     std::map<std::string, std::unique_ptr<sdbus::IProxy>> farewells_;
+    std::set<std::string> slept_;  // adapters that may have lost their advertisement over a sleep
+    std::map<std::string, int> refusals_;  // by adapter: phones sent away for another
+    std::vector<BluetoothAdapter> lastAdapters_;
     std::set<std::string> deaf_;  // addresses sent away once for being silent
     std::uint64_t lastLink_ = 0;
 

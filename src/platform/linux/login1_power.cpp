@@ -105,11 +105,11 @@ void Login1Power::prepareForSleep(bool goingToSleep) {
             if (callbacks && callbacks->willSleep) callbacks->willSleep();
         });
     } else {
-        takeInhibitor();
         loop_.post([weak] {
             const auto callbacks = weak.lock();
             if (callbacks && callbacks->didWake) callbacks->didWake();
         });
+        takeInhibitor();
     }
 }
 

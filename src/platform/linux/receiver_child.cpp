@@ -1,7 +1,6 @@
 #include "platform/linux/receiver_child.h"
 
 #include <algorithm>
-#include <cerrno>
 #include <csignal>
 #include <fstream>
 #include <set>
@@ -9,89 +8,18 @@
 #include <utility>
 
 #include <fcntl.h>
-#include <fmt/format.h>
 #include <poll.h>
-#include <spawn.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include "base/environment.h"
 #include "base/file.h"
 
-// glibc 2.36 declares these functions without C linkage.
-extern "C" {
-#include <sys/pidfd.h>
-}
-
 namespace tandrel {
 namespace {
 
-constexpr int kFramesDescriptor = 3;
-// Two large frames: the program is not held up while one is being looked at.
+// The most that the kernel grants to anyone: a large frame comes in five reads instead of eighty.
 constexpr int kPipeBytes = 1 << 20;
 // Starts a program that gets a signal when its parent ends (util-linux).
 constexpr const char* kSetpriv = "/usr/bin/setpriv";
-
-struct Pipe {
-    FileDescriptor reading;
-    FileDescriptor writing;
-
-    static Result<Pipe> open() {
-        int ends[2];
-        if (::pipe2(ends, O_CLOEXEC) != 0) return fail("can't make a pipe: " + systemError(errno));
-        ::fcntl(ends[0], F_SETFL, O_NONBLOCK);
-        return Pipe{FileDescriptor(ends[0]), FileDescriptor(ends[1])};
-    }
-};
-
-class SpawnSettings {
- public:
-    SpawnSettings(int words, int frames) {
-        posix_spawnattr_init(&attributes_);
-        sigset_t signals;
-        sigemptyset(&signals);
-        posix_spawnattr_setsigmask(&attributes_, &signals);
-        for (const int signal : {SIGHUP, SIGINT, SIGQUIT, SIGTERM, SIGPIPE, SIGCHLD}) {
-            sigaddset(&signals, signal);
-        }
-        posix_spawnattr_setsigdefault(&attributes_, &signals);
-        posix_spawnattr_setflags(
-            &attributes_, POSIX_SPAWN_SETSID | POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF);
-        posix_spawn_file_actions_init(&actions_);
-        posix_spawn_file_actions_addopen(&actions_, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
-        posix_spawn_file_actions_adddup2(&actions_, words, STDOUT_FILENO);
-        posix_spawn_file_actions_adddup2(&actions_, words, STDERR_FILENO);
-        posix_spawn_file_actions_adddup2(&actions_, frames, kFramesDescriptor);
-        posix_spawn_file_actions_addclosefrom_np(&actions_, kFramesDescriptor + 1);
-    }
-    ~SpawnSettings() {
-        posix_spawn_file_actions_destroy(&actions_);
-        posix_spawnattr_destroy(&attributes_);
-    }
-    SpawnSettings(const SpawnSettings&) = delete;
-    SpawnSettings& operator=(const SpawnSettings&) = delete;
-
-    int spawn(pid_t& pid, std::vector<std::string> words) const {
-        std::vector<char*> pointers;
-        for (std::string& word : words) pointers.push_back(word.data());
-        pointers.push_back(nullptr);
-        return ::posix_spawn(&pid, words.front().c_str(), &actions_, &attributes_, pointers.data(),
-                             environ);
-    }
-
- private:
-    posix_spawnattr_t attributes_{};
-    posix_spawn_file_actions_t actions_{};
-};
-
-std::vector<std::string> commandLine(const std::filesystem::path& program,
-                                     const std::vector<std::string>& arguments) {
-    std::vector<std::string> words;
-    if (isExecutableFile(kSetpriv)) words = {kSetpriv, "--pdeathsig", "TERM", "--"};
-    words.push_back(program.string());
-    words.insert(words.end(), arguments.begin(), arguments.end());
-    return words;
-}
 
 bool hasEnded(int end, Duration patience) {
     pollfd wait{end, POLLIN, 0};
@@ -118,37 +46,30 @@ std::set<std::string> socketsOf(const std::filesystem::path& folder) {
 }  // namespace
 
 Result<ReceiverChild> ReceiverChild::start(const std::filesystem::path& program,
-                                           const std::vector<std::string>& arguments) {
-    Pipe frames = TRY(Pipe::open());
-    Pipe words = TRY(Pipe::open());
+                                           std::vector<std::string> arguments) {
+    ProgramPipe frames = TRY(ProgramPipe::open());
+    ProgramPipe words = TRY(ProgramPipe::open());
     ::fcntl(frames.reading.get(), F_SETPIPE_SZ, kPipeBytes);
-    const SpawnSettings settings(words.writing.get(), frames.writing.get());
-    ReceiverChild child;
-    if (const int error = settings.spawn(child.pid_, commandLine(program, arguments)); error != 0) {
-        child.pid_ = -1;
-        return fail(fmt::format("can't start {}: {}", program.string(), systemError(error)));
+    ProgramStart how{.program = program,
+                     .arguments = std::move(arguments),
+                     .output = words.writing.get(),
+                     .third = frames.writing.get()};
+    if (isExecutableFile(kSetpriv)) {
+        how.arguments.insert(how.arguments.begin(),
+                             {"--pdeathsig", "TERM", "--", program.string()});
+        how.program = kSetpriv;
     }
-    child.frames_ = std::move(frames.reading);
-    child.words_ = std::move(words.reading);
-    child.end_ = FileDescriptor(::pidfd_open(child.pid_, 0));
-    if (!child.end_) return fail("can't watch " + program.string() + ": " + systemError(errno));
-    return child;
+    return ReceiverChild(TRY(StartedProgram::start(how)), std::move(frames.reading),
+                         std::move(words.reading));
 }
 
-ReceiverChild::ReceiverChild(ReceiverChild&& other) noexcept
-    : pid_(std::exchange(other.pid_, -1)),
-      frames_(std::move(other.frames_)),
-      words_(std::move(other.words_)),
-      end_(std::move(other.end_)) {}
+ReceiverChild::ReceiverChild(StartedProgram program, FileDescriptor frames, FileDescriptor words)
+    : program_(std::move(program)), frames_(std::move(frames)), words_(std::move(words)) {}
 
 ReceiverChild::~ReceiverChild() {
-    if (pid_ <= 0) return;
-    ::kill(-pid_, SIGTERM);
-    if (end_) hasEnded(end_.get(), kGrace);
-    ::kill(-pid_, SIGKILL);
-    int status = 0;
-    while (::waitpid(pid_, &status, 0) < 0 && errno == EINTR) {
-    }
+    if (program_.pid() <= 0) return;
+    program_.signalAll(SIGTERM);
+    hasEnded(program_.end(), kGrace);
 }
 
 std::filesystem::path findProgram(const std::string& name) {

@@ -9,6 +9,7 @@
 #include "base/clock.h"
 #include "base/file_descriptor.h"
 #include "base/result.h"
+#include "platform/linux/started_program.h"
 
 namespace tandrel {
 
@@ -17,28 +18,27 @@ namespace tandrel {
 class ReceiverChild {
  public:
     static Result<ReceiverChild> start(const std::filesystem::path& program,
-                                       const std::vector<std::string>& arguments);
+                                       std::vector<std::string> arguments);
     // Ends it and whatever it started that has not left its session: asks, and after kGrace
     // insists.
     ~ReceiverChild();
-    ReceiverChild(ReceiverChild&& other) noexcept;
+    ReceiverChild(ReceiverChild&&) noexcept = default;
     ReceiverChild& operator=(ReceiverChild&&) = delete;
 
     static constexpr Duration kGrace = std::chrono::seconds(2);
 
-    pid_t pid() const { return pid_; }
+    pid_t pid() const { return program_.pid(); }
     // Never block a reader. `end` becomes readable when the program has ended.
     int frames() const { return frames_.get(); }
     int words() const { return words_.get(); }
-    int end() const { return end_.get(); }
+    int end() const { return program_.end(); }
 
  private:
-    ReceiverChild() = default;
+    ReceiverChild(StartedProgram program, FileDescriptor frames, FileDescriptor words);
 
-    pid_t pid_ = -1;
+    StartedProgram program_;
     FileDescriptor frames_;
     FileDescriptor words_;
-    FileDescriptor end_;
 };
 
 // Where a program lies: `name` itself when it is a path, else the first on the search path; empty

@@ -16,7 +16,8 @@ class ReceiverWords {
     bool hasSpoken() const { return hasSpoken_; }
     // The last line that tells of a failure, else the last line.
     std::string lastError() const { return error_.empty() ? last_ : error_; }
-    // One sentence with the command that helps, when a part of the program is not installed.
+    // One sentence with the command that helps, when something that the program needs is not
+    // installed.
     std::optional<std::string> missingPart() const;
 
  private:
@@ -25,6 +26,7 @@ class ReceiverWords {
     std::string line_;
     std::string last_;
     std::string error_;
+    std::string lack_;  // the sentence for the first line that tells of one
     bool hasSpoken_ = false;
 };
 

@@ -19,7 +19,9 @@ class ReportPacer {
         // How much earlier than that a report may leave, so that a sender with the same pace is not
         // held up by its clock's jitter. The rate over time stays.
         Duration tolerance = std::chrono::milliseconds(10);
-        int mostInFlight = 8;
+        // One at a time: where a link has several channels, what the daemon holds together leaves
+        // on all of them at once.
+        int mostInFlight = 1;
     };
 
     explicit ReportPacer(Limits limits) : limits_(limits) {}

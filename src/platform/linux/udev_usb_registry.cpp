@@ -2,21 +2,12 @@
 
 #include <charconv>
 #include <cstring>
-#include <memory>
 #include <optional>
 
-#include <libudev.h>
+#include "platform/linux/udev_owned.h"
 
 namespace tandrel {
 namespace {
-
-struct Unref {
-    void operator()(udev* context) const { udev_unref(context); }
-    void operator()(udev_enumerate* list) const { udev_enumerate_unref(list); }
-    void operator()(udev_device* device) const { udev_device_unref(device); }
-};
-template <typename T>
-using Owned = std::unique_ptr<T, Unref>;
 
 std::optional<UsbDevice> read(udev_device* device) {
     const char* vendor = udev_device_get_sysattr_value(device, "idVendor");
@@ -33,9 +24,9 @@ std::optional<UsbDevice> read(udev_device* device) {
 }  // namespace
 
 std::vector<UsbDevice> UdevUsbRegistry::devices() {
-    const Owned<udev> context(udev_new());
+    const UdevOwned<udev> context(udev_new());
     if (!context) return {};
-    const Owned<udev_enumerate> list(udev_enumerate_new(context.get()));
+    const UdevOwned<udev_enumerate> list(udev_enumerate_new(context.get()));
     if (!list || udev_enumerate_add_match_subsystem(list.get(), "usb") < 0 ||
         udev_enumerate_add_match_property(list.get(), "DEVTYPE", "usb_device") < 0 ||
         udev_enumerate_scan_devices(list.get()) < 0) {
@@ -44,7 +35,7 @@ std::vector<UsbDevice> UdevUsbRegistry::devices() {
     std::vector<UsbDevice> result;
     udev_list_entry* entry = nullptr;
     udev_list_entry_foreach(entry, udev_enumerate_get_list_entry(list.get())) {
-        const Owned<udev_device> device(
+        const UdevOwned<udev_device> device(
             udev_device_new_from_syspath(context.get(), udev_list_entry_get_name(entry)));
         if (!device) continue;  // unplugged since the scan
         if (auto usb = read(device.get())) result.push_back(std::move(*usb));

@@ -16,6 +16,8 @@ constexpr std::uint32_t kShift = 0xffe1;  // Shift_L
 constexpr Duration kBetweenMoves = std::chrono::milliseconds(16);
 // Programs look up a lent key only when they get to hear of it.
 constexpr Duration kKeyboardChange = std::chrono::milliseconds(50);
+constexpr Duration kPatience = std::chrono::seconds(2);
+constexpr Duration kBetweenLooks = std::chrono::milliseconds(5);
 
 struct Mapping {
     xcb_keycode_t first = 0;
@@ -58,7 +60,7 @@ Result<void> XSyntheticInput::finish() const {
 }
 
 Result<void> XSyntheticInput::click(DesktopPoint at) {
-    fake(XCB_MOTION_NOTIFY, 0, at);
+    TRY_VOID(point(at));
     fake(XCB_BUTTON_PRESS, 1);
     fake(XCB_BUTTON_RELEASE, 1);
     return finish();
@@ -66,7 +68,7 @@ Result<void> XSyntheticInput::click(DesktopPoint at) {
 
 Result<void> XSyntheticInput::drag(DesktopPoint from, DesktopPoint to, Duration duration) {
     const auto steps = std::max<std::int64_t>(duration / kBetweenMoves, 1);
-    fake(XCB_MOTION_NOTIFY, 0, from);
+    TRY_VOID(point(from));
     fake(XCB_BUTTON_PRESS, 1);
     for (std::int64_t i = 1; i <= steps; ++i) {
         const double share = static_cast<double>(i) / static_cast<double>(steps);
@@ -77,6 +79,39 @@ Result<void> XSyntheticInput::drag(DesktopPoint from, DesktopPoint to, Duration 
     }
     fake(XCB_BUTTON_RELEASE, 1);
     return finish();
+}
+
+// Moves the pointer there, onto the window that was activated and not onto one that covers it.
+Result<void> XSyntheticInput::point(DesktopPoint at) const {
+    fake(XCB_MOTION_NOTIFY, 0, at);
+    TRY_VOID(finish());
+    if (active_ == XCB_NONE) return {};
+    const bool isThere = await([&] {
+        const auto pointer = xReply(
+            xcb_query_pointer_reply(x_->get(), xcb_query_pointer(x_->get(), x_->root()), nullptr));
+        return pointer && pointer->child == topLevelOf(active_);
+    });
+    TRY_VOID(finish());
+    if (isThere) return {};
+    return fail("another window covers that place, or it lies outside the desktop");
+}
+
+XReply<xcb_get_window_attributes_reply_t> XSyntheticInput::attributes(xcb_window_t window) const {
+    return xReply(xcb_get_window_attributes_reply(
+        x_->get(), xcb_get_window_attributes(x_->get(), window), nullptr));
+}
+
+// The child of the root that holds the window: itself, or the frame that the window manager drew.
+xcb_window_t XSyntheticInput::topLevelOf(xcb_window_t window) const {
+    constexpr int kDeepest = 16;
+    for (int depth = 0; depth < kDeepest; ++depth) {
+        const auto tree =
+            xReply(xcb_query_tree_reply(x_->get(), xcb_query_tree(x_->get(), window), nullptr));
+        if (!tree || tree->parent == XCB_NONE) return XCB_NONE;
+        if (tree->parent == x_->root()) return window;
+        window = tree->parent;
+    }
+    return XCB_NONE;
 }
 
 std::optional<XSyntheticInput::Stroke> XSyntheticInput::findStroke(std::uint32_t keysym) const {
@@ -97,6 +132,7 @@ std::optional<XSyntheticInput::Stroke> XSyntheticInput::findStroke(std::uint32_t
 // A character that no key of this keyboard has is given to one that has none.
 Result<XSyntheticInput::Stroke> XSyntheticInput::lendStroke(std::uint32_t keysym) const {
     const Mapping mapping = keyboardMapping(*x_);
+    TRY_VOID(finish());
     const auto perCode = static_cast<std::size_t>(std::max(mapping.perCode, 1));
     for (std::size_t i = mapping.keysyms.size() / perCode; i-- > 0;) {
         const auto* first = mapping.keysyms.data() + i * perCode;
@@ -152,23 +188,14 @@ Result<void> XSyntheticInput::key(std::string_view key, const std::vector<std::s
 }
 
 Result<void> XSyntheticInput::activate(std::uint32_t window) {
-    const auto state = xReply(xcb_get_window_attributes_reply(
-        x_->get(), xcb_get_window_attributes(x_->get(), window), nullptr));
+    const auto state = attributes(window);
     if (!state) return fail("window " + std::to_string(window) + " is gone");
+    active_ = window;
     const xcb_atom_t active = x_->atom("_NET_ACTIVE_WINDOW");
     const auto supported = x_->numbers(x_->root(), x_->atom("_NET_SUPPORTED"));
     if (active != XCB_ATOM_NONE && std::ranges::count(supported, active) > 0) {
-        xcb_client_message_event_t message{};
-        message.response_type = XCB_CLIENT_MESSAGE;
-        message.format = 32;
-        message.window = window;
-        message.type = active;
-        message.data.data32[0] = 2;  // a request of the person's own
-        xcb_send_event(x_->get(), 0, x_->root(),
-                       XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT | XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY,
-                       // The protocol's event is the structure's bytes.
-                       reinterpret_cast<const char*>(&message));
-        return finish();
+        requestActivation(window, active);
+        return awaitActive(window, active);
     }
     const std::uint32_t above = XCB_STACK_MODE_ABOVE;
     xcb_configure_window(x_->get(), window, XCB_CONFIG_WINDOW_STACK_MODE, &above);
@@ -176,6 +203,43 @@ Result<void> XSyntheticInput::activate(std::uint32_t window) {
         xcb_set_input_focus(x_->get(), XCB_INPUT_FOCUS_PARENT, window, XCB_CURRENT_TIME);
     }
     return finish();
+}
+
+void XSyntheticInput::requestActivation(xcb_window_t window, xcb_atom_t active) const {
+    xcb_client_message_event_t message{};
+    message.response_type = XCB_CLIENT_MESSAGE;
+    message.format = 32;
+    message.window = window;
+    message.type = active;
+    message.data.data32[0] = 2;  // a request of the person's own
+    xcb_send_event(x_->get(), 0, x_->root(),
+                   XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT | XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY,
+                   // The protocol's event is the structure's bytes.
+                   reinterpret_cast<const char*>(&message));
+}
+
+// Until the window has the keyboard, what is typed would go to another one.
+Result<void> XSyntheticInput::awaitActive(xcb_window_t window, xcb_atom_t active) const {
+    const bool isActive = await([&] {
+        // What was just minimised is named for a moment more.
+        const auto state = attributes(window);
+        const auto now = x_->numbers(x_->root(), active);
+        return state && state->map_state == XCB_MAP_STATE_VIEWABLE && !now.empty() &&
+               now.front() == window;
+    });
+    TRY_VOID(finish());
+    if (isActive) return {};
+    return fail("the desktop does not bring window " + std::to_string(window) + " to the front");
+}
+
+// The window manager takes its time to do what it is asked for.
+bool XSyntheticInput::await(const std::function<bool()>& fits) const {
+    const TimePoint deadline = systemClock().now() + kPatience;
+    while (!fits()) {
+        if (x_->isBroken() || systemClock().now() >= deadline) return false;
+        systemClock().sleepFor(kBetweenLooks);
+    }
+    return true;
 }
 
 }  // namespace tandrel

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <optional>
 
@@ -32,8 +33,15 @@ class XSyntheticInput final : public SyntheticInput {
     Result<void> press(std::uint32_t keysym, const std::vector<std::uint32_t>& modifiers) const;
     void fake(std::uint8_t type, std::uint8_t detail, DesktopPoint at = {}) const;
     Result<void> finish() const;
+    Result<void> point(DesktopPoint at) const;
+    XReply<xcb_get_window_attributes_reply_t> attributes(xcb_window_t window) const;
+    xcb_window_t topLevelOf(xcb_window_t window) const;
+    void requestActivation(xcb_window_t window, xcb_atom_t active) const;
+    bool await(const std::function<bool()>& fits) const;
+    Result<void> awaitActive(xcb_window_t window, xcb_atom_t active) const;
 
     const std::unique_ptr<XConnection> x_;
+    xcb_window_t active_ = XCB_NONE;
 };
 
 }  // namespace tandrel

@@ -3,9 +3,9 @@
 #include <cstdint>
 #include <vector>
 
+#include "base/frame_pool.h"
 #include "base/pixel_buffer.h"
 #include "platform/virtual/fonts.h"
-#include "platform/virtual/frame_pool.h"
 #include "platform/virtual/phone_model.h"
 
 namespace tandrel {

@@ -55,6 +55,22 @@ class BluezTest : public testing::Test {
         return publisher_->with([](auto& peripheral) { return peripheral.advice(); });
     }
 
+    std::vector<std::string> adapters() {
+        std::vector<std::string> lines;
+        for (const auto& adapter :
+             publisher_->with([](auto& peripheral) { return peripheral.adapters(); })) {
+            std::string line = adapter.name;
+            if (adapter.canBePeripheral) line += " peripheral";
+            if (adapter.powered) line += " on";
+            if (adapter.advertising) line += " advertising";
+            if (!adapter.phone.empty()) line += ", drives " + adapter.phone;
+            for (const std::string& phone : adapter.paired) line += ", paired " + phone;
+            if (adapter.refusals > 0) line += fmt::format(", {} sent away", adapter.refusals);
+            lines.push_back(line);
+        }
+        return lines;
+    }
+
     PrivateBus bus_;
     FakeBluez bluez_;
     std::string phone_;
@@ -179,6 +195,34 @@ TEST_F(BluezTest, RecoversFromWhateverGoesAndComesBack) {
     }
 }
 
+TEST_F(BluezTest, AdvertisesAnewAfterSleepOnceNoPhoneIsConnected) {
+    startWithPhone();
+    bluez_.sleepAndWake();
+    EXPECT_EQ(send(1), Delivery::accepted);
+    EXPECT_THAT(bluez_.received(phone_, 1), ElementsAre("1/2 01"));
+    EXPECT_EQ(bluez_.advertisementsRegistered(), 1) << "a second phone could come in";
+    bluez_.disconnect(phone_);
+    EXPECT_TRUE(bluez_.awaitOnAir());
+    EXPECT_TRUE(publisher_->awaitSubscriptions(central_, 0));
+    bluez_.sleepAndWake();
+    EXPECT_TRUE(bluez_.awaitOnAir());
+    EXPECT_EQ(bluez_.advertisementsRegistered(), 3);
+    EXPECT_TRUE(bluez_.connect(phone_));
+    EXPECT_TRUE(publisher_->awaitSubscriptions(central_, 3));
+}
+
+TEST_F(BluezTest, ReportsItsAdapters) {
+    bluez_.addAdapter("hci1", {.powered = true, .peripheral = false});
+    bluez_.addAdapter("hci2", {.powered = false, .peripheral = true});
+    startWithPhone();
+    EXPECT_THAT(adapters(),
+                ElementsAre("hci0 peripheral on advertising, drives Phone, paired Phone", "hci1 on",
+                            "hci2 peripheral"));
+    bluez_.disconnect(phone_);
+    EXPECT_TRUE(publisher_->awaitSubscriptions(central_, 0));
+    EXPECT_THAT(adapters(), testing::Contains("hci0 peripheral on advertising, paired Phone"));
+}
+
 TEST_F(BluezTest, PhoneThatLeavesIsUnsubscribedAndComesBackWithoutSubscribing) {
     startWithPhone();
     bluez_.disconnect(phone_);
@@ -217,7 +261,6 @@ TEST_F(BluezTest, SecondPhoneIsSentAwayAndHearsNothingButReleases) {
     EXPECT_THAT(bluez_.received(phone_, 1), ElementsAre("1/2 04"));
     const std::string other = bluez_.addDevice(kOther);
     bluez_.connect(other);
-    EXPECT_FALSE(bluez_.pair(other));
     bluez_.subscribe(other);
     bluez_.read(other, "1/1");
     EXPECT_TRUE(publisher_->await("unsubscribed 3"));
@@ -228,6 +271,22 @@ TEST_F(BluezTest, SecondPhoneIsSentAwayAndHearsNothingButReleases) {
     EXPECT_THAT(bluez_.received(other, 0), testing::Each("1/2 00"));
     EXPECT_TRUE(bluez_.isConnected(phone_));
     EXPECT_EQ(advice(), "Phone was disconnected: another phone is connected");
+    EXPECT_THAT(adapters(), ElementsAre("hci0 peripheral on advertising, drives Phone, paired "
+                                        "Phone, 1 sent away"));
+}
+
+TEST_F(BluezTest, SecondPhoneThatAsksToPairIsRefusedAndSentAway) {
+    startWithPhone();
+    send(4);
+    EXPECT_THAT(bluez_.received(phone_, 1), ElementsAre("1/2 04"));
+    const std::string other = bluez_.addDevice(kOther);
+    bluez_.connect(other);
+    EXPECT_FALSE(bluez_.pair(other));
+    EXPECT_TRUE(publisher_->await("unsubscribed 3"));
+    EXPECT_TRUE(bluez_.awaitDisconnected(other));
+    ASSERT_TRUE(publisher_->awaitSubscriptions(central_, 3));
+    send(5);
+    EXPECT_THAT(bluez_.received(phone_, 3), ElementsAre("1/2 04", "1/2 00", "1/2 05"));
 }
 
 TEST_F(BluezTest, OtherDevicesOfTheComputerAreLeftAlone) {
@@ -334,6 +393,27 @@ TEST_F(BluezTest, PhoneWhoseOwnerStillHasToConfirmPairingIsNotSentAway) {
     bluez_.read(silent, "1/1");
     EXPECT_TRUE(bluez_.awaitDisconnected(silent));
     EXPECT_TRUE(bluez_.isConnected(asking));
+}
+
+TEST_F(BluezTest, DaemonThatAnswersLateIsWaitedFor) {
+    bluez_.addAdapter("hci0");
+    bluez_.appear();
+    bluez_.stall();
+    start();
+    EXPECT_THAT(publisher_->takeEvents(), IsEmpty());
+    bluez_.resume();
+    EXPECT_TRUE(publisher_->await("advertising"));
+}
+
+TEST_F(BluezTest, TakesTenThousandWritesAndGoesOn) {
+    startWithPhone();
+    constexpr int kWrites = 10'000;
+    int answered = 0;
+    for (int i = 0; i < kWrites; ++i) answered += bluez_.write(phone_, "1/4", {7}).empty() ? 1 : 0;
+    EXPECT_EQ(answered, kWrites);
+    EXPECT_EQ(std::ranges::count(publisher_->takeEvents(), "write 5 of 1"), kWrites);
+    send(4);
+    EXPECT_THAT(bluez_.received(phone_, 1), ElementsAre("1/2 04"));
 }
 
 TEST_F(BluezTest, PropertiesOfAnotherTypeChangeNothing) {

@@ -111,6 +111,22 @@ void FakeBluez::resume() {
     stall_.reset();
 }
 
+void FakeBluez::sleepAndWake() {
+    run([this] {
+        {
+            std::lock_guard lock(mutex_);
+            for (auto& [path, adapter] : adapters_) adapter.onAir = false;
+        }
+        const auto manager = sdbus::createObject(*bus_, "/org/freedesktop/login1");
+        for (const bool going : {true, false}) {
+            auto signal =
+                manager->createSignal("org.freedesktop.login1.Manager", "PrepareForSleep");
+            signal << going;
+            manager->emitSignal(signal);
+        }
+    });
+}
+
 void FakeBluez::refuseAdvertisements(int count) {
     std::lock_guard lock(mutex_);
     refusals_ = count;

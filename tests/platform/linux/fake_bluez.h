@@ -52,6 +52,8 @@ class FakeBluez {
     void stall();
     void resume();
     void refuseAdvertisements(int count);
+    // The computer sleeps and wakes, which the login manager tells; advertisements are lost.
+    void sleepAndWake();
 
     // A phone, or another device; the result is its object path.
     std::string addDevice(const std::string& address, const std::string& adapter = "hci0",

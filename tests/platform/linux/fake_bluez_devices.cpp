@@ -12,7 +12,7 @@ namespace {
 
 using namespace bluez;
 
-std::string pathOf(const std::string& adapter) { return "/org/bluez/" + adapter; }
+std::string adapterPath(const std::string& adapter) { return "/org/bluez/" + adapter; }
 
 std::string hexOf(const Bytes& bytes) { return fmt::format("{:02x}", fmt::join(bytes, " ")); }
 
@@ -28,11 +28,11 @@ std::string placeOf(const std::string& path) {
 
 std::string FakeBluez::addDevice(const std::string& address, const std::string& adapter,
                                  const std::vector<std::string>& uuids) {
-    std::string path = pathOf(adapter) + "/dev_" + address;
+    std::string path = adapterPath(adapter) + "/dev_" + address;
     std::ranges::replace(path, ':', '_');
     run([&] {
         Device device;
-        device.adapter = pathOf(adapter);
+        device.adapter = adapterPath(adapter);
         device.address = address;
         device.uuids = uuids;
         {
@@ -225,20 +225,20 @@ std::vector<std::string> FakeBluez::takeReceived(const std::string& device) {
 }
 
 std::string FakeBluez::application(const std::string& adapter) {
-    await([&] { return !adapters_.at(pathOf(adapter)).listing.empty(); });
+    await([&] { return !adapters_.at(adapterPath(adapter)).listing.empty(); });
     std::lock_guard lock(mutex_);
-    return fmt::format("{}", fmt::join(adapters_.at(pathOf(adapter)).listing, "\n"));
+    return fmt::format("{}", fmt::join(adapters_.at(adapterPath(adapter)).listing, "\n"));
 }
 
 std::string FakeBluez::advertisement(const std::string& adapter) {
     awaitOnAir(adapter);
     std::lock_guard lock(mutex_);
-    return adapters_.at(pathOf(adapter)).advertisement;
+    return adapters_.at(adapterPath(adapter)).advertisement;
 }
 
 bool FakeBluez::awaitOnAir(const std::string& adapter) {
     return await([&] {
-        const auto found = adapters_.find(pathOf(adapter));
+        const auto found = adapters_.find(adapterPath(adapter));
         return found != adapters_.end() && found->second.onAir;
     });
 }

@@ -1,15 +1,9 @@
 #include "platform/linux/login1_power.h"
 
-#include <condition_variable>
-#include <deque>
-#include <mutex>
-#include <vector>
-
-#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <poll.h>
 
+#include "platform/linux/fake_login1.h"
 #include "platform/linux/linux_main_loop.h"
 #include "platform/linux/private_bus.h"
 
@@ -18,70 +12,6 @@ namespace {
 
 using namespace std::chrono_literals;
 using testing::ElementsAre;
-
-// The manager's end of an inhibitor that it handed out.
-struct Inhibitor {
-    std::vector<std::string> asked;  // what, who, mode
-    FileDescriptor end;
-
-    // Whether the other end closes within `patience`.
-    bool isReleased(std::chrono::milliseconds patience = 10s) const {
-        pollfd other{end.get(), 0, 0};
-        return ::poll(&other, 1, static_cast<int>(patience.count())) == 1;
-    }
-};
-
-// The login manager as far as sleep goes.
-class FakeLogin1 {
- public:
-    explicit FakeLogin1(const std::string& address)
-        : bus_(sdbus::createSessionBusConnectionWithAddress(address)),
-          object_(sdbus::createObject(*bus_, "/org/freedesktop/login1")) {
-        object_->registerMethod("Inhibit")
-            .onInterface(kInterface)
-            .implementedAs([this](const std::string& what, const std::string& who,
-                                  const std::string&,
-                                  const std::string& mode) { return inhibit({what, who, mode}); });
-        object_->registerSignal("PrepareForSleep").onInterface(kInterface).withParameters<bool>();
-        object_->finishRegistration();
-        bus_->requestName("org.freedesktop.login1");
-        bus_->enterEventLoopAsync();
-    }
-    ~FakeLogin1() { bus_->leaveEventLoop(); }
-    FakeLogin1(const FakeLogin1&) = delete;
-    FakeLogin1& operator=(const FakeLogin1&) = delete;
-
-    void prepareForSleep(bool going) {
-        object_->emitSignal("PrepareForSleep").onInterface(kInterface).withArguments(going);
-    }
-
-    // The next one that is asked for; nothing asked when none comes.
-    Inhibitor awaitInhibitor() {
-        std::unique_lock lock(mutex_);
-        if (!changed_.wait_for(lock, 10s, [this] { return !given_.empty(); })) return {};
-        Inhibitor first = std::move(given_.front());
-        given_.pop_front();
-        return first;
-    }
-
- private:
-    static constexpr const char* kInterface = "org.freedesktop.login1.Manager";
-
-    sdbus::UnixFd inhibit(std::vector<std::string> asked) {
-        int ends[2];
-        if (::pipe2(ends, O_CLOEXEC) != 0) throw sdbus::Error("test.NoPipe", "no pipe");
-        std::lock_guard lock(mutex_);
-        given_.push_back({std::move(asked), FileDescriptor(ends[0])});
-        changed_.notify_all();
-        return {ends[1], sdbus::adopt_fd};
-    }
-
-    std::mutex mutex_;
-    std::condition_variable changed_;
-    std::deque<Inhibitor> given_;  // under mutex_
-    std::unique_ptr<sdbus::IConnection> bus_;
-    std::unique_ptr<sdbus::IObject> object_;
-};
 
 class Login1PowerTest : public testing::Test {
  protected:

@@ -150,22 +150,40 @@ TEST_F(Receiver, WhatEndsIsStartedAgainAndItsLastErrorIsTold) {
 }
 
 TEST_F(Receiver, AMissingProgramOrPartIsSaidWithTheCommandThatHelps) {
-    constexpr const char* kInstall =
-        "sudo apt install uxplay gstreamer1.0-plugins-base gstreamer1.0-plugins-good "
+    const std::string install =
+        "sudo apt install uxplay avahi-daemon gstreamer1.0-plugins-base gstreamer1.0-plugins-good "
         "gstreamer1.0-plugins-bad gstreamer1.0-libav";
     program = "no-such-receiver";
     play("");
     EXPECT_TRUE(awaitState(State::missing));
-    EXPECT_EQ(receiver->status().error,
-              std::string("AirPlay needs the program no-such-receiver: ") + kInstall);
+    EXPECT_EQ(receiver->status().error, "AirPlay needs the program no-such-receiver: " + install);
     receiver.reset();
     program.clear();
-    play("echo \"Required gstreamer plugin 'libav' not found\"; exit 1");
-    EXPECT_TRUE(awaitState(State::missing));
-    EXPECT_EQ(receiver->status().error,
-              std::string("the AirPlay receiver lacks a part (Required gstreamer plugin 'libav' "
-                          "not found): ") +
-                  kInstall);
+    const std::string lacks = "the AirPlay receiver lacks a part (";
+    // What the real program says, and how it ends.
+    const struct {
+        const char* words;
+        std::string error;
+    } rows[] = {
+        {"echo \"Required gstreamer plugin 'libav' not found\"; "
+         "echo \"Missing plugin is contained in  '[GStreamer 1.x]-libav'\"; echo stopping; exit 1",
+         lacks + "Required gstreamer plugin 'libav' not found): " + install},
+        {"echo; echo '** (uxplay:15124): ERROR **: 15:27:26.055: get_parse_launch error (video) "
+         ":'; "
+         "echo ' no element \"gdppay\"'; kill -TRAP $$",
+         lacks + "no element \"gdppay\"): " + install},
+        {"echo 'No DNS-SD Server found (DNSServiceRegister call returned "
+         "kDNSServiceErr_Unknown)'; exit 0",
+         "iPhones cannot find the AirPlay receiver, since no avahi-daemon runs on this computer "
+         "(No DNS-SD Server found (DNSServiceRegister call returned kDNSServiceErr_Unknown)): sudo "
+         "apt install avahi-daemon && sudo systemctl start avahi-daemon"},
+    };
+    for (const auto& row : rows) {
+        play(row.words);
+        EXPECT_TRUE(awaitState(State::missing)) << row.words;
+        EXPECT_EQ(receiver->status().error, row.error);
+        receiver.reset();
+    }
 }
 
 TEST_F(Receiver, BrokenStreamsAreToldAndStartedAgain) {

@@ -76,7 +76,11 @@ TEST_P(XWindowStreamTest, MinimisedIsSaidAndEndsWithTheWindowsReturn) {
     EXPECT_TRUE(awaitFilled(300, 650, kGreen));
 }
 
-TEST_P(XWindowStreamTest, ClosedIsTheEnd) {
+TEST_P(XWindowStreamTest, ClosedIsTheEndAlsoInTheMiddleOfAFrame) {
+    for (std::uint16_t i = 0; i < 200; ++i) {
+        window->fill(i % 2 == 0 ? kGreen : kBlue);
+        window->resize(static_cast<std::uint16_t>(1000 + i), static_cast<std::uint16_t>(900 - i));
+    }
     window->close();
     EXPECT_EQ(watch.awaitEnd(), "window " + std::to_string(window->id()) + " is gone");
 }

@@ -1,6 +1,7 @@
 # What `make test-bluetooth` judges: the probe's commands, each after a marker in the events.
 mark() { echo "MARK $*" >> /tmp/evdev.log; say "$*"; }
-p() { echo "$*" > /tmp/probe; }
+# Without a reader the pipe would hold up everything.
+p() { timeout 20 sh -c 'echo "$1" > /tmp/probe' p "$*" || say "nobody takes: $*"; }
 # Until two seconds bring no further event: a slow machine delivers late.
 quiet() {
     n=0; before=
@@ -26,5 +27,7 @@ mark rate200;  p "burst 200 200"; done_with "burst 200 200"
 mark reconnect; power hci1 false; sleep 3; p "type x"; sleep 3; power hci1 true; sleep 2; back; p "type y"; quiet
 mark adapter;  power hci0 false; sleep 2; power hci0 true; sleep 3; back; p "type z"; quiet
 mark daemon;   kill $bluetoothd_pid; sleep 2; start_bluetoothd; sleep 6; back; p "type w"; quiet
+mark kill;     p "report 1 00 00 06 00 00 00 00 00"; quiet; kill -9 $(pidof hid_probe); sleep 3; quiet
+mark again;    start_program; sleep 5; back; p "type v"; quiet
 mark term;     p "report 1 00 00 05 00 00 00 00 00"; quiet; kill -TERM $program_pid; sleep 2
 mark end

@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-// ASCII as HTTP's grammar uses it, independent of the locale.
+// ASCII characters, independent of the locale.
 namespace tandrel {
 
 constexpr bool isAsciiDigit(char c) { return c >= '0' && c <= '9'; }

@@ -1,4 +1,4 @@
-#include "platform/virtual/frame_pool.h"
+#include "base/frame_pool.h"
 
 #include <vector>
 

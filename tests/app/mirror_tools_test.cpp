@@ -1,0 +1,74 @@
+#include "app/mirror_tools.h"
+
+#include <filesystem>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "app/running_program.h"
+#include "app/x_display.h"
+#include "base/json.h"
+#include "image/image_reader.h"
+
+namespace tandrel {
+namespace {
+
+using testing::HasSubstr;
+
+// The tools as a person runs them, on a desktop where the application shows a virtual phone.
+class ToolsOnADesktop : public testing::Test {
+ protected:
+    void SetUp() override {
+        display = XDisplay::open();
+        if (!display) GTEST_SKIP() << "Xvfb is not installed";
+        phone = std::make_unique<RunningProgram>(ChildProgram::Environment{
+            {"DISPLAY", display->name()}, {"TANDREL_VIRTUAL_PHONE", "1"}});
+        phone->awaitMatched();
+    }
+    ProgramResult run(std::vector<std::string> words) {
+        words.insert(words.begin(), RunningProgram::kPath);
+        return runProgramToEnd(words,
+                               plainEnvironment(phone->home(), {{"DISPLAY", display->name()}}));
+    }
+    Json result(const std::vector<std::string>& words) {
+        const auto [status, output] = run(words);
+        EXPECT_EQ(status, 0) << words.front() << ": " << output;
+        // Lines of the log come before it.
+        const auto start = output.find_last_of('\n', output.size() - 2);
+        return parseJson(output.substr(start == std::string::npos ? 0 : start + 1))
+            .value_or(Json());
+    }
+
+    std::unique_ptr<XDisplay> display;
+    std::unique_ptr<RunningProgram> phone;
+};
+
+TEST_F(ToolsOnADesktop, FindTheVirtualPhonesWindowAndTakeItsPicture) {
+    const Json window = result({"find"});
+    EXPECT_EQ(window["title"], "Virtual iPhone");
+    EXPECT_EQ(result({"airplay-list"})[0]["id"], window["id"]);
+    const auto path = phone->home() / "window.png";
+    EXPECT_EQ(result({"airplay-capture", path.string(), "--no-crop"})["h"], window["h"]);
+    const auto picture = readImage(path);
+    ASSERT_TRUE(picture);
+    EXPECT_EQ(picture->width(), window["w"]);
+    EXPECT_EQ(result({"screen"}), Json({{"screen", true}}));
+    EXPECT_EQ(result({"accessibility"}), Json({{"accessibility", true}}));
+}
+
+TEST_F(ToolsOnADesktop, DriveThePhoneByItsWindow) {
+    EXPECT_EQ(result({"click", "0.616", "0.25", "--fraction"})["ok"], true);
+    phone->awaitText("Airplane Mode");
+    EXPECT_EQ(result({"key", "h", "--modifiers", "cmd"})["ok"], true);
+    phone->awaitText("Shop");
+    EXPECT_EQ(result({"key", "space", "--modifiers", "cmd"})["ok"], true);
+    EXPECT_EQ(result({"type", "Shop"})["ok"], true);
+    EXPECT_EQ(result({"key", "return"})["ok"], true);
+    phone->awaitText("Canvas tote bag");
+    const auto [status, output] = run({"click", "5000", "10"});
+    EXPECT_EQ(status, 1);
+    EXPECT_THAT(output, HasSubstr("the place lies outside the window"));
+}
+
+}  // namespace
+}  // namespace tandrel

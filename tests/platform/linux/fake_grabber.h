@@ -1,0 +1,107 @@
+#pragma once
+
+#include <condition_variable>
+#include <deque>
+#include <map>
+#include <mutex>
+#include <string>
+#include <vector>
+
+#include "base/bytes.h"
+#include "base/file_descriptor.h"
+#include "platform/linux/video_calls.h"
+#include "platform/linux/video_nodes.h"
+
+namespace tandrel {
+
+// What a grabber answers to the calls that ask it, as recorded from one.
+struct GrabberAnswers {
+    struct Size {
+        std::uint32_t width;
+        std::uint32_t height;
+        std::vector<double> framesPerSecond;
+    };
+    struct Format {
+        std::uint32_t pixelFormat;
+        std::vector<Size> sizes;  // none: it does not list them
+    };
+    std::string card;
+    std::uint32_t capabilities = 0;
+    std::vector<Format> formats = {};
+    std::uint32_t bytesPerLine = 0;  // 0: as the form has it
+    std::uint32_t colourSpace = 0;
+    std::uint32_t settlesFor = 0;  // this pixel format, whatever is asked for
+    std::uint32_t buffers = 4;
+    int openError = 0;
+    int streamError = 0;
+};
+
+// Grabbers that answer as recorded and deliver the frames that a test gives them; what is plugged
+// in is what the list of nodes says, too.
+class FakeGrabbers final : public VideoCalls, public VideoNodes {
+ public:
+    FakeGrabbers();
+
+    void plugIn(const std::string& path, GrabberAnswers answers, const std::string& port = {});
+    // The node is gone, and every call on it fails from now on.
+    void unplug(const std::string& path);
+    // The calls fail, though the node is still there.
+    void breakDown(const std::string& path);
+    enum class Quality { good, damaged };
+    void deliver(const std::string& path, const Bytes& frame, Quality quality = Quality::good);
+    void changeSignal(const std::string& path);
+    // Ends a wait for frames as if its time had passed.
+    void endWait(const std::string& path);
+    // Makes whoever waits for a change look again.
+    void poke() const;
+
+    // Blocks until the device streams and has given out every frame it got.
+    bool awaitTaken(const std::string& path);
+    int openCount();
+    std::uint32_t pixelFormat(const std::string& path);
+
+    int open(const std::string& path) override;
+    void close(int device) override;
+    int ioctl(int device, unsigned long request, void* value) override;
+    std::uint8_t* map(int device, std::size_t length, std::int64_t offset) override;
+    void unmap(std::uint8_t* memory, std::size_t length) override;
+    int poll(int device, int wake, Duration longest) override;
+
+    std::vector<VideoNode> list() override;
+    void awaitChange(int wake, Duration longest) override;
+
+ private:
+    struct Frame {
+        Bytes bytes;
+        Quality quality;
+    };
+    struct Device {
+        GrabberAnswers answers;
+        std::string port;
+        bool isPlugged = true;
+        bool works = true;
+        bool streams = false;
+        bool hasOtherSignal = false;
+        bool isWaitOver = false;
+        FileDescriptor wake;  // readable after every change
+        std::uint32_t pixelFormat = 0;
+        std::uint32_t width = 0;
+        std::uint32_t height = 0;
+        std::vector<Bytes> memory;
+        std::deque<std::uint32_t> free;
+        std::deque<Frame> frames;
+    };
+    int describe(Device& device, unsigned long request, void* value);
+    int stream(Device& device, unsigned long request, void* value);
+    static std::uint32_t frameBytes(const Device& device);
+    void changed(Device& device);
+
+    std::mutex mutex_;
+    std::condition_variable event_;
+    std::map<std::string, Device> devices_;
+    std::map<int, std::string> open_;
+    int next_ = 1000;
+    FileDescriptor poked_;  // readable when nodes came, went or were poked
+};
+
+}  // namespace tandrel
