@@ -36,10 +36,14 @@ const Regex& cardEnding() {
     return rule;
 }
 
-// An open circle or square begins a thing to tick off.
-const Regex& openBullet() {
-    static const Regex rule(R"(^\s*[○◯☐□▢])", Regex::Case::sensitive);
-    return rule;
+// "•••• 2209": only such texts are worth the look.
+bool hasFourDigits(std::string_view text) {
+    int run = 0;
+    for (const char c : text) {
+        run = c >= '0' && c <= '9' ? run + 1 : 0;
+        if (run == 4) return true;
+    }
+    return false;
 }
 
 bool standLikeOneButton(const Label& upper, const Label& lower, double width) {
@@ -85,12 +89,12 @@ bool Label::mayBeButton() const {
         return false;
     }
     if (phrases.words > kMostWordsWithComma && withoutAmount.contains(',')) return false;
-    return !sentence().has(withoutAmount) && !isToDo();
+    return !isToDo() && !sentence().has(withoutAmount);
 }
 
 bool Label::pays() const {
-    return mayBeButton() && !dismisses() &&
-           (phrases.isAll(Word::pay) || phrases.startsWith(Word::payStart));
+    return (phrases.isAll(Word::pay) || phrases.startsWith(Word::payStart)) && !dismisses() &&
+           mayBeButton();
 }
 
 bool Label::buys() const {
@@ -131,7 +135,12 @@ bool Label::isSoft() const {
            (phrases.dense && phrases.contains(Word::soft));
 }
 
-bool Label::isToDo() const { return openBullet().has(text); }
+bool Label::isToDo() const {
+    constexpr std::string_view kBullets[] = {"○", "◯", "☐", "□", "▢"};
+    return std::ranges::any_of(kBullets, [&](std::string_view bullet) {
+        return std::string_view(text).starts_with(bullet);
+    });
+}
 
 bool Label::asksSecret() const {
     return phrases.contains(Word::passcode) && !phrases.contains(Word::otherCode);
@@ -295,16 +304,16 @@ void WideScreen::judge() {
     for (const auto& label : labels_) {
         const auto& phrases = label.phrases;
         caption_ = caption_ || captions(label);
-        const bool spoken = phrases.contains(Word::speech) || !label.mayBeButton();
         if (phrases.words <= kMostCaptionWords && label.isDueCaption() &&
-            (!spoken || phrases.isAll(Word::due))) {
+            (phrases.isAll(Word::due) ||
+             (!phrases.contains(Word::speech) && label.mayBeButton()))) {
             ++dueCaptions_;
         }
         settled_ = settled_ || begins(phrases, Word::settled) ||
                    (phrases.words <= kMostCaptionWords && phrases.endsWith(Word::settled));
         overview = overview || begins(phrases, Word::overview);
         consent_ = consent_ || phrases.contains(Word::consent);
-        card_ = card_ || cardEnding().has(label.plain);
+        card_ = card_ || (hasFourDigits(label.plain) && cardEnding().has(label.plain));
     }
     done_ = settled_;
     settled_ = settled_ || (overview && dueCaptions_ < kLeastDueBesideOverview && !consent_);
