@@ -179,7 +179,7 @@ TEST_F(Api, PauseStopsActionsAndNotLooking) {
 TEST_F(Api, SettleFollowsTheScreen) {
     const Json still = engine.get("/settle?first=300").json();
     EXPECT_EQ(still["settled"], true);
-    engine.post("/tap", settingsIcon());
+    EXPECT_EQ(engine.post("/tap", settingsIcon()).status, 200);
     const Json settled = engine.get("/settle?max=20000&since=" + still["since_ms"].dump()).json();
     EXPECT_EQ(settled["settled"], true);
     EXPECT_GT(settled["changes"], 0);
