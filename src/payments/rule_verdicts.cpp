@@ -30,4 +30,14 @@ bool commits(const Label& label) {
             label.phrases.isAll(Word::buy) || label.phrases.isAll(Word::pay));
 }
 
+bool isEntry(const Label& label, const WideScreen& screen) {
+    constexpr std::size_t kLeastWords = 5;
+    constexpr double kLeftEdge = 0.2;  // of the frame's width
+    constexpr double kMiddle = 0.44;   // of it, where what is centred begins
+    const double width = screen.frame().width;
+    return label.amount && label.phrases.words >= kLeastWords && label.left < kLeftEdge * width &&
+           label.middle() < kMiddle * width && !label.plain.ends_with(*label.amount) &&
+           !label.plain.starts_with(*label.amount);
+}
+
 }  // namespace tandrel::PaymentGuard

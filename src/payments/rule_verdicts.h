@@ -21,6 +21,9 @@ inline constexpr std::size_t kMostCommitWords = 5;
 bool isStrong(const Label& label);
 // It would pay on whatever screen it is.
 bool isPayButton(const Label& label);
+// "Pay the plumber $120 on Friday": a line of a list, from the left edge, that goes on behind its
+// amount.
+bool isEntry(const Label& label, const WideScreen& screen);
 // A word that commits a form, and nothing else.
 bool commits(const Label& label);
 

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "payments/rules_listing.h"
+#include "payments/written_screen.h"
 
 namespace tandrel::PaymentGuard {
 namespace {
@@ -22,6 +23,59 @@ std::string printed(RulesFormat format) {
     const std::string result(text, size);
     free(text);
     return result;
+}
+
+// The rule that asks about the action; empty when none does.
+std::string ruleFor(const std::vector<std::string>& rows, const std::string& action) {
+    const auto screen = parseWrittenScreen(rows);
+    const auto written = parseWrittenAction(action, screen);
+    const auto judged = layOut(screen, *written);
+    const auto verdict = WiderGuard().assess(judged->lines, judged->frame, judged->action);
+    return verdict ? std::string(verdict->rule) : "";
+}
+
+TEST(WiderRules, TellScreensApartByWhatStandsWhere) {
+    struct Row {
+        const char* name;
+        std::vector<std::string> rows;
+        std::string action;
+        std::string rule;
+    };
+    const std::vector<std::string> transfer = {"= Überweisung", "Empfänger | Haus Grün",
+                                               "Betrag | 44,00 €", "---", "{tick}"};
+    std::vector<std::string> withTabs = transfer;
+    withTabs.push_back("Konten | Karten | Mehr");
+    const Row rows[] = {
+        {"a tick below a title that is a verb, too", transfer, "tap {tick}", "icon-alone"},
+        {"a line of a list goes on behind its amount",
+         {"= Today", "Pay the plumber $120 on Friday", "(New)"},
+         "tap Pay the plumber $120 on Friday",
+         ""},
+        {"a button does not",
+         {"= Today", "Plumber", "---", "[Pay the plumber his $120]"},
+         "tap [Pay the plumber his $120]",
+         "amount-button"},
+        {"a slider under the finger",
+         {"= Ride", "Comfort | $18.40", "---", "~Slide to ride~"},
+         "swipe",
+         "slider"},
+        {"no sum beside it", {"= Ride", "Comfort", "---", "~Slide to ride~"}, "swipe", ""},
+        {"it refuses", {"= Ride", "$18.40", "---", "~Slide to cancel~"}, "swipe", ""},
+        {"a secret and a sum without a caption",
+         {":Wpisz kod SMS", ":120,00 zł", "_Kod SMS_"},
+         "type 883311",
+         "secret"},
+        {"a secret for signing in",
+         {":Sign in", ":$10.00 await you", "_SMS code_"},
+         "type 883311",
+         ""},
+        {"an arrow at the top of a payment",
+         {"‹ | Kasse | ", "Gesamt | 25,00 €", "---", "[Jetzt bezahlen]"},
+         "tap ‹",
+         ""},
+    };
+    for (const auto& row : rows) EXPECT_EQ(ruleFor(row.rows, row.action), row.rule) << row.name;
+    EXPECT_THAT(ruleFor(withTabs, "tap {tick}"), "icon-alone");
 }
 
 TEST(WiderRules, EveryRowsExamplesHold) {
