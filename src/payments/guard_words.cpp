@@ -57,6 +57,7 @@ constexpr ListName kLists[] = {
     {"soft",      Word::soft},
     {"otherCode", Word::otherCode},
     {"slideVerb", Word::slideVerb},
+    {"buyLast",   Word::buyLast},
 };
 // clang-format on
 // Lists that make the guard ask less.

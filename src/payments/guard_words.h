@@ -48,6 +48,7 @@ enum class Word : std::uint32_t {
     soft = 1 << 25,          // begins or ends a harmless button, unless much speaks of paying
     otherCode = 1 << 26,     // a code that is no secret: "promo code"
     slideVerb = 1 << 27,     // what a slider begins or ends with, whatever it does
+    buyLast = 1 << 28,       // as `buy`, at the end: where verbs come last, "Plätze kaufen"
 };
 
 // A phrase found in a text, and where.

@@ -1,5 +1,8 @@
 #include "payments/rule_verdicts.h"
 
+#include <algorithm>
+#include <cmath>
+
 #include <fmt/format.h>
 
 #include "payments/guard_patterns.h"
@@ -28,6 +31,20 @@ bool commits(const Label& label) {
     return label.mayBeButton() && label.phrases.words <= kMostCommitWords && !label.dismisses() &&
            (label.phrases.isAll(Word::commit) || label.phrases.isAll(Word::transfer) ||
             label.phrases.isAll(Word::buy) || label.phrases.isAll(Word::pay));
+}
+
+bool isListed(const Label& label, const WideScreen& screen) {
+    constexpr std::ptrdiff_t kLeastOthers = 2;
+    constexpr double kLeftEdge = 0.2;    // of the frame's width
+    constexpr double kSameEdge = 0.01;   // of it
+    constexpr double kSameHeight = 0.2;  // of the label's
+    const double width = screen.frame().width;
+    if (label.left > kLeftEdge * width) return false;
+    const auto others = std::ranges::count_if(screen.labels(), [&](const Label& other) {
+        return &other != &label && std::abs(other.left - label.left) < kSameEdge * width &&
+               std::abs(other.height() - label.height()) < kSameHeight * label.height();
+    });
+    return others >= kLeastOthers;
 }
 
 bool isEntry(const Label& label, const WideScreen& screen) {

@@ -101,7 +101,8 @@ Verdict verbAndObject(const WideScreen& screen) {
 Verdict buyingVerb(const WideScreen& screen) {
     if (!screen.taps() || !screen.amount()) return std::nullopt;
     for (const Label* label : screen.hit()) {
-        if (label->phrases.words <= kMostVerbWords && label->buys() && !isEntry(*label, screen)) {
+        if (label->phrases.words <= kMostVerbWords && label->buys() && !isEntry(*label, screen) &&
+            (label->pays() || !isListed(*label, screen))) {
             return onPayment(label->text, screen);
         }
     }
@@ -224,12 +225,9 @@ Verdict iconAlone(const WideScreen& screen) {
     if (screen.amounts() > kMostAmountsBesideIcon) return std::nullopt;
     const double height = screen.frame().height;
     if (*y < kNavigationBar * height) return std::nullopt;
-    // One of a row of tabs, unless much speaks of paying and nothing else stands there.
+    // Where texts stand, it may be one of a row of tabs.
     const auto isTab = [&](const Label& label) { return label.bottom > kTabBar * height; };
-    if (*y > kTabBar * height &&
-        (!screen.isClearlyDue() || std::ranges::any_of(screen.labels(), isTab))) {
-        return std::nullopt;
-    }
+    if (*y > kTabBar * height && std::ranges::any_of(screen.labels(), isTab)) return std::nullopt;
     bool below = false;
     for (const auto& label : screen.labels()) {
         // In the bar at the top such a word is the screen's title: "Überweisung".
@@ -244,7 +242,8 @@ Verdict iconAlone(const WideScreen& screen) {
 }
 
 Verdict tipShare(const WideScreen& screen) {
-    static const Regex share(R"(^\W*\d{1,2}([.,]\d)?\s?[%٪]\W*$)", Regex::Case::sensitive);
+    static const Regex share(R"(^\W*(\d{1,2}([.,]\d)?\s?[%٪]|[%٪]\s?\d{1,2})\W*$)",
+                             Regex::Case::sensitive);
     if (!screen.taps() || !screen.has(Word::tip)) return std::nullopt;
     for (const Label* label : screen.hit()) {
         if (share.has(trimmed(label->withoutAmount))) return onPayment(label->text, screen);

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "base/ascii.h"
 #include "payments/guard_patterns.h"
 
 namespace tandrel::PaymentGuard {
@@ -57,7 +58,7 @@ bool isIdle(const Label& label, const WideScreen& screen) {
 bool sellsOrSends(const Label& label, const WideScreen& screen) {
     const auto& phrases = label.phrases;
     if (screen.amounts() > kMostAmountsOfOne) return false;
-    return phrases.isAll(Word::weakBuy) || phrases.isAll(Word::transfer) ||
+    return phrases.startsWith(Word::weakBuy) || phrases.startsWith(Word::transfer) ||
            (phrases.startsWith(Word::commit) && phrases.endsWith(Word::transfer));
 }
 
@@ -122,7 +123,9 @@ Verdict standingUnits(const WideScreen& screen) {
     if (!label || !label->mayBeButton() || label->dismisses()) return std::nullopt;
     const auto& phrases = label->phrases;
     if (phrases.words > kMostUnitWords || !phrases.contains(Word::unit)) return std::nullopt;
-    if (label->isHarmless() || label->isSoft() || !has(Rule::numeric, label->plain)) {
+    // "80コインで読む": where verbs come last, one of reading says what the coins are for.
+    const bool sum = phrases.dense && isAsciiDigit(label->plain.front());
+    if (!has(Rule::numeric, label->plain) || (!sum && label->isHarmless()) || label->isSoft()) {
         return std::nullopt;
     }
     if (!isBelow(*label, kLowerHalf, screen) || !isCentred(*label, screen)) return std::nullopt;
@@ -145,9 +148,10 @@ Verdict standingLongLabel(const WideScreen& screen) {
     return onPayment(label->text, screen);
 }
 
-Verdict commitUnderAmount(const WideScreen& screen) {
+Verdict buttonUnderSum(const WideScreen& screen) {
     const Label* label = anyButton(screen, kMostCommitWords);
-    if (!label || screen.isSettled() || screen.amounts() > kMostAmountsOfOne || !commits(*label)) {
+    if (!label || screen.isSettled() || screen.amounts() > kMostAmountsOfOne ||
+        isIdle(*label, screen)) {
         return std::nullopt;
     }
     if (!isBelow(*label, kFoot, screen) || !standsLikePayButton(*label, screen)) {

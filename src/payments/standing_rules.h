@@ -14,7 +14,7 @@ bool standsLikePayButton(const Label& label, const WideScreen& screen);
 Verdict standingAmount(const WideScreen& screen);
 Verdict standingUnits(const WideScreen& screen);
 Verdict standingLongLabel(const WideScreen& screen);
-Verdict commitUnderAmount(const WideScreen& screen);
+Verdict buttonUnderSum(const WideScreen& screen);
 Verdict buttonOfPayment(const WideScreen& screen);
 Verdict underPrices(const WideScreen& screen);
 Verdict amountBar(const WideScreen& screen);

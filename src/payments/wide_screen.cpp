@@ -101,6 +101,7 @@ bool Label::buys() const {
     if (!mayBeButton() || dismisses() || isNamed()) return false;
     if (pays() || phrases.startsWith(Word::buy) || phrases.startsWith(Word::pay)) return true;
     if (phrases.endsWith(Word::pay) || (phrases.dense && phrases.endsWith(Word::buy))) return true;
+    if (phrases.endsWith(Word::buyLast) && !isHarmless()) return true;
     return amount && (phrases.endsWith(Word::buy) || phrases.startsWith(Word::transfer) ||
                       phrases.endsWith(Word::transfer) || phrases.startsWith(Word::weakBuy) ||
                       phrases.startsWith(Word::withAmount) ||
