@@ -76,6 +76,19 @@ bool asksForOneSum(const WideScreen& screen) {
            !screen.has(Word::otherCode);
 }
 
+// A tap on the label itself would be asked about for what it is or where it stands.
+bool asksInTheMiddle(const Label& label, const WideScreen& screen) {
+    constexpr Verdict (*kRules[])(const WideScreen&) = {
+        offer,          buyingVerb,    commitWithCaption, buttonOfPayment,
+        standingAmount, standingUnits, buttonUnderSum,    underPrices};
+    if (!screen.amount() || label.top < 0.5 * screen.frame().height) return false;
+    if (!standsAlone(label, screen)) return false;
+    const Action middle{.x = label.middle() / screen.frame().width,
+                        .y = (label.top + label.bottom) / 2 / screen.frame().height};
+    const WideScreen moved(screen.lines(), screen.frame(), middle, screen.words());
+    return std::ranges::any_of(kRules, [&](auto rule) { return rule(moved).has_value(); });
+}
+
 }  // namespace
 
 Verdict verbAndObject(const WideScreen& screen) {
@@ -194,9 +207,8 @@ Verdict payBand(const WideScreen& screen) {
     if (!screen.taps() || screen.label() || !y) return std::nullopt;
     for (const auto& label : screen.labels()) {
         const double reach = kBand * label.height();
-        if (isPayButton(label) && label.top - reach <= *y && *y <= label.bottom + reach) {
-            return unlabelled(screen);
-        }
+        if (*y < label.top - reach || label.bottom + reach < *y) continue;
+        if (isPayButton(label) || asksInTheMiddle(label, screen)) return unlabelled(screen);
     }
     return std::nullopt;
 }
@@ -232,7 +244,8 @@ Verdict iconAlone(const WideScreen& screen) {
     for (const auto& label : screen.labels()) {
         // In the bar at the top such a word is the screen's title: "Überweisung".
         const bool title = label.bottom < kTitle * height;
-        if (!title && label.mayBeButton() && (commits(label) || isPayButton(label))) {
+        if (!title && !label.isDueCaption() && label.mayBeButton() &&
+            (commits(label) || isPayButton(label))) {
             return std::nullopt;
         }
         below = below || (label.amount && label.bottom < *y);

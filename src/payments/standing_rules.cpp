@@ -45,7 +45,9 @@ const Label* anyButton(const WideScreen& screen, std::size_t mostWords) {
     const auto& phrases = label->phrases;
     if (phrases.words == 0 || phrases.words > mostWords) return nullptr;
     if (label->dismisses() || label->isHarmless()) return nullptr;
-    if (label->text.ends_with('.') || label->text.ends_with('?')) return nullptr;
+    // "19,99 zł/mies." ends in an abbreviation.
+    const bool sentence = label->text.ends_with('.') && !label->amount;
+    if (sentence || label->text.ends_with('?')) return nullptr;
     return label;
 }
 
@@ -137,7 +139,10 @@ Verdict standingLongLabel(const WideScreen& screen) {
     const Label* label = anyButton(screen, kMostLongWords);
     if (!label || label->phrases.words < kLeastLongWords) return std::nullopt;
     const auto& phrases = label->phrases;
-    if (phrases.contains(Word::speech) && !phrases.startsWith(Word::commit)) return std::nullopt;
+    if (phrases.contains(Word::speech) && !phrases.startsWith(Word::commit) &&
+        !phrases.endsWith(Word::pay)) {
+        return std::nullopt;
+    }
     if (!isBelow(*label, kFoot, screen) || !standsLikePayButton(*label, screen)) {
         return std::nullopt;
     }

@@ -154,7 +154,7 @@ constexpr WiderRule kRules[] = {
      {"Gesamtbetrag 25,00 €\nJetzt bezahlen\n> Adresse ändern"},
      paymentScreenTap},
     {"pay-band",
-     "a spot without text at the height of a pay button",
+     "a spot without text at the height of a button that pays or would be asked about",
      "a button is wider and higher than its text",
      {"Commande\nValider et payer >>"},
      {"Commande\nVoir le panier >>"},

@@ -85,6 +85,10 @@ TEST(WiderRules, TellScreensApartByWhatStandsWhere) {
          {"= 第12話", "所持 120コイン", "---", "[80コインで読む]"},
          "tap [80コインで読む]",
          "standing-units"},
+        {"an abbreviation's full stop",
+         {"= Plan", "Bez limitu", "---", "[Wybieram za 19,99 zł/mies.]"},
+         "tap [Wybieram za 19,99 zł/mies.]",
+         "standing-amount"},
         {"an arrow at the top of a payment",
          {"‹ | Kasse | ", "Gesamt | 25,00 €", "---", "[Jetzt bezahlen]"},
          "tap ‹",
@@ -92,6 +96,17 @@ TEST(WiderRules, TellScreensApartByWhatStandsWhere) {
     };
     for (const auto& row : rows) EXPECT_EQ(ruleFor(row.rows, row.action), row.rule) << row.name;
     EXPECT_EQ(ruleFor(withTabs, "tap Karten"), "") << "tabs below the tick";
+}
+
+TEST(WiderRules, AButtonIsAsWideAsItsRow) {
+    const auto askedBeside = [](const std::string& button) {
+        const auto screen = parseWrittenScreen({"= Sauna", "€22.00", "---", button});
+        auto judged = *layOut(screen, *parseWrittenAction("tap " + button, screen));
+        judged.action.x = 0.93;
+        return WiderGuard().assess(judged.lines, judged.frame, judged.action).has_value();
+    };
+    EXPECT_TRUE(askedBeside("[Continue]"));
+    EXPECT_FALSE(askedBeside("[Opening hours]"));
 }
 
 TEST(WiderRules, EveryRowsExamplesHold) {
