@@ -125,6 +125,7 @@ icu::UnicodeString latinSpelling(const icu::UnicodeString& word) {
     for (const auto& form : {icu::UnicodeString(word).foldCase(), word}) {
         icu::UnicodeString spelled = skeleton(form);
         spelled.findAndReplace(u"rn", u"m").findAndReplace(u"O", u"o");
+        spelled.findAndReplace(u"5", u"s").findAndReplace(u"3", u"e").findAndReplace(u"4", u"a");
         bool latin = true;
         forEach(spelled, [&](UChar32 c) { latin = latin && c < 0x80 && u_isalpha(c); });
         if (latin) return spelled;

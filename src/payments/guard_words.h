@@ -8,7 +8,6 @@
 #include <string>
 #include <string_view>
 #include <unordered_map>
-#include <unordered_set>
 #include <vector>
 
 #include "base/keyword_search.h"
@@ -124,8 +123,8 @@ class GuardWords {
     void findLetters(const std::vector<std::string_view>& words, Phrases& found) const;
 
     std::unordered_map<std::string, std::uint32_t> spaced_;
-    // The words that phrases begin with.
-    std::unordered_set<std::string, TextHash, std::equal_to<>> firstWords_;
+    // The words that phrases begin with, and of how many words the longest of these is.
+    std::unordered_map<std::string, std::size_t, TextHash, std::equal_to<>> firstWords_;
     // Pay phrases without their spaces, for a text in s p a c e d letters.
     std::unordered_map<std::string, std::uint32_t> joined_;
     // Of scripts that put no spaces between words, found anywhere in a text.

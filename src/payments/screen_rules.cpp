@@ -310,12 +310,16 @@ Verdict secret(const WideScreen& screen) {
 
 Verdict turned(const WideScreen& screen) {
     if (!screen.taps()) return std::nullopt;
+    const auto runsDown = [](const Label& label) {
+        return label.height() > kTurned * (label.right - label.left);
+    };
+    if (std::ranges::count_if(screen.labels(), runsDown) < kLeastTurnedLines) return std::nullopt;
     int down = 0;
     int across = 0;
     bool money = screen.amount().has_value();
     for (const auto& label : screen.labels()) {
         if (graphemeCount(label.text) < 4) continue;
-        ++(label.height() > kTurned * (label.right - label.left) ? down : across);
+        ++(runsDown(label) ? down : across);
         money = money || label.pays();
     }
     if (!money || down < kLeastTurnedLines || across > down) return std::nullopt;

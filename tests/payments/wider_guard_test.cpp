@@ -34,19 +34,15 @@ std::string ruleFor(const std::vector<std::string>& rows, const std::string& act
     return verdict ? std::string(verdict->rule) : "";
 }
 
-TEST(WiderRules, TellScreensApartByWhatStandsWhere) {
-    struct Row {
-        const char* name;
-        std::vector<std::string> rows;
-        std::string action;
-        std::string rule;
-    };
-    const std::vector<std::string> transfer = {"= Überweisung", "Empfänger | Haus Grün",
-                                               "Betrag | 44,00 €", "---", "{tick}"};
-    std::vector<std::string> withTabs = transfer;
-    withTabs.push_back("Konten | Karten | Mehr");
-    const Row rows[] = {
-        {"a tick below a title that is a verb, too", transfer, "tap {tick}", "icon-alone"},
+struct RuledScreen {
+    const char* name;
+    std::vector<std::string> rows;
+    std::string action;
+    std::string rule;
+};
+
+TEST(WiderRules, TellLinesOfAListFromButtons) {
+    const RuledScreen rows[] = {
         {"a line of a list goes on behind its amount",
          {"= Today", "Pay the plumber $120 on Friday", "(New)"},
          "tap Pay the plumber $120 on Friday",
@@ -55,6 +51,29 @@ TEST(WiderRules, TellScreensApartByWhatStandsWhere) {
          {"= Today", "Plumber", "---", "[Pay the plumber his $120]"},
          "tap [Pay the plumber his $120]",
          "amount-button"},
+        {"a thing to buy in a list",
+         {"= Lista", "Leche 1,10 €", "Comprar pan", "Huevos 2,40 €", "Queso"},
+         "tap Comprar pan",
+         ""},
+        {"the only line of errands with an amount",
+         {"= Errands", "Renew bus pass $65", "Order cake", "Pay gym"},
+         "tap Renew bus pass $65",
+         ""},
+        {"one of a list of things that are sold",
+         {"= Coins", "Buy pouch $5", "Buy chest $9", "Buy cart $19"},
+         "tap Buy pouch $5",
+         "amount-button"},
+    };
+    for (const auto& row : rows) EXPECT_EQ(ruleFor(row.rows, row.action), row.rule) << row.name;
+}
+
+TEST(WiderRules, TellScreensApartByWhatStandsWhere) {
+    const std::vector<std::string> transfer = {"= Überweisung", "Empfänger | Haus Grün",
+                                               "Betrag | 44,00 €", "---", "{tick}"};
+    std::vector<std::string> withTabs = transfer;
+    withTabs.push_back("Konten | Karten | Mehr");
+    const RuledScreen rows[] = {
+        {"a tick below a title that is a verb, too", transfer, "tap {tick}", "icon-alone"},
         {"a slider under the finger",
          {"= Ride", "Comfort | $18.40", "---", "~Slide to ride~"},
          "swipe",
@@ -73,10 +92,6 @@ TEST(WiderRules, TellScreensApartByWhatStandsWhere) {
          {"= Saal 3", "Reihe F, 7 und 8", "2 × 11,50 €", "---", "[Plätze kaufen]"},
          "tap [Plätze kaufen]",
          "buying-verb"},
-        {"a thing to buy in a list",
-         {"= Lista", "Leche 1,10 €", "Comprar pan", "Huevos 2,40 €", "Queso"},
-         "tap Comprar pan",
-         ""},
         {"a share with its sign in front",
          {"= Bahşiş", "%10 | %15 | %20", "---", "(Bahşişsiz)"},
          "tap %15",
