@@ -7,6 +7,8 @@
 #include "platform/linux/linux_text_recognizer.h"
 #include "reading/line_finder.h"
 #include "reading/picture_hash.h"
+#include "reading/strip.h"
+#include "reading/trained_strip_reader.h"
 #include "text/full_frame_tesseract.h"
 #include "text/known_frame.h"
 
@@ -78,6 +80,19 @@ void BM_PartLinesOfOneRow(benchmark::State& state) {
     for (auto _ : state) benchmark::DoNotOptimize(finder.find(gray, ChangedRows(changed)));
 }
 
+// A line by itself, whose letters' weights serve no other line.
+void BM_PartOneStrip(benchmark::State& state) {
+    const GrayFrame gray = GrayFrame::from(page());
+    const auto lines = findLines(gray);
+    const auto longest = std::ranges::max_element(lines, {}, [](const TextLine& line) {
+        return line.ink.box.width() / line.ink.box.height();
+    });
+    TrainedStripReader reader("/usr/share/tesseract-ocr/5/tessdata", "eng", nullptr);
+    const Strip strip = makeStrip(gray, longest->ink, 0.15);
+    for (auto _ : state) benchmark::DoNotOptimize(reader.read(std::span(&strip, 1)));
+    state.counters["columns"] = strip.columns;
+}
+
 constexpr auto kUnit = benchmark::kMillisecond;
 BENCHMARK(BM_FullFrameTesseract)->Unit(kUnit)->Iterations(5)->MeasureProcessCPUTime();
 BENCHMARK(BM_Cold)->Unit(kUnit)->Iterations(20)->MeasureProcessCPUTime();
@@ -88,6 +103,7 @@ BENCHMARK(BM_PartRowSums)->Unit(kUnit);
 BENCHMARK(BM_PartGray)->Unit(kUnit);
 BENCHMARK(BM_PartLines)->Unit(kUnit);
 BENCHMARK(BM_PartLinesOfOneRow)->Unit(kUnit);
+BENCHMARK(BM_PartOneStrip)->Unit(kUnit);
 
 }  // namespace
 }  // namespace tandrel

@@ -12,8 +12,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const auto height = static_cast<std::size_t>(form->height);
     constexpr std::size_t kMost = RawVideoForm::kLargestSide;
     if (width < 1 || height < 1 || width > kMost || height > kMost) __builtin_trap();
+    if (width * height > RawVideoForm::kMostPixels) __builtin_trap();
     // A brightness for each pixel and a quarter of that for each of two colours, at the least.
     if (form->frameBytes() < width * height + (width * height) / 2) __builtin_trap();
-    if (form->frameBytes() > 2 * (kMost + 4) * (kMost + 4)) __builtin_trap();
+    // Rows of one pixel are padded to four bytes.
+    if (form->frameBytes() > 8 * std::size_t{RawVideoForm::kMostPixels}) __builtin_trap();
     return 0;
 }

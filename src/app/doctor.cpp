@@ -67,6 +67,16 @@ Condition adapter(const AdapterReport& report) {
     return {State::note, "Adapter " + report.name, words, ""};
 }
 
+// Only worth knowing: a phone need not use them, and most keep the order.
+Condition channels(int count) {
+    return {State::note, "Typing",
+            fmt::format("up to {} Bluetooth channels for a phone; if typed letters change places, "
+                        "put Channels = 1 below [GATT] in /etc/bluetooth/main.conf and run: sudo "
+                        "systemctl restart bluetooth",
+                        count),
+            ""};
+}
+
 std::string pictureOf(const AppSnapshot& snapshot) {
     std::string phones;
     for (const PhoneSeen& phone : snapshot.phones) {
@@ -218,6 +228,9 @@ Diagnosis diagnose(const Findings& found) {
         if (row.condition != bluetooth) continue;
         for (const AdapterReport& report : found.snapshot.adapters) {
             diagnosis.conditions.push_back(adapter(report));
+        }
+        if (!found.snapshot.adapters.empty() && found.bluetoothChannels > 1) {
+            diagnosis.conditions.push_back(channels(found.bluetoothChannels));
         }
     }
     for (const AIAppStatus& app : found.snapshot.aiApps) {

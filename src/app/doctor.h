@@ -26,6 +26,7 @@ struct Findings {
     std::string engineUrl;
     std::string engineApp;  // who answers there; empty when nobody does
     std::string engineVersion;
+    int bluetoothChannels = 1;             // that the Bluetooth service may open on one link
     std::optional<std::string> readError;  // why the screen's text cannot be read
 };
 

@@ -12,6 +12,7 @@
 #include "app/phone_test.h"
 #include "app/status_explain.h"
 #include "http/client.h"
+#include "platform/linux/bluez_settings.h"
 #include "platform/linux/linux_permissions.h"
 #include "platform/linux/udev_usb_registry.h"
 #include "screen/usb_probe.h"
@@ -32,6 +33,7 @@ std::optional<std::string> readScreen(const LoopbackUrl& engine) {
 
 Findings examine(OwnerServices& services, const AppInfo& info, const LoopbackUrl& engine) {
     Findings found;
+    found.bluetoothChannels = bluez::readChannels();
     AppSnapshot& snapshot = found.snapshot;
     snapshot.inputs.mode = {EngineMode::Kind::own, ""};
     snapshot.inputs.advertisedName = info.bluetoothName;

@@ -51,7 +51,9 @@ Result<RawVideoForm> RawVideoForm::parse(std::string_view caps) {
     }
     const auto width = side(member(caps, "width"));
     const auto height = side(member(caps, "height"));
-    if (!width || !height) return fail("the receiver sends frames of no usable size");
+    if (!width || !height || *width * *height > RawVideoForm::kMostPixels) {
+        return fail("the receiver sends frames of no usable size");
+    }
     RawVideoForm form{*width, *height};
     if (member(caps, "colorimetry") == "bt709") form.colours = Colours::bt709;
     return form;

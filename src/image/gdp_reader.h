@@ -22,6 +22,7 @@ namespace tandrel {
 // The form of frames, from the caps text.
 struct RawVideoForm {
     static constexpr int kLargestSide = 8192;
+    static constexpr int kMostPixels = 4096 * 4096;  // twice what a receiver is asked for
 
     int width = 0;
     int height = 0;

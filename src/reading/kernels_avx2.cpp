@@ -64,6 +64,7 @@ inline __m256 scaled(__m256i sums, const PackedMatrix& matrix, int at) {
                            _mm256_loadu_ps(matrix.biases() + at));
 }
 
+// For many rows at once, which share the weights' widening to 16 bits.
 template <int kRows>
 void multiplyRows(const PackedMatrix& matrix, const std::int8_t* rows, int rowBytes, float* out) {
     alignas(32) std::int16_t inputs[kRows][PackedMatrix::kMostInputs + kGroup];
@@ -93,6 +94,36 @@ void multiplyRows(const PackedMatrix& matrix, const std::int8_t* rows, int rowBy
     }
 }
 
+inline __m256i fourBytes(const std::int8_t* bytes) {
+    int quad;
+    __builtin_memcpy(&quad, bytes, sizeof quad);
+    return _mm256_set1_epi32(quad);
+}
+
+// For one row, whose weights are used once: the products of 8 bits, with the input's sign moved to
+// the weight since one factor has none. Both are within +-127, so that two fit into 16 bits.
+void multiplyRow(const PackedMatrix& matrix, const std::int8_t* row, float* out) {
+    const int quads = matrix.quads();
+    const __m256i ones = _mm256_set1_epi16(1);
+    for (int at = 0; at < matrix.paddedOutputs(); at += kGroup) {
+        const std::int8_t* weights = matrix.group(at / kGroup);
+        __m256i low = _mm256_setzero_si256(), high = _mm256_setzero_si256();
+        for (int q = 0; q < quads; ++q, weights += kGroup * kQuad) {
+            const __m256i inputs = fourBytes(row + q * kQuad);
+            const __m256i sizes = _mm256_abs_epi8(inputs);
+            const auto sums = [&](const std::int8_t* from) {
+                const __m256i given = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(from));
+                const __m256i pairs = _mm256_maddubs_epi16(sizes, _mm256_sign_epi8(given, inputs));
+                return _mm256_madd_epi16(pairs, ones);
+            };
+            low = _mm256_add_epi32(low, sums(weights));
+            high = _mm256_add_epi32(high, sums(weights + kHalf * kQuad));
+        }
+        _mm256_storeu_ps(out + at, scaled(low, matrix, at));
+        _mm256_storeu_ps(out + at + kHalf, scaled(high, matrix, at + kHalf));
+    }
+}
+
 void multiply(const PackedMatrix& matrix, const std::int8_t* rows, int rowBytes, int count,
               float* out) {
     for (; count >= kRowsAtOnce; count -= kRowsAtOnce) {
@@ -102,7 +133,7 @@ void multiply(const PackedMatrix& matrix, const std::int8_t* rows, int rowBytes,
     }
     if (count == 3) multiplyRows<3>(matrix, rows, rowBytes, out);
     if (count == 2) multiplyRows<2>(matrix, rows, rowBytes, out);
-    if (count == 1) multiplyRows<1>(matrix, rows, rowBytes, out);
+    if (count == 1) multiplyRow(matrix, rows, out);
 }
 
 void lstmCell(const float* gates, int size, float* state, std::int8_t* output) {

@@ -1,5 +1,7 @@
 #include "reading/packed_matrix.h"
 
+#include <algorithm>
+
 namespace tandrel {
 
 PackedMatrix::PackedMatrix(int outputs, int inputs, std::span<const std::int8_t> weights,
@@ -15,8 +17,10 @@ PackedMatrix::PackedMatrix(int outputs, int inputs, std::span<const std::int8_t>
         const auto row = weights.subspan(static_cast<std::size_t>(o) * (inputs + 1),
                                          static_cast<std::size_t>(inputs) + 1);
         for (int k = 0; k < inputs; ++k) {
-            weights_[place(o, k)] = row[k];
-            offsets_[o] += 128 * row[k];
+            // -128, which no training leaves behind, has no counterpart with the other sign.
+            const auto weight = std::max<std::int8_t>(row[k], -127);
+            weights_[place(o, k)] = weight;
+            offsets_[o] += 128 * weight;
         }
         scales_[o] = static_cast<float>(scales[o] / kUnit);
         biases_[o] = static_cast<float>(row[inputs] * scales[o]);

@@ -10,7 +10,8 @@ namespace tandrel {
 // Within a group, quad q of output o begins at byte (q * 16 + o) * 4, so 64 bytes hold four weights
 // of each of 16 outputs. Padding outputs and inputs have weight 0.
 //
-//   output o of input x:  scale[o] * sum(weight[o][k] * x[k]) + bias[o],  x in -127..127
+//   output o of input x:  scale[o] * sum(weight[o][k] * x[k]) + bias[o],
+//   weights and x in -127..127
 class PackedMatrix {
  public:
     static constexpr int kGroup = 16;

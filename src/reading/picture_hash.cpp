@@ -5,6 +5,8 @@
 #include <cstring>
 #include <random>
 
+#include "reading/aes_sum.h"
+
 namespace tandrel {
 
 namespace {
@@ -70,7 +72,15 @@ class Mixer {
 std::vector<RowSum> rowSumsOf(const PixelBuffer& image) {
     std::vector<RowSum> sums;
     const auto rowSize = static_cast<std::size_t>(image.width()) * PixelBuffer::kBytesPerPixel;
+    sums.reserve(static_cast<std::size_t>(image.height()));
+    // Every frame comes by here, mostly unchanged: three times as fast with AES.
+    const bool aes = hasAesRounds();
     for (int y = 0; y < image.height(); ++y) {
+        if (aes) {
+            const auto [first, second] = aesSumOf(image.row(y), rowSize);
+            sums.push_back({first, second});
+            continue;
+        }
         Mixer mixer;
         mixer.add(image.row(y), rowSize);
         sums.push_back(mixer.sum());

@@ -30,6 +30,8 @@ class AirPlayServer {
     // `windowId`: that window and no other. Everything in `services` outlives the server.
     AirPlayServer(Services services, std::optional<std::uint32_t> windowId);
     ~AirPlayServer();
+    AirPlayServer(const AirPlayServer&) = delete;
+    AirPlayServer& operator=(const AirPlayServer&) = delete;
 
     // The running capture, else a new one. The error is also kept for /status.
     Result<std::shared_ptr<WindowCapture>> capture();

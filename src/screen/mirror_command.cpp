@@ -108,7 +108,7 @@ std::optional<int> mirrorCommand(const MirrorArgs& args, MirrorServices& service
     if (!hasOperands(args, tool->operands)) return failWith(tool->usage, services);
     const auto result = tool->run(args, services);
     if (!result) return failWith(result.error().message, services);
-    services.out << dumpJson(*result) << std::endl;
+    services.out << dumpJson(*result) << '\n' << std::flush;
     return services.out ? 0 : failWith("cannot write the result", services);
 }
 

@@ -99,6 +99,10 @@ TEST(Doctor, TellsHowEachBluetoothAdapterStands) {
         EXPECT_TRUE(diagnosis.ready) << words;
         EXPECT_EQ(diagnosis.conditions.at(2).name, "Adapter hci0");
         EXPECT_EQ(diagnosis.conditions.at(2).words, words);
+        found.bluetoothChannels = 3;
+        EXPECT_THAT(diagnose(found).conditions.at(3).words, HasSubstr("Channels = 1"));
+        found.snapshot.adapters.clear();
+        EXPECT_EQ(diagnose(found).conditions.at(2).name, "Picture") << "the virtual phone's";
     }
 }
 

@@ -82,6 +82,7 @@ TEST(GdpReader, RefusesWhatIsNoStreamOfFrames) {
         {"random", Bytes(200, 0x37), "what the receiver sends is no stream of frames"},
         {"too large a side", gdp::caps(100'000, 100'000),
          "the receiver sends frames of no usable size"},
+        {"too many pixels", gdp::caps(8192, 2049), "the receiver sends frames of no usable size"},
         {"no side", gdp::message(2, "video/x-raw, format=(string)I420, width=(int)16"),
          "the receiver sends frames of no usable size"},
         {"half a number", gdp::message(2, "video/x-raw, format=I420, width=1x, height=16"),
@@ -107,6 +108,10 @@ TEST(GdpReader, HalfAMessageIsNoFrame) {
         EXPECT_EQ(read.frames, 0) << cut;
         EXPECT_EQ(read.error, "") << cut;
     }
+}
+
+TEST(RawVideoForm, TakesTheLargestFrameThatFits) {
+    EXPECT_TRUE(RawVideoForm::parse("video/x-raw,format=I420,width=8192,height=2048"));
 }
 
 TEST(RawVideoForm, ReadsCapsWithAndWithoutTypes) {

@@ -24,6 +24,8 @@ class ReceiverChild {
     ~ReceiverChild();
     ReceiverChild(ReceiverChild&&) noexcept = default;
     ReceiverChild& operator=(ReceiverChild&&) = delete;
+    ReceiverChild(const ReceiverChild&) = delete;
+    ReceiverChild& operator=(const ReceiverChild&) = delete;
 
     static constexpr Duration kGrace = std::chrono::seconds(2);
 

@@ -28,7 +28,7 @@ std::vector<std::string> environmentWith(const std::map<std::string, std::string
             result.emplace_back(text);
         }
     }
-    for (const auto& [name, value] : additions) result.push_back(name + "=" + value);
+    for (const auto& [name, value] : additions) result.push_back(fmt::format("{}={}", name, value));
     return result;
 }
 

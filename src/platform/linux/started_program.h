@@ -32,6 +32,8 @@ class StartedProgram {
     ~StartedProgram();
     StartedProgram(StartedProgram&& other) noexcept;
     StartedProgram& operator=(StartedProgram&&) = delete;
+    StartedProgram(const StartedProgram&) = delete;
+    StartedProgram& operator=(const StartedProgram&) = delete;
 
     pid_t pid() const { return pid_; }  // -1 once it was reaped
     // Readable once the program has ended.

@@ -1,5 +1,6 @@
 #include "platform/linux/x_desktop.h"
 
+#include <cstring>
 #include <filesystem>
 #include <stdexcept>
 #include <thread>
@@ -106,16 +107,23 @@ void XTestWindow::raise() {
 }
 
 void XTestWindow::minimise() {
+    constexpr std::uint32_t kIconicState = 3;  // ICCCM 4.1.4
+    ask("WM_CHANGE_STATE", kIconicState);
+}
+
+void XTestWindow::moveToDesktop(std::uint32_t number) { ask("_NET_WM_DESKTOP", number); }
+
+void XTestWindow::ask(const char* what, std::uint32_t value) {
     const XConnection& x = desktop_.x();
     const auto reply = xReply(xcb_intern_atom_reply(
-        x.get(), xcb_intern_atom(x.get(), 0, 15, "WM_CHANGE_STATE"), nullptr));
-    constexpr std::uint32_t kIconicState = 3;  // ICCCM 4.1.4
+        x.get(), xcb_intern_atom(x.get(), 0, static_cast<std::uint16_t>(std::strlen(what)), what),
+        nullptr));
     xcb_client_message_event_t message{};
     message.response_type = XCB_CLIENT_MESSAGE;
     message.format = 32;
     message.window = id_;
     message.type = reply->atom;
-    message.data.data32[0] = kIconicState;
+    message.data.data32[0] = value;
     xcb_send_event(x.get(), 0, x.root(),
                    XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT | XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY,
                    reinterpret_cast<const char*>(&message));

@@ -53,13 +53,16 @@ class XTestWindow {
     void move(std::int16_t x, std::int16_t y);
     void resize(std::uint16_t width, std::uint16_t height);
     void raise();
+    // These two ask the window manager, which takes its time.
     void minimise();
+    void moveToDesktop(std::uint32_t number);
     void restore();
     void close();
     void setClass(const std::string& instance, const std::string& name);
 
  private:
     void flush() { desktop_.x().sync(); }
+    void ask(const char* what, std::uint32_t value);
 
     const XDesktop& desktop_;
     const std::uint32_t id_;

@@ -76,6 +76,14 @@ TEST_P(XWindowStreamTest, MinimisedIsSaidAndEndsWithTheWindowsReturn) {
     EXPECT_TRUE(awaitFilled(300, 650, kGreen));
 }
 
+TEST_P(XWindowStreamTest, OnAnotherDesktopIsSaidAndEndsWithTheWindowsReturn) {
+    window->moveToDesktop(1);
+    EXPECT_TRUE(watch.awaitHidden().ends_with(
+        "is minimised or on another desktop: bring it back, it may then be covered"));
+    window->moveToDesktop(0);
+    EXPECT_TRUE(awaitFilled(300, 650, kBlue));
+}
+
 TEST_P(XWindowStreamTest, ClosedIsTheEndAlsoInTheMiddleOfAFrame) {
     for (std::uint16_t i = 0; i < 200; ++i) {
         window->fill(i % 2 == 0 ? kGreen : kBlue);
