@@ -121,11 +121,16 @@ icu::UnicodeString latinSpelling(const icu::UnicodeString& word) {
         foreign = foreign || uscript_getScript(c, &status) != USCRIPT_LATIN;
     });
     if (!foreign && !(letters && digits)) return word;
-    icu::UnicodeString spelled = skeleton(icu::UnicodeString(word).foldCase());
-    spelled.findAndReplace(u"rn", u"m").findAndReplace(u"O", u"o");
-    bool latin = true;
-    forEach(spelled, [&](UChar32 c) { latin = latin && c < 0x80 && u_isalpha(c); });
-    return latin ? spelled : word;
+    // A capital may look Latin where its small letter does not: Greek Β and β.
+    for (const auto& form : {icu::UnicodeString(word).foldCase(), word}) {
+        icu::UnicodeString spelled = skeleton(form);
+        spelled.findAndReplace(u"rn", u"m").findAndReplace(u"O", u"o");
+        spelled.findAndReplace(u"5", u"s").findAndReplace(u"3", u"e").findAndReplace(u"4", u"a");
+        bool latin = true;
+        forEach(spelled, [&](UChar32 c) { latin = latin && c < 0x80 && u_isalpha(c); });
+        if (latin) return spelled;
+    }
+    return word;
 }
 
 icu::UnicodeString withLatinSpellings(const icu::UnicodeString& source) {

@@ -8,6 +8,7 @@
 #include <unicode/uscript.h>
 #include <unicode/utf8.h>
 
+#include "base/ascii.h"
 #include "base/file.h"
 #include "base/json.h"
 #include "base/log.h"
@@ -57,6 +58,7 @@ constexpr ListName kLists[] = {
     {"soft",      Word::soft},
     {"otherCode", Word::otherCode},
     {"slideVerb", Word::slideVerb},
+    {"buyLast",   Word::buyLast},
 };
 // clang-format on
 // Lists that make the guard ask less.
@@ -135,6 +137,12 @@ std::string_view nearNumbers(std::string_view text) {
     if (from == text.npos) from = 0;
     const auto to = std::min(text.find(' ', std::min(last + kCurrency, text.size())), text.size());
     return text.substr(from, to - from);
+}
+
+// Whether a letter stands right before the part.
+bool goesOnBefore(std::string_view text, std::string_view part) {
+    const auto at = text.find(part);
+    return at != text.npos && at > 0 && isAsciiLetter(text[at - 1]);
 }
 
 // The phrase as a recogniser that was not given its language reads it.
@@ -252,7 +260,9 @@ GuardWords::GuardWords(const Lists& lists) {
     for (const auto& [phrase, kinds] : lists.phrases) {
         if (!holdsDense(phrase)) {
             spaced_[trimmed(phrase)] |= kinds;
-            firstWords_.emplace(split(phrase).front());
+            const auto words = split(phrase);
+            auto& longest = firstWords_[std::string(words.front())];
+            longest = std::max(longest, words.size());
             if (kinds & bit(Word::pay)) {
                 std::string letters = phrase;
                 std::erase(letters, ' ');
@@ -333,8 +343,9 @@ void GuardWords::findSpaced(const std::vector<std::string_view>& words, Phrases&
     std::vector<Place> places;
     std::vector<bool> filler(words.size());
     for (std::size_t first = 0; first < words.size(); ++first) {
-        if (!firstWords_.contains(words[first])) continue;
-        const std::size_t last = std::min(words.size(), first + kMostPhraseWords);
+        const auto begins = firstWords_.find(words[first]);
+        if (begins == firstWords_.end()) continue;
+        const std::size_t last = std::min(words.size(), first + begins->second);
         std::string phrase;
         for (std::size_t end = first + 1; end <= last; ++end) {
             if (!phrase.empty()) phrase += ' ';
@@ -398,7 +409,9 @@ std::optional<std::string> GuardWords::amount(std::string_view plainText) const 
     const std::string_view near = nearNumbers(plainText);
     if (near.empty()) return std::nullopt;
     auto given = PaymentGuard::first(Rule::money, near);
-    if (!given && mayHoldCurrency(near)) given = money_->first(near);
+    // The first layer reads "$ 8" out of "R$ 8".
+    if ((!given || goesOnBefore(near, *given)) && mayHoldCurrency(near))
+        given = money_->first(near);
     if (given) given = trimmed(*given);
     return given;
 }

@@ -8,7 +8,6 @@
 #include <string>
 #include <string_view>
 #include <unordered_map>
-#include <unordered_set>
 #include <vector>
 
 #include "base/keyword_search.h"
@@ -48,6 +47,7 @@ enum class Word : std::uint32_t {
     soft = 1 << 25,          // begins or ends a harmless button, unless much speaks of paying
     otherCode = 1 << 26,     // a code that is no secret: "promo code"
     slideVerb = 1 << 27,     // what a slider begins or ends with, whatever it does
+    buyLast = 1 << 28,       // as `buy`, at the end: where verbs come last, "Plätze kaufen"
 };
 
 // A phrase found in a text, and where.
@@ -123,8 +123,8 @@ class GuardWords {
     void findLetters(const std::vector<std::string_view>& words, Phrases& found) const;
 
     std::unordered_map<std::string, std::uint32_t> spaced_;
-    // The words that phrases begin with.
-    std::unordered_set<std::string, TextHash, std::equal_to<>> firstWords_;
+    // The words that phrases begin with, and of how many words the longest of these is.
+    std::unordered_map<std::string, std::size_t, TextHash, std::equal_to<>> firstWords_;
     // Pay phrases without their spaces, for a text in s p a c e d letters.
     std::unordered_map<std::string, std::uint32_t> joined_;
     // Of scripts that put no spaces between words, found anywhere in a text.

@@ -22,7 +22,10 @@ Verdict payWords(const WideScreen& screen) {
 Verdict amountButton(const WideScreen& screen) {
     if (!screen.taps()) return std::nullopt;
     for (const Label* label : screen.hit()) {
-        if (label->amount && label->buys()) return payButton(label->text);
+        if (label->amount && label->buys() && !isEntry(*label, screen) &&
+            !isPricedAlone(*label, screen)) {
+            return payButton(label->text);
+        }
     }
     return std::nullopt;
 }

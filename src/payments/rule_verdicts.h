@@ -21,6 +21,13 @@ inline constexpr std::size_t kMostCommitWords = 5;
 bool isStrong(const Label& label);
 // It would pay on whatever screen it is.
 bool isPayButton(const Label& label);
+// One of at least three lines of a list, from the left edge.
+bool isListed(const Label& label, const WideScreen& screen);
+// So, and the only one of them with an amount: "Renew bus pass $65" among errands.
+bool isPricedAlone(const Label& label, const WideScreen& screen);
+// "Pay the plumber $120 on Friday": a line of a list, from the left edge, that goes on behind its
+// amount.
+bool isEntry(const Label& label, const WideScreen& screen);
 // A word that commits a form, and nothing else.
 bool commits(const Label& label);
 

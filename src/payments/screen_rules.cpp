@@ -18,9 +18,11 @@ constexpr std::size_t kMostLongWords = 14;  // of a button in more words than a 
 constexpr double kBesideAmount = 0.16;      // of the frame's height
 constexpr double kBand = 1.2;               // of a line's height, above and below a pay button
 constexpr double kNavigationBar = 0.11;     // of the frame's height
+constexpr double kTitle = 0.17;             // where it ends, its large title included
 constexpr double kTabBar = 0.9;             // where it begins
 constexpr double kCentred = 0.06;           // of the frame's width
 constexpr std::size_t kMostAmountsBesideIcon = 3;
+constexpr std::size_t kMostAmountsBesideSecret = 2;
 constexpr double kTurned = 1.5;  // a line so much higher than wide runs downwards
 constexpr int kLeastTurnedLines = 3;
 
@@ -52,6 +54,41 @@ bool saysItPays(const WideScreen& screen) {
     return false;
 }
 
+// The swipe runs along the label, and the label alone says nothing of refusing.
+bool isSwiped(const Label& label, const WideScreen& screen) {
+    const auto y = screen.y();
+    if (!y || screen.isSettled() || label.isHarmless() || label.dismisses()) return false;
+    if (label.phrases.endsWith(Word::dismiss)) return false;
+    const double reach = kBand * label.height();
+    return label.top - reach <= *y && *y <= label.bottom + reach;
+}
+
+// An arrow or a cross in the bar at the top.
+bool leadsBack(const Label& label, const WideScreen& screen) {
+    constexpr std::string_view kArrows[] = {"‹", "<", "←", "〈", "✕", "×", "⋯", "…", "..."};
+    return std::ranges::find(kArrows, label.text) != std::end(kArrows) &&
+           label.bottom < kTitle * screen.frame().height;
+}
+
+// Nothing but one sum, and no word of signing in beside it.
+bool asksForOneSum(const WideScreen& screen) {
+    return screen.amounts() <= kMostAmountsBesideSecret && !screen.isSettled() &&
+           !screen.has(Word::otherCode);
+}
+
+// A tap on the label itself would be asked about for what it is or where it stands.
+bool asksInTheMiddle(const Label& label, const WideScreen& screen) {
+    constexpr Verdict (*kRules[])(const WideScreen&) = {
+        offer,          buyingVerb,    commitWithCaption, buttonOfPayment,
+        standingAmount, standingUnits, buttonUnderSum,    underPrices};
+    if (!screen.amount() || label.top < 0.5 * screen.frame().height) return false;
+    if (!standsAlone(label, screen)) return false;
+    const Action middle{.x = label.middle() / screen.frame().width,
+                        .y = (label.top + label.bottom) / 2 / screen.frame().height};
+    const WideScreen moved(screen.lines(), screen.frame(), middle, screen.words());
+    return std::ranges::any_of(kRules, [&](auto rule) { return rule(moved).has_value(); });
+}
+
 }  // namespace
 
 Verdict verbAndObject(const WideScreen& screen) {
@@ -77,7 +114,8 @@ Verdict verbAndObject(const WideScreen& screen) {
 Verdict buyingVerb(const WideScreen& screen) {
     if (!screen.taps() || !screen.amount()) return std::nullopt;
     for (const Label* label : screen.hit()) {
-        if (label->phrases.words <= kMostVerbWords && label->buys()) {
+        if (label->phrases.words <= kMostVerbWords && label->buys() && !isEntry(*label, screen) &&
+            (label->pays() || !isListed(*label, screen))) {
             return onPayment(label->text, screen);
         }
     }
@@ -139,6 +177,7 @@ Verdict commitWithCaption(const WideScreen& screen) {
         return std::nullopt;
     }
     for (const Label* label : screen.hit()) {
+        if (isEntry(*label, screen)) continue;
         if (commits(*label) || commitsToPaying(*label)) return onPayment(label->text, screen);
     }
     return std::nullopt;
@@ -158,7 +197,7 @@ Verdict paymentScreenTap(const WideScreen& screen) {
     if (!screen.taps() || !screen.isPayment()) return std::nullopt;
     const Label* label = screen.label();
     if (!label) return unlabelled(screen);
-    if (label->dismisses()) return std::nullopt;
+    if (label->dismisses() || leadsBack(*label, screen)) return std::nullopt;
     if (commits(*label) || graphemeCount(label->text) <= 2) return onPayment(label->text, screen);
     return std::nullopt;
 }
@@ -168,9 +207,8 @@ Verdict payBand(const WideScreen& screen) {
     if (!screen.taps() || screen.label() || !y) return std::nullopt;
     for (const auto& label : screen.labels()) {
         const double reach = kBand * label.height();
-        if (isPayButton(label) && label.top - reach <= *y && *y <= label.bottom + reach) {
-            return unlabelled(screen);
-        }
+        if (*y < label.top - reach || label.bottom + reach < *y) continue;
+        if (isPayButton(label) || asksInTheMiddle(label, screen)) return unlabelled(screen);
     }
     return std::nullopt;
 }
@@ -198,10 +236,18 @@ Verdict iconAlone(const WideScreen& screen) {
     }
     if (screen.amounts() > kMostAmountsBesideIcon) return std::nullopt;
     const double height = screen.frame().height;
-    if (*y < kNavigationBar * height || *y > kTabBar * height) return std::nullopt;
+    if (*y < kNavigationBar * height) return std::nullopt;
+    // Where texts stand, it may be one of a row of tabs.
+    const auto isTab = [&](const Label& label) { return label.bottom > kTabBar * height; };
+    if (*y > kTabBar * height && std::ranges::any_of(screen.labels(), isTab)) return std::nullopt;
     bool below = false;
     for (const auto& label : screen.labels()) {
-        if (label.mayBeButton() && (commits(label) || isPayButton(label))) return std::nullopt;
+        // In the bar at the top such a word is the screen's title: "Überweisung".
+        const bool title = label.bottom < kTitle * height;
+        if (!title && !label.isDueCaption() && label.mayBeButton() &&
+            (commits(label) || isPayButton(label))) {
+            return std::nullopt;
+        }
         below = below || (label.amount && label.bottom < *y);
     }
     if (!below) return std::nullopt;
@@ -209,7 +255,8 @@ Verdict iconAlone(const WideScreen& screen) {
 }
 
 Verdict tipShare(const WideScreen& screen) {
-    static const Regex share(R"(^\W*\d{1,2}([.,]\d)?\s?[%٪]\W*$)", Regex::Case::sensitive);
+    static const Regex share(R"(^\W*(\d{1,2}([.,]\d)?\s?[%٪]|[%٪]\s?\d{1,2})\W*$)",
+                             Regex::Case::sensitive);
     if (!screen.taps() || !screen.has(Word::tip)) return std::nullopt;
     for (const Label* label : screen.hit()) {
         if (share.has(trimmed(label->withoutAmount))) return onPayment(label->text, screen);
@@ -220,8 +267,10 @@ Verdict tipShare(const WideScreen& screen) {
 Verdict slider(const WideScreen& screen) {
     if (screen.action().kind != Kind::swipe || screen.taps()) return std::nullopt;
     for (const auto& label : screen.labels()) {
-        const bool slides = label.phrases.contains(Word::slide) ||
-                            (label.phrases.contains(Word::slideVerb) && screen.isClearlyDue());
+        const bool slides =
+            label.phrases.contains(Word::slide) ||
+            (label.phrases.contains(Word::slideVerb) &&
+             (screen.isClearlyDue() || (screen.amount() && isSwiped(label, screen))));
         if (!slides) continue;
         return fmt::format("a \"{}\" control{}", label.text,
                            screen.amount() ? " for " + *screen.amount() : "");
@@ -246,7 +295,9 @@ Verdict secret(const WideScreen& screen) {
     if (button && button->phrases.isAll(Word::commit) && saysItPays(screen)) {
         return onPayment(button->text, screen);
     }
-    if (!screen.hasCaption() && !screen.isPayment()) return std::nullopt;
+    if (!screen.hasCaption() && !screen.isPayment() && !asksForOneSum(screen)) {
+        return std::nullopt;
+    }
     if (action.kind == Kind::type && has(Rule::numeric, action.text.value_or(""))) {
         return "typing a passcode on a payment screen";
     }
@@ -259,12 +310,16 @@ Verdict secret(const WideScreen& screen) {
 
 Verdict turned(const WideScreen& screen) {
     if (!screen.taps()) return std::nullopt;
+    const auto runsDown = [](const Label& label) {
+        return label.height() > kTurned * (label.right - label.left);
+    };
+    if (std::ranges::count_if(screen.labels(), runsDown) < kLeastTurnedLines) return std::nullopt;
     int down = 0;
     int across = 0;
     bool money = screen.amount().has_value();
     for (const auto& label : screen.labels()) {
         if (graphemeCount(label.text) < 4) continue;
-        ++(label.height() > kTurned * (label.right - label.left) ? down : across);
+        ++(runsDown(label) ? down : across);
         money = money || label.pays();
     }
     if (!money || down < kLeastTurnedLines || across > down) return std::nullopt;

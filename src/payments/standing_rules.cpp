@@ -3,6 +3,9 @@
 #include <algorithm>
 #include <cmath>
 
+#include "base/ascii.h"
+#include "payments/guard_patterns.h"
+
 namespace tandrel::PaymentGuard {
 namespace {
 
@@ -16,6 +19,9 @@ constexpr double kBarRow = 1.5;       // of a line's height, above and below
 constexpr double kRefusalNear = 0.1;  // of the frame's height
 constexpr std::size_t kMostStandingWords = 8;
 constexpr std::size_t kMostBarWords = 4;
+constexpr std::size_t kMostUnitWords = 5;
+constexpr std::size_t kLeastLongWords = 5;  // of a button in more words than a button has
+constexpr std::size_t kMostLongWords = 14;
 constexpr std::size_t kLeastPricesInColumn = 3;
 constexpr std::size_t kMostAmountsOfOne = 3;  // payment
 constexpr std::size_t kLeastPricesOfUpsell = 2;
@@ -39,7 +45,9 @@ const Label* anyButton(const WideScreen& screen, std::size_t mostWords) {
     const auto& phrases = label->phrases;
     if (phrases.words == 0 || phrases.words > mostWords) return nullptr;
     if (label->dismisses() || label->isHarmless()) return nullptr;
-    if (label->text.ends_with('.') || label->text.ends_with('?')) return nullptr;
+    // "19,99 zł/mies." ends in an abbreviation.
+    const bool sentence = label->text.ends_with('.') && !label->amount;
+    if (sentence || label->text.ends_with('?')) return nullptr;
     return label;
 }
 
@@ -52,7 +60,7 @@ bool isIdle(const Label& label, const WideScreen& screen) {
 bool sellsOrSends(const Label& label, const WideScreen& screen) {
     const auto& phrases = label.phrases;
     if (screen.amounts() > kMostAmountsOfOne) return false;
-    return phrases.isAll(Word::weakBuy) || phrases.isAll(Word::transfer) ||
+    return phrases.startsWith(Word::weakBuy) || phrases.startsWith(Word::transfer) ||
            (phrases.startsWith(Word::commit) && phrases.endsWith(Word::transfer));
 }
 
@@ -89,28 +97,76 @@ bool hasPriceColumn(const WideScreen& screen) {
 
 }  // namespace
 
-bool standsLikePayButton(const Label& label, const WideScreen& screen) {
-    bool belowAmount = false;
-    bool beside = false;
+bool standsAlone(const Label& label, const WideScreen& screen) {
     bool besideRefusal = false;
     for (const auto& other : screen.labels()) {
-        if (&other == &label) continue;
-        belowAmount = belowAmount || (other.amount && other.top < label.top);
-        if (!besideEachOther(other, label)) continue;
-        (other.dismisses() ? besideRefusal : beside) = true;
+        if (&other == &label || !besideEachOther(other, label)) continue;
+        if (!other.dismisses()) return false;
+        besideRefusal = true;
     }
-    return belowAmount && !beside && (isCentred(label, screen) || besideRefusal);
+    return isCentred(label, screen) || besideRefusal;
+}
+
+bool standsLikePayButton(const Label& label, const WideScreen& screen) {
+    const auto above = [&](const Label& other) { return other.amount && other.top < label.top; };
+    return std::ranges::any_of(screen.labels(), above) && standsAlone(label, screen);
 }
 
 Verdict standingAmount(const WideScreen& screen) {
     const Label* label = anyButton(screen, kMostStandingWords);
     if (!label || !label->amount || !isBelow(*label, kLowerHalf, screen)) return std::nullopt;
     if (!isCentred(*label, screen) || label->phrases.startsWith(Word::money)) return std::nullopt;
-    const auto beside = [&](const Label& other) {
-        return &other != label && besideEachOther(other, *label) && !other.dismisses();
-    };
-    if (std::ranges::any_of(screen.labels(), beside)) return std::nullopt;
+    if (!standsAlone(*label, screen)) return std::nullopt;
     return payButton(label->text);
+}
+
+Verdict standingUnits(const WideScreen& screen) {
+    const Label* label = screen.taps() ? screen.label() : nullptr;
+    if (!label || !label->mayBeButton() || label->dismisses()) return std::nullopt;
+    const auto& phrases = label->phrases;
+    if (phrases.words > kMostUnitWords || !phrases.contains(Word::unit)) return std::nullopt;
+    // "80コインで読む": where verbs come last, one of reading says what the coins are for.
+    const bool sum = phrases.dense && isAsciiDigit(label->plain.front());
+    if (!has(Rule::numeric, label->plain) || (!sum && label->isHarmless()) || label->isSoft()) {
+        return std::nullopt;
+    }
+    if (!isBelow(*label, kLowerHalf, screen) || !isCentred(*label, screen)) return std::nullopt;
+    if (!standsAlone(*label, screen)) return std::nullopt;
+    return payButton(label->text);
+}
+
+Verdict standingLongLabel(const WideScreen& screen) {
+    const Label* label = anyButton(screen, kMostLongWords);
+    if (!label || label->phrases.words < kLeastLongWords) return std::nullopt;
+    const auto& phrases = label->phrases;
+    if (phrases.contains(Word::speech) && !phrases.startsWith(Word::commit) &&
+        !phrases.endsWith(Word::pay)) {
+        return std::nullopt;
+    }
+    if (!isBelow(*label, kFoot, screen) || !standsLikePayButton(*label, screen)) {
+        return std::nullopt;
+    }
+    const auto speaks = {Word::pay,      Word::payStart, Word::buy,
+                         Word::transfer, Word::object,   Word::consent};
+    const auto contains = [&](Word kind) { return phrases.contains(kind); };
+    if (std::ranges::none_of(speaks, contains)) return std::nullopt;
+    return onPayment(label->text, screen);
+}
+
+Verdict buttonUnderSum(const WideScreen& screen) {
+    const Label* label = anyButton(screen, kMostCommitWords);
+    if (!label || screen.isSettled() || screen.amounts() > kMostAmountsOfOne ||
+        isIdle(*label, screen)) {
+        return std::nullopt;
+    }
+    if (!isBelow(*label, kFoot, screen) || !standsLikePayButton(*label, screen)) {
+        return std::nullopt;
+    }
+    const auto isPrice = [](const Label& other) {
+        return other.amount && other.phrases.words == 0;
+    };
+    if (std::ranges::none_of(screen.labels(), isPrice)) return std::nullopt;
+    return onPayment(label->text, screen);
 }
 
 Verdict buttonOfPayment(const WideScreen& screen) {

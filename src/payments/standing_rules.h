@@ -6,10 +6,15 @@
 // Each of them is a row of the table of rules, which says what it sees and why.
 namespace tandrel::PaymentGuard {
 
-// Centred, or with nothing but a refusal beside it, below an amount.
+// Centred, with nothing but a refusal beside it.
+bool standsAlone(const Label& label, const WideScreen& screen);
+// So, below an amount.
 bool standsLikePayButton(const Label& label, const WideScreen& screen);
 
 Verdict standingAmount(const WideScreen& screen);
+Verdict standingUnits(const WideScreen& screen);
+Verdict standingLongLabel(const WideScreen& screen);
+Verdict buttonUnderSum(const WideScreen& screen);
 Verdict buttonOfPayment(const WideScreen& screen);
 Verdict underPrices(const WideScreen& screen);
 Verdict amountBar(const WideScreen& screen);

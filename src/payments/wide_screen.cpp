@@ -85,9 +85,8 @@ Label joinedLabel(const WideScreen& screen, const std::vector<const Label*>& par
 bool Label::mayBeButton() const {
     if (phrases.words > kMostButtonWords || text.size() > 2 * kLongestButton) return false;
     if (text.size() > kLongestButton && graphemeCount(text) > kLongestButton) return false;
-    if (phrases.words >= 2 && phrases.contains(Word::speech) && !phrases.isAll(Word::pay)) {
-        return false;
-    }
+    const bool button = phrases.isAll(Word::pay) || phrases.isAll(Word::commit);
+    if (phrases.words >= 2 && phrases.contains(Word::speech) && !button) return false;
     if (phrases.words > kMostWordsWithComma && withoutAmount.contains(',')) return false;
     return !isToDo() && !sentence().has(withoutAmount);
 }
@@ -101,6 +100,7 @@ bool Label::buys() const {
     if (!mayBeButton() || dismisses() || isNamed()) return false;
     if (pays() || phrases.startsWith(Word::buy) || phrases.startsWith(Word::pay)) return true;
     if (phrases.endsWith(Word::pay) || (phrases.dense && phrases.endsWith(Word::buy))) return true;
+    if (phrases.endsWith(Word::buyLast) && !isHarmless()) return true;
     return amount && (phrases.endsWith(Word::buy) || phrases.startsWith(Word::transfer) ||
                       phrases.endsWith(Word::transfer) || phrases.startsWith(Word::weakBuy) ||
                       phrases.startsWith(Word::withAmount) ||

@@ -55,6 +55,8 @@ TEST(FoldedText, OnlyWordsThatPassThemselvesOffAsLatinAreSpelledInIt) {
     for (const Row& row : {
              Row{"Pаy nоw", "pay now"},
              Row{"C0nfirm", "confirm"},
+             Row{"5ubscribe", "subscribe"},
+             Row{"Βuy nοw", "Buy now"},        // a Greek capital, and a small letter
              Row{"Оплатить", "Оплатить"},      // Russian, and it looks it
              Row{"Pay 10 now", "Pay 10 now"},  // a number of its own
              Row{"Πληρωμή", "Πληρωμή"},        // Greek

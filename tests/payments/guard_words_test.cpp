@@ -26,6 +26,7 @@ TEST(GuardWords, KnowsAmountsThatTheFirstLayerLacks) {
              Row{"Razem 361,99 zł", "361,99 zł"},
              Row{"60 zt", "60 zt"},  // as a recogniser of English reads zł
              Row{"214,90 R$", "214,90 R$"},
+             Row{"Pão R$ 8", "R$ 8"},  // and not "$ 8"
              Row{"1 290 Kč", "1 290 Kč"},
              Row{"4990 Ft", "4990 Ft"},
              Row{"149 kr", "149 kr"},
