@@ -104,6 +104,16 @@ class OwnersWindows : public testing::Test {
         ASSERT_TRUE(waitUntil([this] { return !display->hasPopup(); }));
     }
 
+    // The same until the setting follows: a key that comes before the menu has the keyboard is
+    // lost.
+    bool chooseUntil(const XDisplay::Window& setup, Entry entry, const char* name, bool value) {
+        for (int tries = 0; tries < 3; ++tries) {
+            chooseFromMenu(setup, entry);
+            if (waitUntil([&] { return setting(name) == Json(value); }, 10s)) return true;
+        }
+        return false;
+    }
+
     std::unique_ptr<XDisplay> display;
     ChildProgram::Environment environment;
     const std::shared_ptr<TemporaryFolder> home = std::make_shared<TemporaryFolder>();
@@ -229,11 +239,9 @@ TEST_F(OwnersWindows, ASecondStartOpensTheWindowOfTheFirst) {
 TEST_F(OwnersWindows, TheMenuPausesAndResumesControl) {
     start();
     const XDisplay::Window setup = await(kSetup);
-    chooseFromMenu(setup, pause);
-    EXPECT_TRUE(awaitSetting("paused", true));
+    EXPECT_TRUE(chooseUntil(setup, pause, "paused", true));
     EXPECT_EQ(program->post("/home", Json::object()).status, 423);
-    chooseFromMenu(setup, pause);
-    EXPECT_TRUE(awaitSetting("paused", false));
+    EXPECT_TRUE(chooseUntil(setup, pause, "paused", false));
 }
 
 TEST_F(OwnersWindows, QuestionsBeforePaymentsStopOnlyOnASecondYes) {
