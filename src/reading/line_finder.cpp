@@ -6,6 +6,7 @@
 
 #include "reading/components.h"
 #include "reading/line_joiner.h"
+#include "reading/line_rows.h"
 #include "reading/line_trimmer.h"
 #include "reading/picture_text.h"
 
@@ -76,10 +77,21 @@ bool isLineShaped(const PixelBox& line) {
     return line.height() >= kShortestLine && line.width() * 5 >= line.height();
 }
 
-std::vector<TextLine> linesIn(const GrayFrame& frame, const PixelBox& area) {
+// Parts are words or letters, about as high as the line that they make.
+bool mayHoldRows(const JoinedLine& line) {
+    std::vector<int> heights;
+    for (const PixelBox& part : line.parts) heights.push_back(part.height());
+    const auto middle = heights.begin() + static_cast<std::ptrdiff_t>(heights.size() / 2);
+    std::ranges::nth_element(heights, middle);
+    return line.box.height() * 10 >= *middle * 16;
+}
+
+std::vector<TextLine> linesIn(const GrayFrame& frame, const PixelBox& area, bool mayHoldRows) {
     std::vector<TextLine> lines;
     if (const auto ink = findInk(frame, area)) {
-        for (const Ink& trimmed : withoutIcons(frame, *ink)) lines.push_back({trimmed, false});
+        for (const Ink& row : mayHoldRows ? rowsOf(frame, *ink) : std::vector{*ink}) {
+            for (const Ink& trimmed : withoutIcons(frame, row)) lines.push_back({trimmed, false});
+        }
     }
     return lines;
 }
@@ -147,8 +159,8 @@ std::vector<TextLine> LineFinder::find(const GrayFrame& frame, const ChangedRows
     for (const JoinedLine& line : joinIntoLines(std::move(parts), cells_.rows())) {
         if (!isLineShaped(line.box)) continue;
         const PixelBox area = inPixels(line.box, scale, frame);
-        const auto& found =
-            findIn(area, changed, lines_, newLines, [&] { return linesIn(frame, area); });
+        const auto& found = findIn(area, changed, lines_, newLines,
+                                   [&] { return linesIn(frame, area, mayHoldRows(line)); });
         lines.insert(lines.end(), found.begin(), found.end());
     }
     for (const PixelBox& picture : outermost(std::move(pictures))) {

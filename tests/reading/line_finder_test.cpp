@@ -129,6 +129,24 @@ TEST(LineFinder, findsLabelsOnAMap) {
     EXPECT_EQ(found, 1);
 }
 
+// A stroke of a picture stands beside letters of both rows, and so joins them into one line.
+TEST(LineFinder, keepsRowsApartThatAPictureJoins) {
+    DrawnFrame drawn(390 * kDensity, 90 * kDensity, kDensity, kWhite);
+    const double upper = drawn.text(20, 40, "Delivery tomorrow", {"Inter", 24, kBlack});
+    const double lower = drawn.text(20, 66, "Two of three are left", {"Inter", 15, kBlack});
+    drawn.line(8, 33, 14, 58, 2, kBlack);
+    const auto lines = findLines(GrayFrame::from(drawn.frame()));
+    for (const double width : {upper, lower}) {
+        const auto found = std::ranges::count_if(lines, [&](const TextLine& line) {
+            const PixelBox& box = line.ink.box;
+            return box.left <= 22 * kDensity &&
+                   std::abs(box.right - (20 + width) * kDensity) < 12 &&
+                   box.height() < 38 * kDensity;
+        });
+        EXPECT_EQ(found, 1) << width;
+    }
+}
+
 TEST(LineFinder, findsWhiteLettersOnAPhoto) {
     DrawnFrame drawn(390 * kDensity, 200 * kDensity, kDensity, kBlack);
     GrayFrame frame = GrayFrame::from(drawn.frame());
