@@ -11,7 +11,6 @@ namespace tandrel::PaymentGuard {
 namespace {
 
 constexpr double kLineSpacing = 1.25;
-constexpr double kBodySize = 17;
 constexpr double kTop = 74;           // below the status bar
 constexpr double kBottom = 24;        // the bar that leads home
 constexpr double kSliderFrom = 0.12;  // of the width
