@@ -87,7 +87,7 @@ void BM_PartOneStrip(benchmark::State& state) {
     const auto longest = std::ranges::max_element(lines, {}, [](const TextLine& line) {
         return line.ink.box.width() / line.ink.box.height();
     });
-    TrainedStripReader reader("/usr/share/tesseract-ocr/5/tessdata", "eng", nullptr);
+    TrainedStripReader reader(trainedDataFolder(), "eng", nullptr);
     const Strip strip = makeStrip(gray, longest->ink, 0.15);
     for (auto _ : state) benchmark::DoNotOptimize(reader.read(std::span(&strip, 1)));
     state.counters["columns"] = strip.columns;

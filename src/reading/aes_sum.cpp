@@ -4,9 +4,10 @@
 
 #include <array>
 #include <cstring>
-#include <random>
 
 #include <immintrin.h>
+
+#include "reading/secrets.h"
 
 namespace tandrel {
 namespace {
@@ -20,12 +21,7 @@ constexpr std::size_t kBlockBytes = kLanes * kLaneBytes;
 
 using Secrets = std::array<std::uint64_t, 2 * kLanes>;
 const Secrets& secrets() {
-    static const Secrets drawn = [] {
-        std::random_device device;
-        Secrets made{};
-        for (auto& value : made) value = (std::uint64_t{device()} << 32) | device();
-        return made;
-    }();
+    static const Secrets drawn = drawSecrets<2 * kLanes>();
     return drawn;
 }
 

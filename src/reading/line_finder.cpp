@@ -86,10 +86,10 @@ bool mayHoldRows(const JoinedLine& line) {
     return line.box.height() * 10 >= *middle * 16;
 }
 
-std::vector<TextLine> linesIn(const GrayFrame& frame, const PixelBox& area, bool mayHoldRows) {
+std::vector<TextLine> linesIn(const GrayFrame& frame, const PixelBox& area, bool hasRows) {
     std::vector<TextLine> lines;
     if (const auto ink = findInk(frame, area)) {
-        for (const Ink& row : mayHoldRows ? rowsOf(frame, *ink) : std::vector{*ink}) {
+        for (const Ink& row : hasRows ? rowsOf(frame, *ink) : std::vector{*ink}) {
             for (const Ink& trimmed : withoutIcons(frame, row)) lines.push_back({trimmed, false});
         }
     }
