@@ -10,6 +10,7 @@
 #include "app/approval_prompt.h"
 #include "app/approvals_window.h"
 #include "app/icons.h"
+#include "app/no_actions.h"
 #include "app/owner_menu.h"
 #include "app/sample_views.h"
 #include "app/screen_picture.h"
@@ -24,23 +25,6 @@ using Samples = std::vector<SampleWindow>;
 // Where the virtual shop's price button is.
 constexpr PlaceOnScreen kPriceButton{0.5, 0.59};
 
-// The windows draw the same whatever their buttons would do.
-class NoActions final : public WindowActions {
- public:
-    void setPaused(bool) override {}
-    void setAskBeforePayments(bool) override {}
-    void setAskWhenUnsure(bool) override {}
-    void setAutostart(bool) override {}
-    bool autostart() const override { return false; }
-    void chooseLink(LinkChoice) override {}
-    void fix(Fix) override {}
-    void addToApp(AIApp, Done) override {}
-    void leaveOut(AIApp) override {}
-    void restartClaudeDesktop(Done) override {}
-    void startTest() override {}
-    void finishSetup() override {}
-    void quit() override {}
-};
 NoActions noActions;
 
 // What the virtual phone shows on two of its pages.

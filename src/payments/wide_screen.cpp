@@ -40,7 +40,7 @@ const Regex& cardEnding() {
 bool hasFourDigits(std::string_view text) {
     int run = 0;
     for (const char c : text) {
-        run = c >= '0' && c <= '9' ? run + 1 : 0;
+        run = isAsciiDigit(c) ? run + 1 : 0;
         if (run == 4) return true;
     }
     return false;

@@ -4,6 +4,7 @@
 #include <array>
 #include <cctype>
 
+#include "base/ascii.h"
 #include "base/unicode.h"
 
 namespace tandrel {
@@ -18,9 +19,7 @@ bool holdsFigures(std::string_view text) {
 
 namespace {
 
-bool isDigit(char c) { return c >= '0' && c <= '9'; }
 bool isPoint(char c) { return c == '.' || c == ','; }
-bool isLetter(char c) { return (c | 0x20) >= 'a' && (c | 0x20) <= 'z'; }
 
 }  // namespace
 
@@ -30,8 +29,8 @@ bool holdsAmount(std::string_view text) {
                                              [&](auto sign) { return text.contains(sign); });
     if (hasDigit && hasSign) return true;
     for (std::size_t i = 1; i + 2 < text.size(); ++i) {
-        if (isDigit(text[i - 1]) && isPoint(text[i]) && isDigit(text[i + 1]) &&
-            isDigit(text[i + 2])) {
+        if (isAsciiDigit(text[i - 1]) && isPoint(text[i]) && isAsciiDigit(text[i + 1]) &&
+            isAsciiDigit(text[i + 2])) {
             return true;
         }
     }
@@ -48,24 +47,24 @@ bool mayMisspellAmount(std::string_view text) {
     }
     // Such as "B97.59" and "O12.50"; R and other letters are currencies.
     for (std::size_t i = 1; i + 2 < text.size(); ++i) {
-        if (!isPoint(text[i]) || !isDigit(text[i + 1]) || !isDigit(text[i + 2])) continue;
+        if (!isPoint(text[i]) || !isAsciiDigit(text[i + 1]) || !isAsciiDigit(text[i + 2])) continue;
         std::size_t first = i;
-        while (first > 0 && (isDigit(text[first - 1]) || isPoint(text[first - 1]))) --first;
+        while (first > 0 && (isAsciiDigit(text[first - 1]) || isPoint(text[first - 1]))) --first;
         if (first > 0 && first < i && std::string_view("BDGIOQZl").contains(text[first - 1]))
             return true;
     }
     // A gap within a figure: "48, 437.75".
     for (std::size_t i = 1; i + 2 < text.size(); ++i) {
-        if (isDigit(text[i - 1]) && isPoint(text[i]) && text[i + 1] == ' ' &&
-            isDigit(text[i + 2]) && holdsAmount(text)) {
+        if (isAsciiDigit(text[i - 1]) && isPoint(text[i]) && text[i + 1] == ' ' &&
+            isAsciiDigit(text[i + 2]) && holdsAmount(text)) {
             return true;
         }
     }
     // Such as "O.55" and "1.B3".
     for (std::size_t i = 1; i + 1 < text.size(); ++i) {
         if (!isPoint(text[i])) continue;
-        if (isLetter(text[i - 1]) && isDigit(text[i + 1])) return true;
-        if (isDigit(text[i - 1]) && isLetter(text[i + 1])) return true;
+        if (isAsciiLetter(text[i - 1]) && isAsciiDigit(text[i + 1])) return true;
+        if (isAsciiDigit(text[i - 1]) && isAsciiLetter(text[i + 1])) return true;
     }
     return false;
 }

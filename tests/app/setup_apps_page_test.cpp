@@ -5,6 +5,7 @@
 
 #include <gmock/gmock.h>
 
+#include "app/no_actions.h"
 #include "app/offscreen.h"
 #include "app/owner_menu.h"
 #include "app/sample_views.h"
@@ -16,24 +17,14 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 
 // Writes down what the page sets off.
-class NotedActions final : public WindowActions {
+class NotedActions final : public NoActions {
  public:
-    void setPaused(bool) override {}
-    void setAskBeforePayments(bool) override {}
-    void setAskWhenUnsure(bool) override {}
-    void setAutostart(bool) override {}
-    bool autostart() const override { return false; }
-    void chooseLink(LinkChoice) override {}
     void fix(Fix fix) override { fixed.push_back(fix); }
     void addToApp(AIApp app, Done done) override {
         added.push_back(app);
         told = std::move(done);
     }
     void leaveOut(AIApp app) override { left.push_back(app); }
-    void restartClaudeDesktop(Done) override {}
-    void startTest() override {}
-    void finishSetup() override {}
-    void quit() override {}
 
     std::vector<Fix> fixed;
     std::vector<AIApp> added;
