@@ -89,8 +89,11 @@ check-man:
 
 analyze: ## clang's thread-safety analysis and clang-tidy over all sources
 	@scripts/install-packages.sh check
-	@scripts/configure.sh build-clang $(CLANG) -DTANDREL_TIDY=ON -DTANDREL_BENCH=ON
+	@scripts/configure.sh build-clang $(CLANG) -DTANDREL_BENCH=ON
 	@ninja -C build-clang
+	@scripts/configure.sh build-tidy $(CLANG) -DTANDREL_TIDY=ON -DTANDREL_TESTS=OFF \
+	    -DTANDREL_JOIN=ON -DTANDREL_SOURCES_TOGETHER=12
+	@ninja -C build-tidy
 
 bench: ## run every benchmark (BENCH=name picks one room's)
 	@scripts/install-packages.sh bench
