@@ -30,6 +30,8 @@ class HIDPeripheral final : private BluetoothPeripheralDelegate {
     // `localName` is what phones see in their Bluetooth settings. Nothing is made before `start`.
     HIDPeripheral(std::string localName, MakeBluetoothPeripheral make, Clock& clock);
     ~HIDPeripheral() override;
+    HIDPeripheral(const HIDPeripheral&) = delete;
+    HIDPeripheral& operator=(const HIDPeripheral&) = delete;
 
     // The instance that start-up built; it must have been set.
     static HIDPeripheral& shared();

@@ -32,6 +32,8 @@ class Input {
     // `hid` and `clock` outlive the Input, and every action has returned before it ends.
     Input(HIDPeripheral& hid, const Uuid& host, Clock& clock);
     ~Input();
+    Input(const Input&) = delete;
+    Input& operator=(const Input&) = delete;
 
     // The longest hold or drag.
     static constexpr double kLongestSeconds = 60;

@@ -46,7 +46,7 @@ Strip makeStrip(const GrayFrame& frame, const Ink& ink, double padding) {
     const double scale = height * (1 + 2 * padding) / Strip::kRows;
     const double top = -height * padding;
     Strip strip;
-    strip.columns = static_cast<int>(width / scale + 0.5) + 2 * Strip::kSideMargin;
+    strip.columns = static_cast<int>(std::lround(width / scale)) + 2 * Strip::kSideMargin;
     strip.pixels.assign(static_cast<std::size_t>(strip.columns) * Strip::kRows, 255);
 
     // How dark a grey level is: 0 for paper, 255 for full ink.

@@ -44,7 +44,8 @@ inline std::string shortName(const std::string& path) { return path.substr(path.
 
 // Gives an object a property that never changes.
 template <typename T>
-void addConstant(sdbus::IObject& object, const char* interface, const std::string& name, T value) {
+void addConstant(sdbus::IObject& object, const char* interface, const std::string& name,
+                 const T& value) {
     object.registerProperty(name).onInterface(interface).withGetter([value] { return value; });
 }
 

@@ -19,6 +19,8 @@ class BluezPeripheral final : public BluetoothPeripheral, private bluez::Session
     BluezPeripheral(BluetoothPeripheralDelegate& delegate, SerialQueue& queue, BluezOptions options,
                     Clock& clock);
     ~BluezPeripheral() override { loop_.reset(); }
+    BluezPeripheral(const BluezPeripheral&) = delete;
+    BluezPeripheral& operator=(const BluezPeripheral&) = delete;
 
     BluetoothAuthorization authorization() const override {
         return state_ == BluetoothState::unauthorized ? BluetoothAuthorization::denied
@@ -271,7 +273,7 @@ std::set<std::string> BluezOptions::parseAdapters(std::string_view text) {
     return adapters;
 }
 
-MakeBluetoothPeripheral makeBluezPeripheral(BluezOptions options, Clock& clock) {
+MakeBluetoothPeripheral makeBluezPeripheral(const BluezOptions& options, Clock& clock) {
     return [options, &clock](BluetoothPeripheralDelegate& delegate, SerialQueue& queue) {
         return std::make_unique<BluezPeripheral>(delegate, queue, options, clock);
     };

@@ -33,7 +33,7 @@ Registration::~Registration() {
             .withArguments(sdbus::ObjectPath(gatt_.root()))
             .dontExpectReply();
     } catch (const sdbus::Error&) {
-        // Without the bus nothing of ours is registered.
+        return;  // without the bus nothing of ours is registered
     }
 }
 

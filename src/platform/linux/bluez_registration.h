@@ -34,6 +34,8 @@ class Registration {
                  std::function<void(const std::optional<std::string>& error)> report);
     // Takes everything back.
     ~Registration();
+    Registration(const Registration&) = delete;
+    Registration& operator=(const Registration&) = delete;
 
     const std::string& adapter() const { return adapter_; }
     GattObjects& gatt() { return gatt_; }

@@ -18,7 +18,7 @@ constexpr int kMostMessagesInARow = 64;
 
 }  // namespace
 
-BusLoop::BusLoop(std::string threadName, Events events, Duration retry)
+BusLoop::BusLoop(const std::string& threadName, Events events, Duration retry)
     : events_(std::move(events)), retry_(retry), wakeup_(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {
     thread_ = std::thread([this] { run(); });
     pthread_setname_np(thread_.native_handle(), threadName.c_str());

@@ -31,7 +31,7 @@ class BusLoop {
         std::function<void(const std::string& reason)> failed;  // to open; once for each reason
     };
 
-    BusLoop(std::string threadName, Events events, Duration retry = std::chrono::seconds(5));
+    BusLoop(const std::string& threadName, Events events, Duration retry = std::chrono::seconds(5));
     // Runs what was posted before, drops what was to run later, sends what is unsent.
     ~BusLoop();
     BusLoop(const BusLoop&) = delete;

@@ -25,7 +25,7 @@ std::string escaped(std::string_view text) {
 std::string execQuoted(const std::filesystem::path& program) {
     constexpr std::string_view kPlain =
         "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789_./-+";
-    const std::string path = program.string();
+    std::string path = program.string();
     if (path.find_first_not_of(kPlain) == std::string::npos) return path;
     std::string quoted = "\"";
     for (const char c : path) {

@@ -77,9 +77,10 @@ void ImagePlayer::startRound() {
     files_ = std::filesystem::is_directory(options_.path, error)
                  ? imagesIn(options_.path)
                  : std::vector<std::filesystem::path>{options_.path};
-    std::erase_if(loaded_, [&files = files_](const auto& entry) {
-        return !std::ranges::binary_search(files, entry.first);
-    });
+    for (auto entry = loaded_.begin(); entry != loaded_.end();) {
+        const bool isListed = std::ranges::binary_search(files_, entry->first);
+        entry = isListed ? std::next(entry) : loaded_.erase(entry);
+    }
 }
 
 void ImagePlayer::showNext() {

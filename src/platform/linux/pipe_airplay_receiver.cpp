@@ -47,6 +47,8 @@ class PipeAirPlayReceiver::Stream final : public WindowStream {
         MutexLock lock(receiver_.streamsMutex_);
         receiver_.streams_.erase(this);
     }
+    Stream(const Stream&) = delete;
+    Stream& operator=(const Stream&) = delete;
 
  private:
     PipeAirPlayReceiver& receiver_;

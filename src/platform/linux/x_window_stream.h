@@ -26,6 +26,8 @@ class XWindowStream final : public WindowStream {
     static Result<std::unique_ptr<WindowStream>> open(std::uint32_t id, WindowEvents events,
                                                       Transfer transfer = Transfer::shared);
     ~XWindowStream() override;
+    XWindowStream(const XWindowStream&) = delete;
+    XWindowStream& operator=(const XWindowStream&) = delete;
 
  private:
     XWindowStream(std::unique_ptr<XConnection> x, std::uint32_t id, WindowEvents events,

@@ -56,6 +56,27 @@ Result<std::string> memberName(const JsonPlace& from, std::string_view member) {
     return readName(place);
 }
 
+Result<void> readSwitches(const JsonPlace& from, PhoneTraits& phone) {
+    TRY_VOID(readTruth(from, "passcode", phone.passcode));
+    TRY_VOID(readTruth(from, "assistiveTouch", phone.assistiveTouch));
+    TRY_VOID(readTruth(from, "paired", phone.paired));
+    TRY_VOID(readTruth(from, "plugged", phone.plugged));
+    TRY_VOID(readTruth(from, "mirroring", phone.mirroring));
+    TRY_VOID(readTruth(from, "staleCache", phone.staleCache));
+    return {};
+}
+
+Result<void> readScreen(const JsonPlace& from, PhoneTraits& phone) {
+    const auto width = TRY(from.member("width"));
+    phone.width = TRY(width.wholeNumber(kSmallestSide, kLargestSide));
+    const auto height = TRY(from.member("height"));
+    phone.height = TRY(height.wholeNumber(kSmallestSide, kLargestSide));
+    if (const auto scale = from.find("scale")) phone.scale = TRY(scale->number(1, 4));
+    TRY_VOID(readChoice(from, "appearance", phone.appearance, kAppearances));
+    TRY_VOID(readChoice(from, "screen", phone.screen, kPowers));
+    return {};
+}
+
 Result<PhoneTraits> readPhone(const JsonPlace& from) {
     TRY_VOID(from.object({"id", "name", "host", "width", "height", "scale", "keyboard",
                           "appearance", "screen", "passcode", "assistiveTouch", "paired", "plugged",
@@ -68,23 +89,22 @@ Result<PhoneTraits> readPhone(const JsonPlace& from) {
     const auto uuid = Uuid::parse(hostText);
     if (!uuid) return host.error("must be a UUID");
     phone.host = *uuid;
-    const auto width = TRY(from.member("width"));
-    phone.width = TRY(width.wholeNumber(kSmallestSide, kLargestSide));
-    const auto height = TRY(from.member("height"));
-    phone.height = TRY(height.wholeNumber(kSmallestSide, kLargestSide));
-    if (const auto scale = from.find("scale")) phone.scale = TRY(scale->number(1, 4));
     TRY_VOID(readChoice(from, "keyboard", phone.keyboard, kKeyboards));
-    TRY_VOID(readChoice(from, "appearance", phone.appearance, kAppearances));
-    TRY_VOID(readChoice(from, "screen", phone.screen, kPowers));
-    TRY_VOID(readTruth(from, "passcode", phone.passcode));
-    TRY_VOID(readTruth(from, "assistiveTouch", phone.assistiveTouch));
-    TRY_VOID(readTruth(from, "paired", phone.paired));
-    TRY_VOID(readTruth(from, "plugged", phone.plugged));
-    TRY_VOID(readTruth(from, "mirroring", phone.mirroring));
-    TRY_VOID(readTruth(from, "staleCache", phone.staleCache));
+    TRY_VOID(readScreen(from, phone));
+    TRY_VOID(readSwitches(from, phone));
     phone.clock = from.find("clock") ? TRY(memberName(from, "clock")) : "9:41";
     phone.date = from.find("date")   ? TRY(memberName(from, "date")) : "Tuesday, January 9";
     return phone;
+}
+
+Result<LaterAction> readLater(const JsonPlace& from, const PageNames& names) {
+    TRY_VOID(from.object({"seconds", "do"}));
+    const auto seconds = TRY(from.member("seconds"));
+    const auto action = TRY(from.member("do"));
+    LaterAction later;
+    later.seconds = TRY(seconds.number(0, kLongestWait));
+    later.action = TRY(readAction(action, names));
+    return later;
 }
 
 Result<Page> readPage(const JsonPlace& from, const PageNames& names) {
@@ -105,15 +125,7 @@ Result<Page> readPage(const JsonPlace& from, const PageNames& names) {
     if (const auto action = from.find("sideButton")) {
         page.sideButton = TRY(readAction(*action, names));
     }
-    if (const auto later = from.find("later")) {
-        TRY_VOID(later->object({"seconds", "do"}));
-        const auto seconds = TRY(later->member("seconds"));
-        const auto action = TRY(later->member("do"));
-        page.later = LaterAction {
-            .seconds = TRY(seconds.number(0, kLongestWait))
-            , .action = TRY(readAction(action, names))
-        };
-    }
+    if (const auto later = from.find("later")) page.later = TRY(readLater(*later, names));
     const auto items = TRY(from.member("items"));
     page.items = TRY(readItems(items, names));
     return page;

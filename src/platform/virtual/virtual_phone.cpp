@@ -301,7 +301,8 @@ bool VirtualPhone::awaitRecord(std::function<bool(const VirtualPhoneRecord&)> fi
     return signal->wait(timeoutSeconds);
 }
 
-bool VirtualPhone::awaitFrame(std::function<bool(const PixelBuffer&)> fits, double timeoutSeconds) {
+bool VirtualPhone::awaitFrame(const std::function<bool(const PixelBuffer&)>& fits,
+                              double timeoutSeconds) {
     const auto signal = std::make_shared<Signal>();
     const auto watching = watchFrames(View::cable, [signal, fits](const PixelBuffer& frame) {
         if (fits(frame)) signal->raise();

@@ -49,6 +49,8 @@ class VirtualPhone {
  public:
     VirtualPhone(Scenario scenario, Clock& clock);
     ~VirtualPhone();
+    VirtualPhone(const VirtualPhone&) = delete;
+    VirtualPhone& operator=(const VirtualPhone&) = delete;
 
     // While anybody watches, a frame comes this often, drawn anew only when the screen changed.
     static constexpr int kFramesPerSecond = 30;
@@ -114,7 +116,8 @@ class VirtualPhone {
     bool awaitRecord(std::function<bool(const VirtualPhoneRecord&)> fits,
                      double timeoutSeconds = 10);
     // The same for a frame that comes over the cable.
-    bool awaitFrame(std::function<bool(const PixelBuffer&)> fits, double timeoutSeconds = 10);
+    bool awaitFrame(const std::function<bool(const PixelBuffer&)>& fits,
+                    double timeoutSeconds = 10);
 
  private:
     struct FrameWatcher {
