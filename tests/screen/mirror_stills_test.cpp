@@ -6,20 +6,15 @@
 namespace tandrel {
 namespace {
 
-using pictures::Colour;
-
 class MirrorStills : public MirrorFixture {
  protected:
     MirrorStills() {
         devices.setOnOpened(pictures::noise(120, 260));
-        windows.drawAtOpen(pictures::drawn(800, 1400, [](int x, int y) {
-            const bool screen = x >= 90 && x < 693 && y >= 40 && y < 1351;
-            return screen ? Colour{40, 80, 120} : pictures::kBlack;
-        }));
+        windows.drawAtOpen(pictures::phoneInAWindow());
     }
     Size sizeOf(const std::string& path) {
-        const auto image = readImage(path);
-        return image ? Size{image->width(), image->height()} : Size{};
+        const PixelBuffer image = readImage(path).value_or(PixelBuffer());
+        return {image.width(), image.height()};
     }
 };
 
@@ -59,8 +54,8 @@ TEST_F(MirrorStills, UsbCaptureFailsInOneSentence) {
 }
 
 TEST_F(MirrorStills, UsbCaptureTakesAStillImageInThePhonesPlace) {
-    ASSERT_TRUE(replaceFile(file("in.png"), toText(*encodeSnapshot(pictures::noise(40, 90), {}))));
-    EXPECT_EQ(run({"usb-capture", file("out.jpg"), "--image", file("in.png"), "--max", "45"}), 0);
+    const std::string in = saved(pictures::noise(40, 90));
+    EXPECT_EQ(run({"usb-capture", file("out.jpg"), "--image", in, "--max", "45"}), 0);
     EXPECT_EQ(sizeOf(file("out.jpg")), (Size{20, 45}));
 }
 
