@@ -62,6 +62,7 @@ TEST_F(WindowCaptureTest, AClosedWindowEndsItAndDoesNotStartAgain) {
 TEST_F(WindowCaptureTest, AHiddenWindowHasNoPictureUntilItIsBack) {
     start();
     draw(10);
+    draw(10);
     windows.hide(7, "minimised");
     EXPECT_TRUE(capture->isRunning());
     EXPECT_FALSE(capture->latest());
