@@ -36,8 +36,8 @@ class RawClient {
     std::string read(std::size_t bytes);
     // Whether the server closes, or resets because of bytes that it did not read, without a word.
     bool closedWithoutReply();
-    bool connected() const { return static_cast<bool>(socket_); }
-    explicit operator bool() const { return connected(); }
+    // Whether it is connected.
+    explicit operator bool() const { return static_cast<bool>(socket_); }
     std::uint16_t ownPort() const { return boundPort(socket_); }
     // Waits until the server has closed or reset, without reading.
     void awaitPeerClose();
@@ -45,6 +45,8 @@ class RawClient {
  private:
     Socket socket_;
 };
+
+inline constexpr const char* kOk = "HTTP/1.1 200 OK";
 
 // One whole exchange.
 std::string exchange(std::uint16_t port, std::string_view request);

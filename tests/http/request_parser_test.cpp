@@ -115,11 +115,7 @@ TEST(RequestParser, KeepsNoBytesOfWhatIsHopeless) {
     EXPECT_EQ(parser.append(std::string(7 << 20, 'x')), State::tooLarge);
 }
 
-TEST(RequestParser, GivesUpBeyondEightMebibytes) {
-    RequestParser parser;
-    EXPECT_EQ(parser.append(std::string(8'388'608, 'a')), State::incomplete);
-    EXPECT_EQ(parser.append("a"), State::tooLarge);
-
+TEST(RequestParser, TakesARequestOfEightMebibytes) {
     RequestParser whole;
     const std::string head = headerBlock("Content-Length: 8388000\r\n");
     EXPECT_EQ(whole.append(head), State::incomplete);
@@ -148,7 +144,7 @@ TEST(RequestParser, IsIndifferentToCuts) {
 }
 
 // Searching the whole buffer again for each byte would take hours for this input.
-TEST(RequestParser, TakesManyTinyPiecesInLinearTime) {
+TEST(RequestParser, TakesManyTinyPiecesInLinearTimeAndGivesUpBeyondEightMebibytes) {
     RequestParser parser;
     State state = State::incomplete;
     for (std::size_t sent = 0; sent < 8'388'608; ++sent) state = parser.append("\r");

@@ -110,11 +110,8 @@ TEST(GdpReader, HalfAMessageIsNoFrame) {
     }
 }
 
-TEST(RawVideoForm, TakesTheLargestFrameThatFits) {
+TEST(RawVideoForm, ReadsCapsWithAndWithoutTypesUpToTheLargestFrame) {
     EXPECT_TRUE(RawVideoForm::parse("video/x-raw,format=I420,width=8192,height=2048"));
-}
-
-TEST(RawVideoForm, ReadsCapsWithAndWithoutTypes) {
     const RawVideoForm plain{498, 1080};
     for (const char* caps :
          {"video/x-raw, format=(string)I420, width=(int)498, height=(int)1080, views=(int)1",

@@ -39,7 +39,5 @@ TEST(JpegWriter, QualityCosts) {
     EXPECT_LT(2 * encoded(picture, 40).size(), encoded(picture, 95).size());
 }
 
-TEST(JpegWriter, AnEmptyPictureHasNoFile) { EXPECT_FALSE(encodeJpeg(Pixels{}, 80)); }
-
 }  // namespace
 }  // namespace tandrel
