@@ -4,9 +4,7 @@
 #include <cerrno>
 #include <filesystem>
 #include <fstream>
-#include <sstream>
 
-#include <fmt/format.h>
 #include <netinet/in.h>
 #include <poll.h>
 
@@ -23,11 +21,11 @@ RawClient& RawClient::waitAtMost(std::chrono::milliseconds patience) {
     return *this;
 }
 
-RawClient& RawClient::connect(std::uint16_t port) {
+RawClient& RawClient::connect(std::uint16_t port, std::uint32_t to) {
     sockaddr_in address{};
     address.sin_family = AF_INET;
     address.sin_port = htons(port);
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    address.sin_addr.s_addr = htonl(to);
     const auto* generic = reinterpret_cast<const sockaddr*>(&address);
     if (::connect(socket_.fd(), generic, sizeof address) != 0) socket_.reset();
     return *this;
@@ -92,21 +90,6 @@ std::string bodyOf(std::string_view reply) {
 
 std::string firstLineOf(std::string_view reply) {
     return std::string(reply.substr(0, reply.find("\r\n")));
-}
-
-std::vector<std::string> listenersOf(std::uint16_t port) {
-    std::vector<std::string> addresses;
-    for (const char* table : {"/proc/net/tcp", "/proc/net/tcp6"}) {
-        std::ifstream file(table);
-        std::string slot, local, remote, state, line;
-        while (std::getline(file, line)) {
-            std::istringstream(line) >> slot >> local >> remote >> state;
-            const std::size_t colon = local.find(':');
-            if (state != "0A" || local.substr(colon + 1) != fmt::format("{:04X}", port)) continue;
-            addresses.push_back(local.substr(0, colon));
-        }
-    }
-    return addresses;
 }
 
 int threadsNamed(std::string_view name) {

@@ -3,8 +3,8 @@
 #include <chrono>
 #include <string>
 #include <string_view>
-#include <vector>
 
+#include <netinet/in.h>
 #include <sys/socket.h>
 
 #include "http/socket.h"
@@ -20,7 +20,7 @@ class RawClient {
     // Makes the socket only.
     RawClient();
     explicit RawClient(std::uint16_t port) : RawClient() { connect(port); }
-    RawClient& connect(std::uint16_t port);
+    RawClient& connect(std::uint16_t port, std::uint32_t to = INADDR_LOOPBACK);
     // Bounds each wait from now on.
     RawClient& waitAtMost(std::chrono::milliseconds patience);
 
@@ -53,8 +53,6 @@ std::string exchange(std::uint16_t port, std::string_view request);
 // What follows the blank line.
 std::string bodyOf(std::string_view reply);
 std::string firstLineOf(std::string_view reply);
-// The addresses that are listened on at the port, as /proc/net/tcp and tcp6 write them.
-std::vector<std::string> listenersOf(std::uint16_t port);
 // Threads of this process with that name.
 int threadsNamed(std::string_view name);
 

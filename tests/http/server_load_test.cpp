@@ -99,15 +99,6 @@ class ServedUnderLoad : public testing::Test {
     std::unique_ptr<HTTPServer> server;
 };
 
-TEST_F(ServedUnderLoad, GoesOnWhileHandlersBlock) {
-    serve();
-    auto blocked = clients(200, kBlock);
-    ASSERT_TRUE(gate.awaitInside(200));
-    for (int i = 0; i < 20; ++i) EXPECT_EQ(get(), kOk);
-    gate.open();
-    expectReplies(blocked);
-}
-
 TEST_F(ServedUnderLoad, RunsAtMost256HandlersAndLosesNoRequestPastThat) {
     serve();
     auto blocked = clients(300, kBlock);

@@ -101,15 +101,6 @@ TEST(GdpReader, RefusesWhatIsNoStreamOfFrames) {
     for (const auto& row : rows) EXPECT_EQ(readAll(row.stream).error, row.error) << row.name;
 }
 
-TEST(GdpReader, HalfAMessageIsNoFrame) {
-    const Bytes stream = joined({gdp::caps(16, 16), gdp::frame(16, 16)});
-    for (std::size_t cut = 0; cut < stream.size(); cut += 7) {
-        const Read read = readAll({stream.begin(), stream.begin() + static_cast<long>(cut)});
-        EXPECT_EQ(read.frames, 0) << cut;
-        EXPECT_EQ(read.error, "") << cut;
-    }
-}
-
 TEST(RawVideoForm, ReadsCapsWithAndWithoutTypesUpToTheLargestFrame) {
     EXPECT_TRUE(RawVideoForm::parse("video/x-raw,format=I420,width=8192,height=2048"));
     const RawVideoForm plain{498, 1080};

@@ -73,5 +73,7 @@ TEST(PngWriter, TheZlibChecksumIsRight) {
     EXPECT_EQ(state.avail_out, 0u);
 }
 
+TEST(PngWriter, AnEmptyPictureHasNoFile) { EXPECT_FALSE(encodePng(Pixels{})); }
+
 }  // namespace
 }  // namespace tandrel

@@ -23,6 +23,7 @@ class GrabbedDevicesTest : public testing::Test {
     GrabbedDevicesTest() {
         grabbers_.plugIn(
             {kOwnId, "iPhone on Grabber", "iOS Device (grabber)", true, CaptureLink::grabber});
+        devices_.allowScreenCaptureDevices();
         devices_.setOnDevicesChanged([this] { ++changes_; });
         open();
     }

@@ -41,7 +41,7 @@ TEST_F(MirrorStills, UsbCaptureFailsInOneSentence) {
     EXPECT_EQ(failure({"usb-capture", "/nowhere/at/all.png"}), "cannot write /nowhere/at/all.png");
     devices.refuse("A1", "busy");
     EXPECT_EQ(failure({"usb-capture", path}), "cannot capture Anna");
-    devices.agree("A1");
+    devices.refuse("A1", std::nullopt);
     devices.setOnOpened({});
     EXPECT_EQ(failure({"usb-capture", path}), "no frame yet from Anna (is the iPhone unlocked?)");
     permissions.cameraAnswer = Permission::denied;
@@ -51,12 +51,6 @@ TEST_F(MirrorStills, UsbCaptureFailsInOneSentence) {
     EXPECT_EQ(failure({"usb-capture", path, "--image", "/nowhere.png"}),
               "cannot read /nowhere.png");
     EXPECT_FALSE(std::filesystem::exists(path));
-}
-
-TEST_F(MirrorStills, UsbCaptureTakesAStillImageInThePhonesPlace) {
-    const std::string in = saved(pictures::noise(40, 90));
-    EXPECT_EQ(run({"usb-capture", file("out.jpg"), "--image", in, "--max", "45"}), 0);
-    EXPECT_EQ(sizeOf(file("out.jpg")), (Size{20, 45}));
 }
 
 TEST_F(MirrorStills, AirplayCaptureCutsThePhoneOut) {
