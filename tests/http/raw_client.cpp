@@ -1,6 +1,5 @@
 #include "raw_client.h"
 
-#include <algorithm>
 #include <cerrno>
 #include <filesystem>
 #include <fstream>
@@ -53,19 +52,15 @@ void RawClient::close(Close how) {
     socket_.reset();
 }
 
-std::string RawClient::readAll() { return read(std::string::npos); }
-
-std::string RawClient::read(std::size_t bytes) {
+std::string RawClient::readAll() {
     std::string all;
     char chunk[65536];
-    while (all.size() < bytes) {
-        const ssize_t count =
-            ::recv(socket_.fd(), chunk, std::min(sizeof chunk, bytes - all.size()), 0);
-        if (count == 0) break;
+    while (true) {
+        const ssize_t count = ::recv(socket_.fd(), chunk, sizeof chunk, 0);
+        if (count == 0) return all;
         if (count < 0) return all + (errno == ECONNRESET ? "<reset>" : "<nothing>");
         all.append(chunk, static_cast<std::size_t>(count));
     }
-    return all;
 }
 
 bool RawClient::closedWithoutReply() {

@@ -32,8 +32,6 @@ class RawClient {
 
     // Everything until the server closes; "<reset>" or "<nothing>" (time ran out) are appended.
     std::string readAll();
-    // Like readAll, but only up to `bytes`.
-    std::string read(std::size_t bytes);
     // Whether the server closes, or resets because of bytes that it did not read, without a word.
     bool closedWithoutReply();
     // Whether it is connected.

@@ -100,6 +100,14 @@ TEST_F(WindowCaptureTest, WaitsForTheFirstFrameAndSaysThatNoneCame) {
     EXPECT_EQ(other.awaitLatest(0s, {}).error().message, "no frame yet from the AirPlay window");
 }
 
+TEST_F(WindowCaptureTest, ThePhoneIsCutOutOfItsWindow) {
+    start();
+    const PixelBuffer window = pictures::phoneInAWindow();
+    const PixelBuffer phone = capture->phoneScreen(window);
+    EXPECT_EQ((Size{phone.width(), phone.height()}), (Size{603, 1311}));
+    EXPECT_EQ(phone.pixels(), window.row(40) + 4 * 90);
+}
+
 TEST_F(WindowCaptureTest, ABareWindowIsThePhonesScreenWhateverItShows) {
     WinInfo bare = FakeWindows::receiver();
     bare.isBare = true;
