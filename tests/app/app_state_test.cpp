@@ -57,18 +57,18 @@ class AppStateTest : public AIConnectTest {
         const MutexLock lock(mutex_);
         status_ = std::move(status);
     }
-    void start() { state_.startPolling({EngineMode::Kind::own, ""}, url()); }
-    LoopbackUrl url() { return LoopbackUrl::ofPort(server_.port()); }
+    void start() {
+        state_->startPolling({EngineMode::Kind::own, ""}, LoopbackUrl::ofPort(server_.port()));
+    }
     // Runs the main thread until the model shows it; throws when it does not come to that.
-    void await(const std::function<bool(const AppSnapshot&)>& fits) { awaitOf(state_, fits); }
-    void awaitOf(AppState& state, const std::function<bool(const AppSnapshot&)>& fits) {
+    void await(const std::function<bool(const AppSnapshot&)>& fits) {
         const auto main = std::this_thread::get_id();
-        const auto listener = state.listen([&](const AppSnapshot& now) {
+        const auto listener = state_->listen([&](const AppSnapshot& now) {
             EXPECT_EQ(std::this_thread::get_id(), main);
             if (fits(now)) loop_.quit(0);
         });
         const auto patience = loop_.after(std::chrono::seconds(60), [&] { loop_.quit(1); });
-        state.refresh();
+        state_->refresh();
         if (loop_.run() != 0) throw std::runtime_error("the model never showed it");
     }
 
@@ -101,16 +101,16 @@ class AppStateTest : public AIConnectTest {
                                  .ai = ai_,
                                  .loop = loop_,
                                  .clock = time_};
-    AppState state_{services_, options_};
+    std::optional<AppState> state_{std::in_place, services_, options_};
 };
 
 TEST_F(AppStateTest, ShowsWhatTheEngineAndTheComputerSay) {
-    EXPECT_FALSE(state_.snapshot().inputs.engineUp);
+    EXPECT_FALSE(state_->snapshot().inputs.engineUp);
     start();
     await([](const AppSnapshot& now) {
         return now.isHealthy() && now.inputs.bluetoothPerm == Permission::granted;
     });
-    const AppSnapshot now = state_.snapshot();
+    const AppSnapshot now = state_->snapshot();
     EXPECT_EQ(now.inputs.screenSource, ScreenSource::usb);
     EXPECT_EQ(now.inputs.screenState, PhoneScreen::awake);
     EXPECT_TRUE(now.inputs.usbPhone && now.inputs.usbPlugged);
@@ -123,7 +123,7 @@ TEST_F(AppStateTest, ShowsWhatTheEngineAndTheComputerSay) {
     await([](const AppSnapshot& later) {
         return later.inputs.screenSource == ScreenSource::none && later.inputs.usbPlugged;
     });
-    EXPECT_FALSE(state_.snapshot().inputs.bluetoothReady);
+    EXPECT_FALSE(state_->snapshot().inputs.bluetoothReady);
     server_.stop();
     await([](const AppSnapshot& later) { return !later.inputs.engineUp; });
 }
@@ -140,49 +140,36 @@ TEST_F(AppStateTest, AnEngineThatHangsHoldsNobodyUp) {
     hold_ = true;
     start();
     polls_.wait(0);
-    EXPECT_FALSE(state_.snapshot().inputs.engineUp);
-    state_.refresh();
-    state_.stop();
+    EXPECT_FALSE(state_->snapshot().inputs.engineUp);
+    state_->refresh();
+    state_->stop();
 }
 
-TEST_F(AppStateTest, AnAppsEntryThatComesOrGoesIsNoticed) {
-    const auto codex = [](const AppSnapshot& now) { return now.aiApps.at(2).link; };
-    putProgram(".local/bin/codex", "");
-    start();
-    await([](const AppSnapshot& now) { return now.aiApps.at(2).installed; });
-    EXPECT_EQ(codex(state_.snapshot()), Link::notAdded);
-    EXPECT_EQ(state_.snapshot().aiApps.at(2).toPaste + "\n", kEntry);
-    ASSERT_TRUE(ai_.addToCodex().ok);
-    await([&](const AppSnapshot& now) { return codex(now) == Link::addedHere; });
-    put(codexFile(), "[mcp_servers.tandrel]\ncommand = \"/old\"\n");
-    await([&](const AppSnapshot& now) { return codex(now) == Link::addedElsewhere; });
-    std::filesystem::remove(codexFile());
-    await([&](const AppSnapshot& now) { return codex(now) == Link::notAdded; });
-}
-
-TEST_F(AppStateTest, AnEntryThatWasThereIsMissedUntilItIsLeftOutOnPurpose) {
+TEST_F(AppStateTest, AnAppsEntryThatComesOrGoesIsNoticedAndMissedUntilItIsLeftOutOnPurpose) {
+    const auto codex = [](const AppSnapshot& now) { return now.aiApps.at(2); };
     const auto isLost = [](const AppSnapshot& now) { return now.aiApps.at(2).lost; };
     const auto program = putProgram(".local/bin/codex", "");
     start();
-    await([](const AppSnapshot& now) { return now.aiApps.at(2).installed; });
-    EXPECT_FALSE(isLost(state_.snapshot())) << "it was never there";
+    await([&](const AppSnapshot& now) { return codex(now).installed; });
+    EXPECT_EQ(codex(state_->snapshot()).link, Link::notAdded);
+    EXPECT_EQ(codex(state_->snapshot()).toPaste + "\n", kEntry);
+    EXPECT_FALSE(isLost(state_->snapshot())) << "it was never there";
     ASSERT_TRUE(ai_.addToCodex().ok);
-    await([&](const AppSnapshot& now) { return now.aiApps.at(2).link == Link::addedHere; });
-    state_.stop();
+    await([&](const AppSnapshot& now) { return codex(now).link == Link::addedHere; });
+    put(codexFile(), "[mcp_servers.tandrel]\ncommand = \"/old\"\n");
+    await([&](const AppSnapshot& now) { return codex(now).link == Link::addedElsewhere; });
+    state_->stop();
     std::filesystem::remove(codexFile());
 
-    AppState next(services_, options_);
-    next.startPolling({EngineMode::Kind::own, ""}, url());
-    const auto nextAwaits = [&](const std::function<bool(const AppSnapshot&)>& fits) {
-        awaitOf(next, fits);
-    };
-    nextAwaits(isLost);
+    state_.emplace(services_, options_);
+    start();
+    await([&](const AppSnapshot& now) { return isLost(now) && codex(now).link == Link::notAdded; });
     std::filesystem::rename(program, program.string() + ".gone");
-    nextAwaits(std::not_fn(isLost));
+    await(std::not_fn(isLost));
     std::filesystem::rename(program.string() + ".gone", program);
-    nextAwaits(isLost);
+    await(isLost);
     ASSERT_TRUE(forgetEntry(AIApp::codex, defaults_));
-    nextAwaits(std::not_fn(isLost));
+    await(std::not_fn(isLost));
 }
 
 TEST_F(AppStateTest, AHelperThatFailsIsToldUntilItIsCheckedAgain) {
@@ -190,7 +177,7 @@ TEST_F(AppStateTest, AHelperThatFailsIsToldUntilItIsCheckedAgain) {
     start();
     await([](const AppSnapshot& now) { return now.helper.text == "broken"; });
     putProgram("Tandrel/bin/tandrel", "echo tandrel 1.0");
-    state_.checkHelper();
+    state_->checkHelper();
     await(
         [](const AppSnapshot& now) { return now.helper.kind == HelperCheck::State::Kind::ready; });
 }
@@ -198,14 +185,14 @@ TEST_F(AppStateTest, AHelperThatFailsIsToldUntilItIsCheckedAgain) {
 TEST_F(AppStateTest, WhatTheOwnerChoosesAndWhatWorkedOnceIsKept) {
     ASSERT_TRUE(defaults_.set("link", "airplay"));
     ASSERT_TRUE(defaults_.set("paused", true));
-    EXPECT_FALSE(state_.snapshot().phoneWasSetUp);
+    EXPECT_FALSE(state_->snapshot().phoneWasSetUp);
     start();
     await([](const AppSnapshot& now) { return now.phoneWasSetUp && now.inputs.paused; });
-    EXPECT_TRUE(state_.snapshot().inputs.lastHealthyKnown);
-    EXPECT_EQ(state_.snapshot().inputs.linkChoice, LinkChoice::airplay);
-    ASSERT_TRUE(state_.setSetupDone(true));
-    EXPECT_TRUE(state_.snapshot().inputs.setupDone);
-    state_.stop();
+    EXPECT_TRUE(state_->snapshot().inputs.lastHealthyKnown);
+    EXPECT_EQ(state_->snapshot().inputs.linkChoice, LinkChoice::airplay);
+    ASSERT_TRUE(state_->setSetupDone(true));
+    EXPECT_TRUE(state_->snapshot().inputs.setupDone);
+    state_->stop();
     EXPECT_EQ(defaults_.boolValue("phoneWasSetUp"), true);
     EXPECT_EQ(defaults_.boolValue("setupDone"), true);
 }

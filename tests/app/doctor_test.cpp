@@ -1,7 +1,5 @@
 #include "app/doctor.h"
 
-#include <functional>
-
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -30,53 +28,44 @@ Findings healthy() {
 // From the last condition to the first: each fault comes on top of those before it, so that each is
 // seen to be put right before all that follow it.
 TEST(Doctor, TheFirstFaultIsTheNextStep) {
-    struct Row {
-        const char* name;
-        std::function<void(Findings&)> change;
-        const char* next;
-    };
-    const Row rows[] = {
-        {"helper",
-         [](Findings& found) { found.snapshot.helper = {HelperCheck::State::Kind::failed, "x"}; },
+    const std::pair<void (*)(Findings&), const char*> rows[] = {
+        {[](Findings& found) { found.snapshot.helper = {HelperCheck::State::Kind::failed, "x"}; },
          "Install Tandrel again."},
-        {"paused", [](Findings& found) { found.snapshot.inputs.paused = true; },
+        {[](Findings& found) { found.snapshot.inputs.paused = true; },
          "Turn it back on in the Tandrel menu, or run `tandrel-app --set paused false`."},
-        {"not matched", [](Findings& found) { found.snapshot.inputs.phoneConnected = false; },
+        {[](Findings& found) { found.snapshot.inputs.phoneConnected = false; },
          "Keep it unlocked with AssistiveTouch on."},
-        {"not connected", [](Findings& found) { found.snapshot.inputs.anyBluetoothHost = false; },
+        {[](Findings& found) { found.snapshot.inputs.anyBluetoothHost = false; },
          "On the iPhone: Settings › Bluetooth › Tandrel"},
-        {"unreadable", [](Findings& found) { found.readError = "install tesseract-ocr-eng"; },
+        {[](Findings& found) { found.readError = "install tesseract-ocr-eng"; },
          "install tesseract-ocr-eng"},
-        {"locked", [](Findings& found) { found.snapshot.inputs.screenState = PhoneScreen::locked; },
+        {[](Findings& found) { found.snapshot.inputs.screenState = PhoneScreen::locked; },
          "Unlock the iPhone. Your AI can't unlock it for you."},
-        {"no frame", [](Findings& found) { found.snapshot.inputs.screenReady = false; },
-         "Unlock the iPhone."},
-        {"not trusted",
-         [](Findings& found) {
+        {[](Findings& found) { found.snapshot.inputs.screenReady = false; }, "Unlock the iPhone."},
+        {[](Findings& found) {
              found.snapshot.inputs.usbPhone = false;
              found.snapshot.inputs.usbPlugged = true;
          },
          "Unlock it, and tap Trust if it asks."},
-        {"no cable", [](Findings& found) { found.snapshot.inputs.usbPlugged = false; },
+        {[](Findings& found) { found.snapshot.inputs.usbPlugged = false; },
          "Plug the iPhone into this computer, or choose AirPlay: `tandrel-app --set link "
          "airplay`."},
-        {"no mirroring",
-         [](Findings& found) { found.snapshot.inputs.linkChoice = LinkChoice::airplay; },
+        {[](Findings& found) { found.snapshot.inputs.linkChoice = LinkChoice::airplay; },
          "On the iPhone: Control Center › Screen Mirroring › Desk"},
-        {"Bluetooth off", [](Findings& found) { found.snapshot.inputs.bluetoothReady = false; },
+        {[](Findings& found) { found.snapshot.inputs.bluetoothReady = false; },
          "Turn Bluetooth on."},
-        {"another engine", [](Findings& found) { found.engineApp = "PocketLink"; },
+        {[](Findings& found) { found.engineApp = "PocketLink"; },
          "Quit PocketLink, then start Tandrel."},
-        {"no engine", [](Findings& found) { found.engineApp.clear(); },
+        {[](Findings& found) { found.engineApp.clear(); },
          "Start Tandrel: run `tandrel-app` and leave it running."},
     };
     Findings found = healthy();
     EXPECT_TRUE(diagnose(found).ready);
     EXPECT_EQ(diagnose(found).next, "");
-    for (const Row& row : rows) {
-        row.change(found);
-        EXPECT_FALSE(diagnose(found).ready) << row.name;
-        EXPECT_EQ(diagnose(found).next, row.next) << row.name;
+    for (const auto& [change, next] : rows) {
+        change(found);
+        EXPECT_FALSE(diagnose(found).ready) << next;
+        EXPECT_EQ(diagnose(found).next, next);
     }
 }
 
@@ -114,12 +103,11 @@ TEST(Doctor, TheCableSaysItselfWhatItLacks) {
 }
 
 TEST(Doctor, AnAppThatCouldBeAddedIsTheNextStepWhenAllElseIsInOrder) {
-    struct Row {
+    const struct {
         AIAppStatus app;
         const char* words;
         const char* next;
-    };
-    const Row rows[] = {
+    } rows[] = {
         {{.app = AIApp::codex, .toPaste = "[x]"}, "not on this computer", ""},
         {{.app = AIApp::codex, .installed = true, .link = Link::addedHere, .toPaste = ""},
          "uses this copy of Tandrel",
@@ -131,7 +119,7 @@ TEST(Doctor, AnAppThatCouldBeAddedIsTheNextStepWhenAllElseIsInOrder) {
          "still points to an older copy of Tandrel",
          "Codex still points to an older copy of Tandrel; add it in the setup, or by hand:\n[x]"},
     };
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
         Findings found = healthy();
         found.snapshot.aiApps = {row.app};
         const Diagnosis diagnosis = diagnose(found);

@@ -67,17 +67,12 @@ TEST(EngineReport, APhoneIsConnectedThroughItsHostOrWithoutAnyScreen) {
 }
 
 TEST(EngineReport, BluetoothIsReadyOnceItIsAdvertised) {
-    const std::pair<const char*, bool> rows[] = {
-        {"advertising as Tandrel", true},
-        {"2 connected, advertising as Tandrel", true},
-        {"1 connected, not advertising", true},
-        {"starting", false},
-        {"bluetooth off", false},
-        {"advertising failed: busy", false},
-        {"failed to add 1812: no", false},
-    };
-    for (const auto& [state, ready] : rows) {
-        EXPECT_EQ(parseEngineReport({{"bluetooth", state}}).bluetoothReady(), ready) << state;
+    for (const char* state : {"advertising as Tandrel", "1 connected, not advertising"}) {
+        EXPECT_TRUE(parseEngineReport({{"bluetooth", state}}).bluetoothReady()) << state;
+    }
+    for (const char* state :
+         {"starting", "bluetooth off", "advertising failed: busy", "failed to add 1812: no"}) {
+        EXPECT_FALSE(parseEngineReport({{"bluetooth", state}}).bluetoothReady()) << state;
     }
 }
 

@@ -107,21 +107,15 @@ TEST_F(InstallerTest, TheCopyThatLiesThereAlreadyIsLeft) {
 }
 
 TEST(Installer, KnowsThePlacesWhereACopyMayNotStay) {
-    const std::pair<const char*, bool> rows[] = {
-        {"/tmp/.mount_x/Tandrel", true},
-        {"/run/media/hana/STICK/Tandrel", true},
-        {"/home/hana/Downloads/Tandrel", true},
-        {"/home/hana/Downloads", true},
-        {"/home/hana/src/../Downloads/x", true},
-        {"/home/hana/.local/opt/Tandrel", false},
-        {"/home/hana/Downloads2/Tandrel", false},
-        {"/home/ben/Downloads/Tandrel", false},
-        {"/usr/local/lib/tandrel", false},
-        {"/tmpfs/Tandrel", false},
-        {"", false},
-    };
-    for (const auto& [bundle, expected] : rows) {
-        EXPECT_EQ(Installer::isInPassing(bundle, "/home/hana"), expected) << bundle;
+    for (const char* passing :
+         {"/tmp/.mount_x/Tandrel", "/run/media/hana/STICK/Tandrel", "/home/hana/Downloads/Tandrel",
+          "/home/hana/Downloads", "/home/hana/src/../Downloads/x"}) {
+        EXPECT_TRUE(Installer::isInPassing(passing, "/home/hana")) << passing;
+    }
+    for (const char* staying :
+         {"/home/hana/.local/opt/Tandrel", "/home/hana/Downloads2/Tandrel",
+          "/home/ben/Downloads/Tandrel", "/usr/local/lib/tandrel", "/tmpfs/Tandrel", ""}) {
+        EXPECT_FALSE(Installer::isInPassing(staying, "/home/hana")) << staying;
     }
 }
 

@@ -12,6 +12,7 @@
 
 #include "app/brand.h"
 #include "app/offscreen.h"
+#include "app/running_program.h"
 #include "app/sample_windows.h"
 #include "app/wrapped_label.h"
 
@@ -20,13 +21,6 @@ namespace {
 
 using testing::IsEmpty;
 using testing::SizeIs;
-
-// The program's own folder, with what it draws.
-AppInfo buildInfo() {
-    AppInfo info;
-    info.bundle = std::filesystem::path(TANDREL_BIN_DIR).parent_path();
-    return info;
-}
 
 bool isInScrollArea(const QWidget& widget) {
     for (const QWidget* above = widget.parentWidget(); above; above = above->parentWidget()) {
@@ -58,19 +52,18 @@ class LayoutCheck : public Offscreen {
 };
 
 TEST_F(LayoutCheck, FindsWhatIsClippedOutsideOrOnTopOfAnother) {
-    struct Row {
+    const struct {
         const char* name;
         std::vector<QRect> places;
         int faults;
-    };
-    const Row rows[] = {
+    } rows[] = {
         {"side by side", {{0, 0, 150, 60}, {150, 0, 150, 60}}, 0},
         {"too low for its text", {{0, 0, 150, 10}}, 1},
         {"too narrow for a word", {{0, 0, 12, 190}}, 1},
         {"reaches beyond the window", {{200, 0, 150, 60}}, 1},
         {"overlap", {{0, 0, 150, 60}, {140, 20, 150, 60}}, 1},
     };
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
         SCOPED_TRACE(row.name);
         qDeleteAll(window.findChildren<QLabel*>());
         for (const QRect& place : row.places) label("Two words", place);
@@ -124,33 +117,13 @@ std::vector<QWidget*> tabStops(QWidget& window) {
     return stops;
 }
 
-// First down the side, then down the page, then along the bottom.
-TEST_F(LayoutCheck, TheSetupIsReachedByKeyboardInReadingOrder) {
-    const auto samples = makeSampleWindows(ColorScheme::light, buildInfo()).value();
-    std::size_t reached = 0;
-    for (const SampleWindow& sample : samples) {
-        if (!sample.name.starts_with("setup-")) continue;
-        QWidget& setup = *sample.widget;
-        setup.show();
-        std::tuple<int, int, int> last;
-        for (const QWidget* at : tabStops(setup)) {
-            const QPoint place = at->mapTo(&setup, QPoint(0, at->height()));
-            const bool atSide = place.x() <= setup.width() / 4;
-            const bool onPage = isInScrollArea(*at);
-            const std::tuple now(atSide ? 0 : onPage ? 1 : 2, place.y(), place.x());
-            EXPECT_LT(last, now) << sample.name;
-            last = now;
-            ++reached;
-        }
-    }
-    EXPECT_GT(reached, 14 * 8U) << "the steps and the buttons of each";
-}
-
-// All but Approve, which wants the mouse.
-TEST_F(LayoutCheck, EveryButtonOfEveryWindowIsReachedByKeyboard) {
-    const auto samples = makeSampleWindows(ColorScheme::light, buildInfo()).value();
+// All but Approve, which wants the mouse; in the setup first down the side, then down the page,
+// then along the bottom.
+TEST_F(LayoutCheck, EveryButtonIsReachedByKeyboardAndTheSetupsInReadingOrder) {
+    const auto samples = makeSampleWindows(ColorScheme::light, builtApp()).value();
     int buttons = 0;
     for (const SampleWindow& sample : samples) {
+        SCOPED_TRACE(sample.name);
         QWidget& window = *sample.widget;
         if (qobject_cast<QMenu*>(&window) != nullptr) continue;  // walked with the arrow keys
         window.show();
@@ -158,11 +131,20 @@ TEST_F(LayoutCheck, EveryButtonOfEveryWindowIsReachedByKeyboard) {
         for (auto* button : window.findChildren<QAbstractButton*>()) {
             if (!button->isVisible() || !button->isEnabled()) continue;
             EXPECT_TRUE(std::ranges::count(stops, button) == 1 || button->text().isEmpty())
-                << sample.name << ": " << button->text().toStdString();
+                << button->text().toStdString();
             ++buttons;
         }
         for (auto* table : window.findChildren<QTableView*>()) {
-            EXPECT_EQ(std::ranges::count(stops, table), 1) << sample.name;
+            EXPECT_EQ(std::ranges::count(stops, table), 1);
+        }
+        std::tuple<int, int, int> last;
+        for (const QWidget* at : stops) {
+            if (!sample.name.starts_with("setup-")) break;
+            const QPoint place = at->mapTo(&window, QPoint(0, at->height()));
+            const bool atSide = place.x() <= window.width() / 4;
+            const std::tuple now(atSide ? 0 : isInScrollArea(*at) ? 1 : 2, place.y(), place.x());
+            EXPECT_LT(last, now);
+            last = now;
         }
     }
     EXPECT_GT(buttons, 15 * 8);

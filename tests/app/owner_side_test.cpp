@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "app/phone_test_run.h"
+#include "app/running_program.h"
 #include "base/file.h"
 #include "engine/running_engine.h"
 
@@ -14,13 +15,8 @@ namespace {
 class OwnerSideTest : public testing::Test {
  protected:
     OwnerSideTest() {
-        owner_.emplace(engine_.wiring(), infoOf(), engine_.loop(), systemClock());
+        owner_.emplace(engine_.wiring(), builtApp(), engine_.loop(), systemClock());
         owner_->start();
-    }
-    static AppInfo infoOf() {
-        AppInfo info = AppInfo::load(TANDREL_SOURCE_DIR);
-        info.bundle = TANDREL_BIN_DIR "/..";
-        return info;
     }
     // Runs the main thread until `done` is called, and returns what it was told.
     OwnerActions::Outcome outcomeOf(const std::function<void(OwnerActions::Done)>& deed) {

@@ -1,8 +1,6 @@
 #include "app/phone_test.h"
 
-#include <atomic>
-#include <cstring>
-#include <span>
+#include <algorithm>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -10,6 +8,7 @@
 #include "base/base64.h"
 #include "base/mutex.h"
 #include "http/server.h"
+#include "image/pictures.h"
 #include "screen/snapshot.h"
 #include "support/manual_clock.h"
 
@@ -17,7 +16,6 @@ namespace tandrel {
 namespace {
 
 using testing::ElementsAre;
-
 using testing::IsEmpty;
 using testing::Not;
 using Mark = PhoneTest::Mark;
@@ -38,8 +36,6 @@ class FakePhone {
     }
 
     // Set before the test runs.
-    std::uint8_t grey = 200;
-    bool showsPointer = true;
     bool hasFrame = true;
     std::vector<std::string> texts = {"9", "Shop", "Bank"};
     std::vector<std::string> textsAfterTyping = {"Settings", "General"};
@@ -52,15 +48,12 @@ class FakePhone {
         constexpr int kWidth = 414;
         constexpr int kHeight = 900;
         constexpr int kDot = 30;
-        const auto image =
-            PixelBuffer::make(kWidth, kHeight, [&](std::uint8_t* pixels, int rowBytes) {
-                std::memset(pixels, grey, static_cast<std::size_t>(rowBytes) * kHeight);
-                if (!showsPointer || !pointer_) return;
-                for (int y = 0; y < kDot; ++y) {
-                    std::uint8_t* row = pixels + rowBytes * (int(pointer_->y * kHeight) + y);
-                    std::memset(row + 4 * int(pointer_->x * kWidth), 0, 4 * kDot);
-                }
-            });
+        const auto isDot = [](int at, int start) { return at >= start && at < start + kDot; };
+        const auto image = pictures::drawn(kWidth, kHeight, [&](int x, int y) {
+            const bool isPointer = pointer_ && isDot(x, int(pointer_->x * kWidth)) &&
+                                   isDot(y, int(pointer_->y * kHeight));
+            return isPointer ? pictures::kBlack : pictures::Colour{200, 200, 200};
+        });
         return encodeSnapshot(image, {}).value();
     }
     HTTPResponse reply(const HTTPRequest& request) {
@@ -126,94 +119,41 @@ TEST(PhoneTest, GoesThroughAllStepsInOrder) {
                             "/key space", "/type", "/key enter", "look", "/home", "/key h"));
 }
 
-struct FaultRow {
-    const char* name;
-    std::function<void(FakePhone&)> prepare;
-    std::vector<Mark> marks;
-    const char* detail;  // of the first line that did not pass
-    const char* message;
-};
-
-constexpr auto kOk = Mark::passed;
-constexpr auto kBad = Mark::failed;
-
-void checkFaults(std::span<const FaultRow> rows) {
-    for (const FaultRow& row : rows) {
-        FakePhone fake;
-        row.prepare(fake);
-        const auto ended = run(fake);
-        std::vector<Mark> marks;
-        std::optional<std::string> detail;
-        for (const auto& line : ended.lines) {
-            marks.push_back(line.mark);
-            if (line.mark != Mark::passed && !detail) detail = line.detail.value_or("");
-        }
-        EXPECT_EQ(marks, row.marks) << row.name;
-        EXPECT_EQ(detail, row.detail) << row.name;
-        EXPECT_EQ(ended.message, row.message) << row.name;
-        EXPECT_FALSE(ended.passed) << row.name;
-    }
-}
-
-TEST(PhoneTest, WithoutASightOrAGripItStopsAndSaysWhy) {
+TEST(PhoneTest, WhatFallsShortIsMarkedAndStopsWhatNeedsIt) {
+    constexpr auto kOk = Mark::passed;
+    constexpr auto kBad = Mark::failed;
     const char* unreachable =
         "The iPhone isn't connected over Bluetooth. Unlock it and check that Settings › Bluetooth "
         "on the iPhone shows Tandrel as Connected.";
-    const FaultRow rows[] = {
-        {"no frame",
-         [](FakePhone& fake) { fake.hasFrame = false; },
+    const char* noKey = "The iPhone didn't get the key press, so the test stopped here.";
+    const char* some = "Some of it didn't work yet. Fix the part marked above and test again.";
+    const struct {
+        std::function<void(FakePhone&)> prepare;
+        std::vector<Mark> marks;
+        const char* detail;  // of the first line that did not pass
+        const char* message;
+    } rows[] = {
+        {[](auto& fake) { fake.hasFrame = false; },
          {kBad},
          "",
          "Tandrel can't see the iPhone yet, so nothing was done on it."},
-        {"black",
-         [](FakePhone& fake) {
-             fake.grey = 0;
-             fake.texts.clear();
-         },
-         {kBad},
-         "The screen is off. Press the iPhone's side button and unlock it, then test again.",
-         "Nothing was done on the iPhone."},
-        {"locked",
-         [](FakePhone& fake) { fake.texts = {"9:41", "Tuesday, January 9"}; },
+        {[](auto& fake) { fake.texts = {"9:41", "Tuesday, January 9"}; },
          {kBad},
          "The iPhone is locked. Unlock it, then test again. Your AI can't unlock it for you.",
          "Nothing was done on the iPhone."},
-        {"no Home",
-         [](FakePhone& fake) { fake.failing = "/home"; },
-         {kOk, kBad},
-         unreachable,
-         "The iPhone didn't get the key press, so the test stopped here."},
-        {"no shortcut",
-         [](FakePhone& fake) { fake.failing = "/key h"; },
-         {kOk, kBad},
-         unreachable,
-         "The iPhone didn't get the key press, so the test stopped here."},
-        {"no move",
-         [](FakePhone& fake) { fake.failing = "/move"; },
+        {[](auto& fake) { fake.failing = "/home"; }, {kOk, kBad}, unreachable, noKey},
+        {[](auto& fake) { fake.failing = "/key h"; }, {kOk, kBad}, unreachable, noKey},
+        {[](auto& fake) { fake.failing = "/move"; },
          {kOk, kOk, kBad},
          unreachable,
          "The pointer couldn't be moved, so the test stopped here."},
-    };
-    checkFaults(rows);
-}
-
-TEST(PhoneTest, WhatFallsShortLaterIsMarkedAndTheTestGoesOn) {
-    const char* some = "Some of it didn't work yet. Fix the part marked above and test again.";
-    const FaultRow rows[] = {
-        {"no pointer",
-         [](FakePhone& fake) { fake.showsPointer = false; },
-         {kOk, kOk, Mark::fellShort, kOk, kOk},
-         "The pointer didn't show up, so taps won't work. On the iPhone, turn on Settings › "
-         "Accessibility › Touch › AssistiveTouch.",
-         "Typing works, but taps won't until AssistiveTouch is on."},
-        {"a search that lists it",
-         [](FakePhone& fake) { fake.textsAfterTyping = {"Top Hit", "Settings", "General"}; },
+        // A search that lists it.
+        {[](auto& fake) { fake.textsAfterTyping = {"Top Hit", "Settings", "General"}; },
          {kOk, kOk, kOk, kBad, kOk},
          "Settings didn't open. If the iPhone shows a search screen with the wrong letters, set "
          "Settings › General › Keyboard › Hardware Keyboard to U.S. and test again.",
          some},
-        {"paused meanwhile",
-         [](FakePhone& fake) {
+        {[](auto& fake) {
              fake.failing = "/type";
              fake.error = "Tandrel is paused: the owner turned off control";
          },
@@ -222,7 +162,20 @@ TEST(PhoneTest, WhatFallsShortLaterIsMarkedAndTheTestGoesOn) {
          "in the menu bar.",
          some},
     };
-    checkFaults(rows);
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.detail);
+        FakePhone fake;
+        row.prepare(fake);
+        const auto ended = run(fake);
+        std::vector<Mark> marks;
+        for (const auto& line : ended.lines) marks.push_back(line.mark);
+        EXPECT_EQ(marks, row.marks);
+        const auto fault = std::ranges::find(ended.lines, kBad, &PhoneTest::Line::mark);
+        ASSERT_NE(fault, ended.lines.end());
+        EXPECT_EQ(fault->detail.value_or(""), row.detail);
+        EXPECT_EQ(ended.message, row.message);
+        EXPECT_FALSE(ended.passed);
+    }
 }
 
 TEST(PhoneTest, WhilePausedNoRequestIsMade) {

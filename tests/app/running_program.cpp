@@ -33,6 +33,17 @@ ChildProgram::Environment plainEnvironment(const std::filesystem::path& home,
     return environment;
 }
 
+ProgramResult runApp(const std::vector<std::string>& arguments, const std::filesystem::path& home,
+                     const ChildProgram::Environment& more) {
+    return runProgramToEnd(commandLine(arguments), plainEnvironment(home, more));
+}
+
+AppInfo builtApp() {
+    AppInfo info = AppInfo::load(TANDREL_SOURCE_DIR);
+    info.bundle = std::filesystem::path(TANDREL_BIN_DIR).parent_path();
+    return info;
+}
+
 RunningProgram::RunningProgram(const ChildProgram::Environment& more,
                                const std::vector<std::string>& arguments,
                                std::shared_ptr<TemporaryFolder> home)
@@ -55,12 +66,14 @@ ClientResponse RunningProgram::post(const std::string& target, const Json& body)
     return httpPost(url_, target, body, {.timeout = std::chrono::seconds(60)}).value();
 }
 
-void RunningProgram::awaitStatus(const std::function<bool(const Json& status)>& fits) const {
+void RunningProgram::awaitReply(const std::string& target, const Fits& fits) const {
     const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(60);
-    for (Json status; !fits(status = get("/status").json()); std::this_thread::yield()) {
-        if (std::chrono::steady_clock::now() > deadline) throw std::runtime_error(status.dump());
+    for (Json reply; !fits(reply = get(target).json()); std::this_thread::yield()) {
+        if (std::chrono::steady_clock::now() > deadline) throw std::runtime_error(reply.dump());
     }
 }
+
+void RunningProgram::awaitStatus(const Fits& fits) const { awaitReply("/status", fits); }
 
 void RunningProgram::awaitMatched() const {
     awaitStatus([](const Json& status) {
@@ -77,12 +90,9 @@ void RunningProgram::awaitPicture() const {
 }
 
 void RunningProgram::awaitText(const std::string& text) const {
-    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(60);
-    while (true) {
-        const Json seen = get("/look?maxEdge=32").json()["ocr"];
-        if (std::ranges::count(seen, Json(text)) > 0) return;
-        if (std::chrono::steady_clock::now() > deadline) throw std::runtime_error(seen.dump());
-    }
+    awaitReply("/look?maxEdge=32", [&](const Json& look) {
+        return std::ranges::count(look.value("ocr", Json::array()), Json(text)) > 0;
+    });
 }
 
 }  // namespace tandrel

@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "base/app_info.h"
 #include "http/client.h"
 #include "support/child_program.h"
 #include "support/temporary_folder.h"
@@ -15,6 +16,12 @@ namespace tandrel {
 // a home, no display. `more` adds to it or replaces; an empty value takes a variable away.
 ChildProgram::Environment plainEnvironment(const std::filesystem::path& home,
                                            const ChildProgram::Environment& more = {});
+
+// The application, run with these arguments to its end.
+ProgramResult runApp(const std::vector<std::string>& arguments, const std::filesystem::path& home,
+                     const ChildProgram::Environment& more = {});
+// It as it was built, with what it draws.
+AppInfo builtApp();
 
 // The application program as a process of its own, serving on ports that it found free.
 class RunningProgram {
@@ -33,7 +40,8 @@ class RunningProgram {
     std::uint16_t port() const { return url_.port; }
 
     // Blocks until /status fits, and throws when it does not come to that.
-    void awaitStatus(const std::function<bool(const Json& status)>& fits) const;
+    using Fits = std::function<bool(const Json& reply)>;
+    void awaitStatus(const Fits& fits) const;
     // The only phone is a matched one with a picture, or just one with a picture.
     void awaitMatched() const;
     void awaitPicture() const;
@@ -47,6 +55,8 @@ class RunningProgram {
     std::filesystem::path stateFile() const { return home() / ".local/state/tandrel/engine.json"; }
 
  private:
+    void awaitReply(const std::string& target, const Fits& fits) const;
+
     const std::shared_ptr<TemporaryFolder> home_;
     ChildProgram process_;
     LoopbackUrl url_;

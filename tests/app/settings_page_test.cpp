@@ -6,29 +6,18 @@ namespace tandrel {
 namespace {
 
 TEST(SettingsPage, IsToldFromSearchResultsAndFromTheHomeScreen) {
-    struct Row {
-        std::vector<std::string> texts;
-        bool settings;
-    };
-    const Row rows[] = {
-        {{"Settings", "General"}, true},
-        {{"General"}, false},
-        {{"Bluetooth", "Battery"}, true},
-        {{"bluetooth", "BATTERY"}, true},
-        {{"Bluetooth", "Bluetooth"}, false},
-        {{"Settings"}, false},
-        {{"settings", "General"}, false},
-        {{"Settings", "General settings"}, false},
-        {{"Wi-Fi", "Wi\u2011Fi"}, true},
-        {{"Top Hit", "Settings", "General", "Battery"}, false},
-        {{"Settings", "General", "siri suggestions"}, false},
-        {{"Settings", "General", "Search Web for “settings”"}, false},
-        {{"AssistiveTouch", "Touch"}, true},
-        {{"Notes", "Shop"}, false},
-        {{}, false},
-    };
-    for (const Row& row : rows) {
-        EXPECT_EQ(looksLikeSettings(row.texts), row.settings) << testing::PrintToString(row.texts);
+    using Texts = std::vector<std::string>;
+    for (const Texts& texts : {Texts{"Settings", "General"}, Texts{"bluetooth", "BATTERY"},
+                               Texts{"Wi-Fi", "Wi\u2011Fi"}, Texts{"AssistiveTouch", "Touch"}}) {
+        EXPECT_TRUE(looksLikeSettings(texts)) << testing::PrintToString(texts);
+    }
+    for (const Texts& texts :
+         {Texts{}, Texts{"General"}, Texts{"Bluetooth", "Bluetooth"}, Texts{"Settings"},
+          Texts{"settings", "General"}, Texts{"Settings", "General settings"},
+          Texts{"Top Hit", "Settings", "General", "Battery"},
+          Texts{"Settings", "General", "siri suggestions"},
+          Texts{"Settings", "General", "Search Web for “settings”"}, Texts{"Notes", "Shop"}}) {
+        EXPECT_FALSE(looksLikeSettings(texts)) << testing::PrintToString(texts);
     }
 }
 

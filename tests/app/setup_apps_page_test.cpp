@@ -61,17 +61,18 @@ TEST_F(AppsPageTest, AnEntryThatHasGoneIsOfferedAgain) {
     ASSERT_NE(button("Add Again"), nullptr);
     button("Add Again")->click();
     EXPECT_THAT(actions.added, ElementsAre(AIApp::codex));
-    actions.told({true, "Added. Start a new Codex session to use it."});
-    EXPECT_TRUE(shows("Added. Start a new Codex session to use it."));
+    const char* added = "Added. Start a new Codex session to use it.";
+    actions.told({true, added});
+    EXPECT_TRUE(shows(added));
     codex().link = Link::addedHere;
     codex().lost = false;
     page.display(view);
-    EXPECT_TRUE(shows("Added. Start a new Codex session to use it."));
+    EXPECT_TRUE(shows(added));
 
     codex().link = Link::notAdded;
     codex().lost = true;
     page.display(view);
-    EXPECT_FALSE(shows("Added. Start a new Codex session to use it.")) << "that was before";
+    EXPECT_FALSE(shows(added)) << "that was before";
     ASSERT_NE(button("Leave It Out"), nullptr);
     button("Leave It Out")->click();
     EXPECT_THAT(actions.left, ElementsAre(AIApp::codex));

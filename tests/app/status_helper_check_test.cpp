@@ -67,23 +67,15 @@ TEST_F(HelperCheckTest, ARightAnswerIsRememberedForThisVersionAndPlace) {
 
 TEST_F(HelperCheckTest, FlagsOfTheBundleSayWhetherTheOwnerApproved) {
     putHelper("");
-    const std::pair<std::optional<std::string>, const char*> rows[] = {
-        {std::nullopt, "ready"},
-        {"0081;x;y;z", "needsApproval"},
-        {"00c1;x", "ready"},
-        {"40", "ready"},
-        {"0", "needsApproval"},
-        {"", "ready"},
-        {";0081", "ready"},
-        {"0x81;", "ready"},
-        {"81 ;", "ready"},
-        {"-81;", "ready"},
-        {"fffffffffffffffff", "ready"},
-        {"3F;", "needsApproval"},
-    };
-    for (const auto& [text, expected] : rows) {
+    EXPECT_EQ(state(), "ready");
+    for (const char* text : {"0081;x;y;z", "0", "3F;"}) {
         attributes_.quarantine = text;
-        EXPECT_EQ(state(), expected) << text.value_or("absent");
+        EXPECT_EQ(state(), "needsApproval") << text;
+    }
+    for (const char* text :
+         {"00c1;x", "40", "", ";0081", "0x81;", "81 ;", "-81;", "fffffffffffffffff"}) {
+        attributes_.quarantine = text;
+        EXPECT_EQ(state(), "ready") << text;
     }
 }
 

@@ -13,6 +13,7 @@
 
 #include "app/offscreen.h"
 #include "app/owner_text.h"
+#include "app/running_program.h"
 #include "app/sample_windows.h"
 #include "app/status_explain.h"
 #include "base/file.h"
@@ -78,19 +79,12 @@ std::set<std::pair<std::string, std::string>> catalogue() {
     return entries;
 }
 
-class Translations : public Offscreen {
- protected:
-    static AppInfo info() {
-        AppInfo info;
-        info.bundle = std::filesystem::path(TANDREL_BIN_DIR).parent_path();
-        return info;
-    }
-};
+class Translations : public Offscreen {};
 
 TEST_F(Translations, EveryTextOfEveryWindowGoesThroughThemAndIsInTheCatalogue) {
     Bracketed language;
     ASSERT_TRUE(QCoreApplication::installTranslator(&language));
-    const auto samples = makeSampleWindows(ColorScheme::light, info()).value();
+    const auto samples = makeSampleWindows(ColorScheme::light, builtApp()).value();
     for (const SampleWindow& sample : samples) {
         for (QString text : textsOf(*sample.widget)) {
             text.remove(QChar(0x200b));

@@ -16,47 +16,38 @@ class FakePower final : public Power {
     std::function<void()> wake;
 };
 
-AppSnapshot working() {
-    AppSnapshot now;
-    now.phoneWasSetUp = true;
-    now.inputs.phoneConnected = true;
-    now.inputs.screenSource = ScreenSource::airplay;
-    return now;
-}
-
 TEST(WakeCheck, APhoneIsMissedThatWasSetUpAndIsNotAllBack) {
-    struct Row {
-        const char* name;
-        void (*change)(AppSnapshot&);
+    const struct {
+        bool connected;
+        ScreenSource picture;
+        bool paused;
+        bool wasSetUp;
         bool missed;
+    } rows[] = {
+        {true, ScreenSource::airplay, false, true, false},
+        {false, ScreenSource::airplay, false, true, true},
+        {true, ScreenSource::none, false, true, true},
+        {false, ScreenSource::airplay, true, true, false},
+        {false, ScreenSource::airplay, false, false, false},
     };
-    const Row rows[] = {
-        {"all there", [](AppSnapshot&) {}, false},
-        {"no Bluetooth", [](AppSnapshot& now) { now.inputs.phoneConnected = false; }, true},
-        {"no picture", [](AppSnapshot& now) { now.inputs.screenSource = ScreenSource::none; },
-         true},
-        {"paused",
-         [](AppSnapshot& now) {
-             now.inputs.phoneConnected = false;
-             now.inputs.paused = true;
-         },
-         false},
-        {"never set up",
-         [](AppSnapshot& now) {
-             now.inputs.phoneConnected = false;
-             now.phoneWasSetUp = false;
-         },
-         false},
-    };
-    for (const Row& row : rows) {
-        AppSnapshot now = working();
-        row.change(now);
-        EXPECT_EQ(WakeCheck::isMissed(now), row.missed) << row.name;
+    for (const auto& row : rows) {
+        AppSnapshot now;
+        now.phoneWasSetUp = row.wasSetUp;
+        now.inputs.phoneConnected = row.connected;
+        now.inputs.screenSource = row.picture;
+        now.inputs.paused = row.paused;
+        EXPECT_EQ(WakeCheck::isMissed(now), row.missed) << &row - rows;
     }
 }
 
 class WakeCheckTest : public testing::Test {
  protected:
+    static AppSnapshot missing() {
+        AppSnapshot now;
+        now.phoneWasSetUp = true;
+        now.inputs.screenSource = ScreenSource::airplay;
+        return now;
+    }
     // Lets the main thread work off what is due by now.
     void turn(Duration by) {
         clock_.advance(by);
@@ -67,7 +58,7 @@ class WakeCheckTest : public testing::Test {
     ManualClock clock_;
     LinuxMainLoop loop_{clock_};
     FakePower power_;
-    AppSnapshot now_ = working();
+    AppSnapshot now_ = missing();
     int released_ = 0;
     int reconnected_ = 0;
     std::optional<WakeCheck> check_{
@@ -77,7 +68,6 @@ class WakeCheckTest : public testing::Test {
 };
 
 TEST_F(WakeCheckTest, LooksTenSecondsAfterTheLastWaking) {
-    now_.inputs.phoneConnected = false;
     power_.sleep();
     EXPECT_EQ(released_, 1);
     power_.wake();
@@ -93,12 +83,11 @@ TEST_F(WakeCheckTest, LooksTenSecondsAfterTheLastWaking) {
 }
 
 TEST_F(WakeCheckTest, APhoneThatIsBackByThenIsLeftInPeace) {
-    now_.inputs.phoneConnected = false;
     power_.wake();
     now_.inputs.phoneConnected = true;
     turn(std::chrono::seconds(10));
     EXPECT_EQ(reconnected_, 0);
-    now_.inputs.phoneConnected = false;
+    now_ = missing();
     power_.wake();
     check_.reset();
     EXPECT_FALSE(power_.wake) << "nobody is called any more";

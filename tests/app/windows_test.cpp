@@ -2,17 +2,17 @@
 #include <thread>
 
 #include <gmock/gmock.h>
-#include <netinet/in.h>
-#include <sys/socket.h>
 
 #include "app/running_program.h"
 #include "app/x_display.h"
 #include "base/file.h"
-#include "base/file_descriptor.h"
 #include "base/json.h"
+#include "http/socket.h"
 #include "image/image_reader.h"
 #include "platform/linux/fake_portal.h"
 #include "platform/linux/private_bus.h"
+#include "platform/linux/x_desktop.h"
+#include "platform/linux/x_image.h"
 #include "screen/phone_screen.h"
 
 namespace tandrel {
@@ -24,25 +24,16 @@ using namespace std::chrono_literals;
 
 constexpr const char* kSetup = "Tandrel Setup";
 
-// A port of the loopback interface that nobody has.
-std::string freePort() {
-    const FileDescriptor socket(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0));
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    socklen_t length = sizeof address;
-    EXPECT_EQ(::bind(socket.get(), reinterpret_cast<sockaddr*>(&address), length), 0);
-    ::getsockname(socket.get(), reinterpret_cast<sockaddr*>(&address), &length);
-    return std::to_string(ntohs(address.sin_port));
-}
-
 // The application on a display of its own that has no tray, with the virtual phone.
 class OwnersWindows : public testing::Test {
  protected:
-    void SetUp() override {
-        display = XDisplay::open();
-        if (!display) GTEST_SKIP() << "Xvfb is not installed";
-        environment = {{"DISPLAY", display->name()}, {"TANDREL_VIRTUAL_PHONE", "1"}};
+    void SetUp() override { open(XDesktop::Manager::none); }
+
+    void open(XDesktop::Manager manager) {
+        desktop = XDesktop::open(manager, "1280x1000");
+        if (!desktop) GTEST_SKIP() << "Xvfb or openbox is not installed";
+        display.emplace(desktop->x());
+        environment = {{"DISPLAY", desktop->name()}, {"TANDREL_VIRTUAL_PHONE", "1"}};
     }
 
     void start() {
@@ -83,9 +74,6 @@ class OwnersWindows : public testing::Test {
         }
         return true;
     }
-    bool awaitSetting(const std::string& key, const Json& value) {
-        return waitUntil([&] { return setting(key) == value; });
-    }
 
     // The button that goes on, at the lower right.
     void clickNext(const XDisplay::Window& setup) {
@@ -114,7 +102,8 @@ class OwnersWindows : public testing::Test {
         return false;
     }
 
-    std::unique_ptr<XDisplay> display;
+    std::unique_ptr<XDesktop> desktop;
+    std::optional<XDisplay> display;
     ChildProgram::Environment environment;
     const std::shared_ptr<TemporaryFolder> home = std::make_shared<TemporaryFolder>();
     std::unique_ptr<RunningProgram> program;
@@ -132,12 +121,6 @@ TEST_F(OwnersWindows, SetupLeadsToItsEndAndIsRememberedAsDone) {
     EXPECT_EQ(program->get("/status").status, 200) << "closing the window ends nothing";
 }
 
-TEST_F(OwnersWindows, WithoutATrayTheWindowOpensThoughSetupIsDone) {
-    keepSetting(R"({"setupDone": true})");
-    start();
-    await(kSetup);
-}
-
 // A tray's bar along the top edge, in which the only icon is the first from the left.
 class InATray : public OwnersWindows {
  protected:
@@ -145,42 +128,35 @@ class InATray : public OwnersWindows {
     static constexpr int kBar = 28;  // pixels high; the icon is a square of it
 
     void SetUp() override {
-        OwnersWindows::SetUp();
-        if (IsSkipped()) return;
         if (!std::filesystem::exists(kTrayer)) GTEST_SKIP() << "trayer is not installed";
-        manager = std::make_unique<ChildProgram>(
-            std::vector<std::string>{"/usr/bin/openbox"},
-            ChildProgram::Environment{{"DISPLAY", display->name()}, {"HOME", home->path()}});
-        ASSERT_TRUE(waitUntil([this] {
-            return display->number(display->everything(), "_NET_SUPPORTING_WM_CHECK").has_value();
-        }));
+        open(XDesktop::Manager::openbox);  // it keeps windows off the tray
+        if (IsSkipped()) return;
         tray = std::make_unique<ChildProgram>(
             std::vector<std::string>{kTrayer, "--edge", "top", "--align", "left", "--widthtype",
                                      "pixel", "--width", "300", "--heighttype", "pixel", "--height",
                                      std::to_string(kBar)},
-            ChildProgram::Environment{{"DISPLAY", display->name()}});
+            ChildProgram::Environment{{"DISPLAY", desktop->name()}});
     }
     // Waits until a good part of the icon's place has this colour.
-    bool awaitIcon(std::uint32_t color) {
+    bool awaitIcon(int color) {
         constexpr int kGoodPart = kBar * kBar / 6;
+        XImageSource screen(desktop->x());
         return waitUntil([&] {
-            const auto window = display->everything();
-            const auto pixels = display->pixels(window);
+            const PixelBuffer bar = screen.fetch(desktop->x().root(), kBar, kBar);
             int found = 0;
-            for (int i = 0; i < kBar * kBar && !pixels.empty(); ++i) {
-                const int place = i / kBar * window.width + i % kBar;
-                found += pixels[static_cast<std::size_t>(place)] == color ? 1 : 0;
+            for (int i = 0; bar && i < kBar * kBar; ++i) {
+                const std::uint8_t* p = bar.row(i / kBar) + 4 * (i % kBar);
+                found += (p[0] | p[1] << 8 | p[2] << 16) == color;
             }
             return found > kGoodPart;
         });
     }
 
-    static constexpr std::uint32_t kSetupColor = 0x3f5f8a;
-    static constexpr std::uint32_t kReady = 0x0a5bd3;
-    static constexpr std::uint32_t kAttention = 0xb3420e;
-    static constexpr std::uint32_t kPaused = 0x55555a;
+    static constexpr int kSetupColor = 0x3f5f8a;
+    static constexpr int kReady = 0x0a5bd3;
+    static constexpr int kAttention = 0xb3420e;
+    static constexpr int kPaused = 0x55555a;
 
-    std::unique_ptr<ChildProgram> manager;  // of windows: it keeps them off the tray
     std::unique_ptr<ChildProgram> tray;
 };
 
@@ -211,32 +187,27 @@ TEST_F(OwnersWindows, AreDrawnIntoTheFolderThatIsAskedFor) {
     environment["TANDREL_SNAPSHOT_DIR"] = folder.string();
     start();
     await(kSetup);
-    const auto size = [&](const char* name) {
-        std::error_code none;
-        const auto bytes = std::filesystem::file_size(folder / name, none);
-        return none ? 0 : bytes;
-    };
-    // The first and the last of them.
-    EXPECT_TRUE(waitUntil([&] { return size("tray-icons.png") > 0; }));
+    EXPECT_TRUE(waitUntil([&] { return readImage(folder / "tray-icons.png").has_value(); }))
+        << "the last";
     const auto menu = readImage(folder / "menu-ready.png").value();
     EXPECT_LT(meanLuma(menu), 0.4) << "the desktop prefers dark windows";
     EXPECT_EQ(program->get("/status").status, 200);
 }
 
 TEST_F(OwnersWindows, ASecondStartOpensTheWindowOfTheFirst) {
-    environment["TANDREL_ENGINE_PORT"] = freePort();
+    environment["TANDREL_ENGINE_PORT"] = std::to_string(boundPort(*listenOnLoopback(0)));
     start();
     display->close(await(kSetup));
     ASSERT_TRUE(awaitGone(kSetup));
-    const auto second =
-        runProgramToEnd({RunningProgram::kPath}, plainEnvironment(home->path(), environment));
+    const auto second = runApp({}, home->path(), environment);
     EXPECT_EQ(second.status, 0);
     EXPECT_THAT(second.output,
                 HasSubstr("Tandrel is already running; its window has been opened."));
     await(kSetup);
 }
 
-TEST_F(OwnersWindows, TheMenuPausesAndResumesControl) {
+TEST_F(OwnersWindows, OpenWithoutATrayAfterSetupAndTheMenuPausesAndResumesControl) {
+    keepSetting(R"({"setupDone": true})");
     start();
     const XDisplay::Window setup = await(kSetup);
     EXPECT_TRUE(chooseUntil(setup, pause, "paused", true));
@@ -258,7 +229,7 @@ TEST_F(OwnersWindows, QuestionsBeforePaymentsStopOnlyOnASecondYes) {
     await("Tandrel");
     display->press(Key::tab);
     display->press(Key::space);
-    EXPECT_TRUE(awaitSetting("askBeforePayments", false));
+    EXPECT_TRUE(waitUntil([this] { return setting("askBeforePayments") == Json(false); }));
 }
 
 }  // namespace

@@ -1,12 +1,9 @@
 #include "raw_client.h"
 
-#include <algorithm>
 #include <cerrno>
 #include <filesystem>
 #include <fstream>
-#include <sstream>
 
-#include <fmt/format.h>
 #include <netinet/in.h>
 #include <poll.h>
 
@@ -23,11 +20,11 @@ RawClient& RawClient::waitAtMost(std::chrono::milliseconds patience) {
     return *this;
 }
 
-RawClient& RawClient::connect(std::uint16_t port) {
+RawClient& RawClient::connect(std::uint16_t port, std::uint32_t to) {
     sockaddr_in address{};
     address.sin_family = AF_INET;
     address.sin_port = htons(port);
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    address.sin_addr.s_addr = htonl(to);
     const auto* generic = reinterpret_cast<const sockaddr*>(&address);
     if (::connect(socket_.fd(), generic, sizeof address) != 0) socket_.reset();
     return *this;
@@ -55,19 +52,15 @@ void RawClient::close(Close how) {
     socket_.reset();
 }
 
-std::string RawClient::readAll() { return read(std::string::npos); }
-
-std::string RawClient::read(std::size_t bytes) {
+std::string RawClient::readAll() {
     std::string all;
     char chunk[65536];
-    while (all.size() < bytes) {
-        const ssize_t count =
-            ::recv(socket_.fd(), chunk, std::min(sizeof chunk, bytes - all.size()), 0);
-        if (count == 0) break;
+    while (true) {
+        const ssize_t count = ::recv(socket_.fd(), chunk, sizeof chunk, 0);
+        if (count == 0) return all;
         if (count < 0) return all + (errno == ECONNRESET ? "<reset>" : "<nothing>");
         all.append(chunk, static_cast<std::size_t>(count));
     }
-    return all;
 }
 
 bool RawClient::closedWithoutReply() {
@@ -92,21 +85,6 @@ std::string bodyOf(std::string_view reply) {
 
 std::string firstLineOf(std::string_view reply) {
     return std::string(reply.substr(0, reply.find("\r\n")));
-}
-
-std::vector<std::string> listenersOf(std::uint16_t port) {
-    std::vector<std::string> addresses;
-    for (const char* table : {"/proc/net/tcp", "/proc/net/tcp6"}) {
-        std::ifstream file(table);
-        std::string slot, local, remote, state, line;
-        while (std::getline(file, line)) {
-            std::istringstream(line) >> slot >> local >> remote >> state;
-            const std::size_t colon = local.find(':');
-            if (state != "0A" || local.substr(colon + 1) != fmt::format("{:04X}", port)) continue;
-            addresses.push_back(local.substr(0, colon));
-        }
-    }
-    return addresses;
 }
 
 int threadsNamed(std::string_view name) {

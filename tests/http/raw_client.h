@@ -3,8 +3,8 @@
 #include <chrono>
 #include <string>
 #include <string_view>
-#include <vector>
 
+#include <netinet/in.h>
 #include <sys/socket.h>
 
 #include "http/socket.h"
@@ -20,7 +20,7 @@ class RawClient {
     // Makes the socket only.
     RawClient();
     explicit RawClient(std::uint16_t port) : RawClient() { connect(port); }
-    RawClient& connect(std::uint16_t port);
+    RawClient& connect(std::uint16_t port, std::uint32_t to = INADDR_LOOPBACK);
     // Bounds each wait from now on.
     RawClient& waitAtMost(std::chrono::milliseconds patience);
 
@@ -32,12 +32,10 @@ class RawClient {
 
     // Everything until the server closes; "<reset>" or "<nothing>" (time ran out) are appended.
     std::string readAll();
-    // Like readAll, but only up to `bytes`.
-    std::string read(std::size_t bytes);
     // Whether the server closes, or resets because of bytes that it did not read, without a word.
     bool closedWithoutReply();
-    bool connected() const { return static_cast<bool>(socket_); }
-    explicit operator bool() const { return connected(); }
+    // Whether it is connected.
+    explicit operator bool() const { return static_cast<bool>(socket_); }
     std::uint16_t ownPort() const { return boundPort(socket_); }
     // Waits until the server has closed or reset, without reading.
     void awaitPeerClose();
@@ -46,13 +44,13 @@ class RawClient {
     Socket socket_;
 };
 
+inline constexpr const char* kOk = "HTTP/1.1 200 OK";
+
 // One whole exchange.
 std::string exchange(std::uint16_t port, std::string_view request);
 // What follows the blank line.
 std::string bodyOf(std::string_view reply);
 std::string firstLineOf(std::string_view reply);
-// The addresses that are listened on at the port, as /proc/net/tcp and tcp6 write them.
-std::vector<std::string> listenersOf(std::uint16_t port);
 // Threads of this process with that name.
 int threadsNamed(std::string_view name);
 

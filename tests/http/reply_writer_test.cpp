@@ -51,9 +51,6 @@ TEST(ReplyWriter, LetsNoValueBeginALine) {
 }
 
 TEST(ReplyWriter, WritesTheAirPlayReplies) {
-    EXPECT_EQ(text(airplayReplyWriter(response(200, "application/json", "{\"ok\":true}"))),
-              "HTTP/1.1 200 OK\r\nContent-Type: application/json\r\nContent-Length: 11\r\n"
-              "Connection: close\r\n\r\n{\"ok\":true}");
     EXPECT_EQ(text(airplayReplyWriter(response(503, "application/json", "{}"))),
               "HTTP/1.1 503 Error\r\nContent-Type: application/json\r\nContent-Length: 2\r\n"
               "Connection: close\r\n\r\n{}");

@@ -26,41 +26,31 @@ Parsed parse(std::string_view text) {
     return {state, parser.request()};
 }
 
+Json bodyOf(const std::string& headers, const std::string& body) {
+    const Parsed parsed = parse(headerBlock(headers) + body);
+    EXPECT_EQ(parsed.state, State::complete) << headers << body.substr(0, 80);
+    return parsed.request.body;
+}
+
 TEST(RequestParser, ReadsBodiesByTheirLength) {
-    const struct {
-        const char* name;
-        std::string text;
-        Json body;
-    } rows[] = {
-        {"whole", headerBlock("Content-Length: 7\r\n") + "{\"x\":1}", {{"x", 1}}},
-        {"upper case", headerBlock("CONTENT-LENGTH:7\r\n") + "{\"x\":1}", {{"x", 1}}},
-        {"extra bytes", headerBlock("Content-Length: 7\r\n") + "{\"x\":1}{\"y\":2}", {{"x", 1}}},
-        {"no length", headerBlock("") + "{\"x\":1}", Json::object()},
-        {"length abc", headerBlock("Content-Length: abc\r\n") + "{\"x\":1}", Json::object()},
-        {"length 7abc", headerBlock("Content-Length: 7abc\r\n") + "{\"x\":1}", Json::object()},
-        {"length empty", headerBlock("Content-Length:\r\n") + "{\"x\":1}", Json::object()},
-        {"length negative", headerBlock("Content-Length: -7\r\n") + "{\"x\":1}", Json::object()},
-        {"length with plus", headerBlock("Content-Length: +7\r\n") + "{\"x\":1}", {{"x", 1}}},
-        {"leading zeros", headerBlock("Content-Length: 007\r\n") + "{\"x\":1}", {{"x", 1}}},
-        {"spaces around", headerBlock("Content-Length: \t 7 \t\r\n") + "{\"x\":1}", {{"x", 1}}},
-        {"line without colon",
-         headerBlock("odd\r\nContent-Length: 7\r\n") + "{\"x\":1}",
-         {{"x", 1}}},
-        {"array", headerBlock("Content-Length: 7\r\n") + "[1,2,3]", Json::object()},
-        {"text", headerBlock("Content-Length: 3\r\n") + "\"x\"", Json::object()},
-        {"not JSON", headerBlock("Content-Length: 7\r\n") + "{\"x\":1,", Json::object()},
-        {"cut short by its length", headerBlock("Content-Length: 6\r\n") + "{\"x\":1}",
-         Json::object()},
-        {"not UTF-8", headerBlock("Content-Length: 9\r\n") + "{\"x\":\"\xff\"}", Json::object()},
-        {"huge number", headerBlock("Content-Length: 11\r\n") + "{\"x\":1e999}", Json::object()},
-        {"deep", headerBlock("Content-Length: 200005\r\n") + "{\"x\":" + std::string(200'000, '['),
-         Json::object()},
-    };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.name);
-        const Parsed parsed = parse(row.text);
-        ASSERT_EQ(parsed.state, State::complete);
-        EXPECT_EQ(parsed.request.body, row.body);
+    const std::string body = "{\"x\":1}";
+    for (const char* headers : {"Content-Length: 7\r\n", "CONTENT-LENGTH:7\r\n",
+                                "Content-Length: +7\r\n", "Content-Length: 007\r\n",
+                                "Content-Length: \t 7 \t\r\n", "odd\r\nContent-Length: 7\r\n"}) {
+        EXPECT_EQ(bodyOf(headers, body), Json({{"x", 1}})) << headers;
+        EXPECT_EQ(bodyOf(headers, body + "{\"y\":2}"), Json({{"x", 1}})) << headers;
+    }
+    for (const char* headers :
+         {"", "Content-Length: abc\r\n", "Content-Length: 7abc\r\n", "Content-Length:\r\n",
+          "Content-Length: -7\r\n", "Content-Length: 6\r\n"}) {
+        EXPECT_EQ(bodyOf(headers, body), Json::object()) << headers;
+    }
+    for (const std::string& odd :
+         {std::string("[1,2,3]"), std::string("\"x\""), std::string("{\"x\":1,"),
+          std::string("{\"x\":\"\xff\"}"), std::string("{\"x\":1e999}"),
+          "{\"x\":" + std::string(200'000, '[')}) {
+        const auto length = "Content-Length: " + std::to_string(odd.size()) + "\r\n";
+        EXPECT_EQ(bodyOf(length, odd), Json::object()) << odd.substr(0, 80);
     }
 }
 
@@ -115,11 +105,7 @@ TEST(RequestParser, KeepsNoBytesOfWhatIsHopeless) {
     EXPECT_EQ(parser.append(std::string(7 << 20, 'x')), State::tooLarge);
 }
 
-TEST(RequestParser, GivesUpBeyondEightMebibytes) {
-    RequestParser parser;
-    EXPECT_EQ(parser.append(std::string(8'388'608, 'a')), State::incomplete);
-    EXPECT_EQ(parser.append("a"), State::tooLarge);
-
+TEST(RequestParser, TakesARequestOfEightMebibytes) {
     RequestParser whole;
     const std::string head = headerBlock("Content-Length: 8388000\r\n");
     EXPECT_EQ(whole.append(head), State::incomplete);
@@ -148,7 +134,7 @@ TEST(RequestParser, IsIndifferentToCuts) {
 }
 
 // Searching the whole buffer again for each byte would take hours for this input.
-TEST(RequestParser, TakesManyTinyPiecesInLinearTime) {
+TEST(RequestParser, TakesManyTinyPiecesInLinearTimeAndGivesUpBeyondEightMebibytes) {
     RequestParser parser;
     State state = State::incomplete;
     for (std::size_t sent = 0; sent < 8'388'608; ++sent) state = parser.append("\r");

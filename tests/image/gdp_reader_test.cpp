@@ -101,20 +101,8 @@ TEST(GdpReader, RefusesWhatIsNoStreamOfFrames) {
     for (const auto& row : rows) EXPECT_EQ(readAll(row.stream).error, row.error) << row.name;
 }
 
-TEST(GdpReader, HalfAMessageIsNoFrame) {
-    const Bytes stream = joined({gdp::caps(16, 16), gdp::frame(16, 16)});
-    for (std::size_t cut = 0; cut < stream.size(); cut += 7) {
-        const Read read = readAll({stream.begin(), stream.begin() + static_cast<long>(cut)});
-        EXPECT_EQ(read.frames, 0) << cut;
-        EXPECT_EQ(read.error, "") << cut;
-    }
-}
-
-TEST(RawVideoForm, TakesTheLargestFrameThatFits) {
+TEST(RawVideoForm, ReadsCapsWithAndWithoutTypesUpToTheLargestFrame) {
     EXPECT_TRUE(RawVideoForm::parse("video/x-raw,format=I420,width=8192,height=2048"));
-}
-
-TEST(RawVideoForm, ReadsCapsWithAndWithoutTypes) {
     const RawVideoForm plain{498, 1080};
     for (const char* caps :
          {"video/x-raw, format=(string)I420, width=(int)498, height=(int)1080, views=(int)1",

@@ -34,11 +34,6 @@ TEST(JpegWriter, KeepsSizeAndColours) {
     }
 }
 
-TEST(JpegWriter, QualityCosts) {
-    const PixelBuffer picture = pictures::noise(200, 200);
-    EXPECT_LT(2 * encoded(picture, 40).size(), encoded(picture, 95).size());
-}
-
 TEST(JpegWriter, AnEmptyPictureHasNoFile) { EXPECT_FALSE(encodeJpeg(Pixels{}, 80)); }
 
 }  // namespace

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "base/pixel_buffer.h"
+#include "image/pixels.h"
 
 // Pictures drawn for tests.
 namespace tandrel::pictures {
@@ -38,6 +39,20 @@ PixelBuffer drawn(int width, int height, ColourAt colourAt) {
 
 inline PixelBuffer plain(int width, int height, Colour colour) {
     return drawn(width, height, [&](int, int) { return colour; });
+}
+
+// Black but for one rectangle.
+inline PixelBuffer onBlack(int width, int height, const PixelRect& rect, Colour colour = kWhite) {
+    return drawn(width, height, [&](int x, int y) {
+        const bool inColumns = x >= rect.x && x < rect.x + rect.width;
+        const bool inRows = y >= rect.y && y < rect.y + rect.height;
+        return inColumns && inRows ? colour : kBlack;
+    });
+}
+
+// A phone's screen of 603 x 1311 in a black window.
+inline PixelBuffer phoneInAWindow() {
+    return onBlack(800, 1400, {90, 40, 603, 1311}, {40, 80, 120});
 }
 
 // Every byte random, alpha as well.

@@ -55,11 +55,7 @@ std::string errorOf(const Bytes& bytes, VideoForm form = {.layout = Layout::mjpe
 }
 
 TEST(VideoFrame, TurnsEveryLayoutIntoPixelsWhateverTheStride) {
-    struct Row {
-        const char* name;
-        VideoForm form;
-    };
-    const Row rows[] = {
+    const std::pair<const char*, VideoForm> rows[] = {
         {"YUYV", {Layout::yuyv, 30, 20, 60 + kPaddedBytes}},
         {"YUYV, new colours", {Layout::yuyv, 30, 20, 60 + kPaddedBytes, Colours::bt709}},
         {"NV12", {Layout::nv12, 30, 20, 30 + kPaddedBytes}},
@@ -67,18 +63,18 @@ TEST(VideoFrame, TurnsEveryLayoutIntoPixelsWhateverTheStride) {
         {"NV12, new colours", {Layout::nv12, 30, 20, 30 + kPaddedBytes, Colours::bt709}},
         {"BGR", {Layout::bgr, 31, 20, 93 + kPaddedBytes}},
     };
-    for (const Row& row : rows) {
-        const Bytes frame = redFrame(row.form);
-        const auto picture = pictureOf(row.form, frame);
-        ASSERT_TRUE(picture) << row.name << ": " << picture.error().message;
-        EXPECT_EQ(picture->width(), row.form.width) << row.name;
-        EXPECT_EQ(picture->height(), row.form.height) << row.name;
+    for (const auto& [name, form] : rows) {
+        const Bytes frame = redFrame(form);
+        const auto picture = pictureOf(form, frame);
+        ASSERT_TRUE(picture) << name << ": " << picture.error().message;
+        EXPECT_EQ(picture->width(), form.width) << name;
+        EXPECT_EQ(picture->height(), form.height) << name;
         for (int y = 0; y < picture->height(); ++y) {
             for (int x = 0; x < picture->width(); ++x) {
-                ASSERT_TRUE(isRed(*picture, x, y)) << row.name << " at " << x << "," << y;
+                ASSERT_TRUE(isRed(*picture, x, y)) << name << " at " << x << "," << y;
             }
         }
-        EXPECT_FALSE(pictureOf(row.form, std::span(frame).first(frame.size() - 1))) << row.name;
+        EXPECT_FALSE(pictureOf(form, std::span(frame).first(frame.size() - 1))) << name;
     }
 }
 

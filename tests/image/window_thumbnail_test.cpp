@@ -59,7 +59,6 @@ TEST(WindowThumbnail, TwoCellsMakeAChange) {
         {"two cells, darker", 2, -40, true},
     };
     for (const auto& row : rows) {
-        SCOPED_TRACE(row.name);
         WindowThumbnail before;
         before.fill(100);
         WindowThumbnail after = before;
@@ -67,7 +66,7 @@ TEST(WindowThumbnail, TwoCellsMakeAChange) {
             auto& cell = after[after.size() - 1 - std::size_t(i)];
             cell = static_cast<std::uint8_t>(cell + row.levels);
         }
-        EXPECT_EQ(differ(before, after), row.differs);
+        EXPECT_EQ(differ(before, after), row.differs) << row.name;
     }
 }
 

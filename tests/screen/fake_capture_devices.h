@@ -1,11 +1,14 @@
 #pragma once
 
+#include <atomic>
 #include <map>
 #include <mutex>
-#include <set>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
+
+#include <gtest/gtest.h>
 
 #include "platform/capture_devices.h"
 
@@ -37,14 +40,10 @@ class FakeCaptureDevices final : public CaptureDevices {
         std::lock_guard calling(calling_);
         if (changed_) changed_();
     }
-    // `open` fails with this sentence until it is empty again.
-    void refuse(const std::string& id, const std::string& sentence) {
+    // `open` fails with this sentence until there is none.
+    void refuse(const std::string& id, const std::optional<std::string>& sentence) {
         std::lock_guard lock(mutex_);
         refusals_[id] = sentence;
-    }
-    void agree(const std::string& id) {
-        std::lock_guard lock(mutex_);
-        refusals_.erase(id);
     }
     // A frame that every capture brings as soon as it is opened.
     void setOnOpened(const PixelBuffer& frame) {
@@ -71,36 +70,27 @@ class FakeCaptureDevices final : public CaptureDevices {
         std::lock_guard lock(mutex_);
         return opened_[id];
     }
-    std::vector<std::string> calls() {
-        std::lock_guard lock(mutex_);
-        return calls_;
-    }
 
-    void allowScreenCaptureDevices() override { note("allow"); }
+    void allowScreenCaptureDevices() override { isAllowed_ = true; }
     std::vector<CaptureDeviceInfo> devices() override {
+        EXPECT_TRUE(isAllowed_);
         std::lock_guard lock(mutex_);
         return devices_;
     }
     void setOnDevicesChanged(std::function<void()> changed) override {
-        note(changed ? "follow" : "unfollow");
         std::lock_guard calling(calling_);
         changed_ = std::move(changed);
     }
     void requestAccess(std::function<void(bool)> answer) override {
-        note("access");
-        if (holdsAccess_) {
-            answer_ = std::move(answer);
-        } else {
-            answer(true);
-        }
+        EXPECT_TRUE(changed_) << "a phone that is plugged in now would be missed";
+        answer_ = std::move(answer);
+        if (!holdsAccess_) answer_(true);
     }
     Result<std::unique_ptr<CaptureSession>> open(const CaptureDeviceInfo& device,
                                                  FrameSink sink) override {
         std::lock_guard lock(mutex_);
         ++opened_[device.id];
-        if (const auto refusal = refusals_.find(device.id); refusal != refusals_.end()) {
-            return fail(refusal->second);
-        }
+        if (const auto& refusal = refusals_[device.id]) return fail(*refusal);
         if (first_) sink(first_);
         running_[device.id] = std::move(sink);
         return std::make_unique<Session>(*this, device.id);
@@ -121,22 +111,17 @@ class FakeCaptureDevices final : public CaptureDevices {
         const std::string id_;
     };
 
-    void note(const char* call) {
-        std::lock_guard lock(mutex_);
-        calls_.emplace_back(call);
-    }
-
     std::mutex mutex_;
     std::mutex calling_;  // held while `changed_` runs
     std::vector<CaptureDeviceInfo> devices_;
     std::map<std::string, FrameSink> running_;
-    std::map<std::string, std::string> refusals_;
+    std::map<std::string, std::optional<std::string>> refusals_;
     std::map<std::string, int> opened_;
-    std::vector<std::string> calls_;
     std::function<void()> changed_;
     std::function<void(bool)> answer_;
     PixelBuffer first_;
     bool holdsAccess_ = false;
+    std::atomic<bool> isAllowed_ = false;
 };
 
 }  // namespace tandrel

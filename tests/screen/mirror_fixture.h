@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include <fmt/format.h>
 #include <gtest/gtest.h>
 
 #include "base/file.h"
@@ -22,7 +23,6 @@ namespace tandrel {
 // The command-line tools with windows, cables and a desktop that the test makes up.
 class MirrorFixture : public testing::Test {
  protected:
-    // Reads one record: the image's own size, so that a test sees which image it was given.
     class Granted final : public Permissions {
      public:
         Permission bluetooth() override { return Permission::granted; }
@@ -36,26 +36,20 @@ class MirrorFixture : public testing::Test {
         explicit NotedInput(std::vector<std::string>& notes) : notes_(notes) {}
         Result<void> click(DesktopPoint at) override { return note("click " + text(at)); }
         Result<void> drag(DesktopPoint from, DesktopPoint to, Duration duration) override {
-            return note("drag " + text(from) + " " + text(to) + " " +
-                        std::to_string(static_cast<int>(toSeconds(duration) * 1000)));
+            return note(fmt::format("drag {} {} {}", text(from), text(to), toSeconds(duration)));
         }
-        Result<void> type(std::string_view typed) override {
-            return note("type " + std::string(typed));
+        Result<void> type(std::string_view text) override {
+            return note(fmt::format("type {}", text));
         }
         Result<void> key(std::string_view key, const std::vector<std::string>& modifiers) override {
-            std::string line = "key " + std::string(key);
-            for (const std::string& modifier : modifiers) line += " " + modifier;
-            return note(line);
+            return note(fmt::format("key {} {}", key, fmt::join(modifiers, " ")));
         }
         Result<void> activate(std::uint32_t window) override {
             return note("activate " + std::to_string(window));
         }
 
      private:
-        static std::string text(DesktopPoint at) {
-            return std::to_string(static_cast<int>(at.x)) + "," +
-                   std::to_string(static_cast<int>(at.y));
-        }
+        static std::string text(DesktopPoint at) { return fmt::format("{},{}", at.x, at.y); }
         Result<void> note(const std::string& line) {
             notes_.push_back(line);
             return {};
@@ -79,6 +73,10 @@ class MirrorFixture : public testing::Test {
         return line;
     }
     std::string file(const std::string& name) { return (folder.path() / name).string(); }
+    std::string saved(const PixelBuffer& picture) {
+        EXPECT_TRUE(replaceFile(file("saved.png"), toText(*encodeSnapshot(picture, {}))));
+        return file("saved.png");
+    }
 
     TemporaryFolder folder;
     ManualClock clock{ManualClock::Sleep::passes};

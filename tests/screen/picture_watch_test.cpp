@@ -2,8 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include "image/pictures.h"
-
 namespace tandrel {
 namespace {
 
@@ -11,12 +9,6 @@ WindowThumbnail grey(int level) {
     WindowThumbnail thumbnail;
     thumbnail.fill(static_cast<std::uint8_t>(level));
     return thumbnail;
-}
-
-TEST(ChangeTimes, TheFirstPictureIsNoChange) {
-    ChangeTimes changes;
-    changes.add(grey(10), 1000);
-    EXPECT_TRUE(changes.after(0).empty());
 }
 
 TEST(ChangeTimes, EachPictureIsComparedWithTheOneBefore) {
@@ -39,21 +31,6 @@ TEST(ChangeTimes, OnlyTheLatest400AreKept) {
     ASSERT_EQ(times.size(), 400u);
     EXPECT_EQ(times.front(), 2);
     EXPECT_EQ(times.back(), 401);
-}
-
-TEST(PictureWatch, CountsAllFramesSeenBeforeTheQuestion) {
-    const WallTime start(std::chrono::seconds(1000));
-    PictureWatch watch("A1");
-    const PixelBuffer dark = pictures::plain(100, 200, pictures::kBlack);
-    const PixelBuffer light = pictures::plain(100, 200, pictures::kWhite);
-    watch.observe(dark, start);
-    EXPECT_TRUE(watch.changeTimes(0).empty());
-    watch.observe(dark, start + std::chrono::milliseconds(5));
-    EXPECT_TRUE(watch.changeTimes(0).empty());
-    watch.observe(light, start + std::chrono::milliseconds(10));
-    EXPECT_EQ(watch.changeTimes(0), std::vector<double>{1'000'010});
-    watch.observe(pictures::plain(30, 30, pictures::kWhite), start + std::chrono::seconds(1));
-    EXPECT_EQ(watch.changeTimes(1'000'010), std::vector<double>{});
 }
 
 }  // namespace

@@ -42,10 +42,5 @@ TEST(Recognize, AFailureIsAnErrorOrNoRecords) {
     EXPECT_TRUE(recognize(recognizer, image).empty());
 }
 
-TEST(Recognize, ARecordAsJson) {
-    EXPECT_EQ(dumpJson(toJson({"Settings", 0.5, 64, 190, 321, 48})),
-              R"({"conf":0.5,"h":48,"text":"Settings","w":321,"x":64,"y":190})");
-}
-
 }  // namespace
 }  // namespace tandrel

@@ -1,20 +1,24 @@
 // Writes a PNG picture of the visible window of a title:
 //   window_picture DISPLAY TITLE FILE
-#include <QImage>
 #include <cstdio>
+#include <cstdlib>
 
 #include "app/x_display.h"
+#include "base/file.h"
+#include "platform/linux/x_image.h"
+#include "screen/snapshot.h"
 
 int main(int argc, char** argv) {
+    using namespace tandrel;
     if (argc != 4) return 2;
-    const auto display = tandrel::XDisplay::attach(argv[1]);
-    const auto window = display->find(argv[2]);
+    ::setenv("DISPLAY", argv[1], 1);
+    const auto x = XConnection::open();
+    const auto window = x ? XDisplay(**x).find(argv[2]) : std::nullopt;
     if (!window) {
         std::fprintf(stderr, "no window is called %s\n", argv[2]);
         return 1;
     }
-    auto pixels = display->pixels(*window);
-    const QImage picture(reinterpret_cast<uchar*>(pixels.data()), window->width, window->height,
-                         QImage::Format_RGB32);
-    return picture.save(argv[3]) ? 0 : 1;
+    const auto picture = XImageSource(**x).fetch(window->id, window->width, window->height);
+    const auto png = encodeSnapshot(picture, {});
+    return png && replaceFile(argv[3], toText(*png)) ? 0 : 1;
 }

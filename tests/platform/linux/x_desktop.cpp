@@ -17,13 +17,13 @@ std::string displayName(const ChildProgram& server) {
 
 }  // namespace
 
-std::unique_ptr<XDesktop> XDesktop::open(Manager manager) {
+std::unique_ptr<XDesktop> XDesktop::open(Manager manager, const std::string& size) {
     const bool isManaged = manager == Manager::openbox;
     if (!std::filesystem::exists(kServer)) return nullptr;
     if (isManaged && !std::filesystem::exists(kManager)) return nullptr;
     // It complains aloud about numbers that are taken; only the number it found counts.
-    const std::string command = std::string("exec ") + kServer +
-                                " -displayfd 1 -screen 0 1600x1200x24 -nolisten tcp 2>/dev/null";
+    const std::string command = std::string("exec ") + kServer + " -displayfd 1 -screen 0 " + size +
+                                "x24 -nolisten tcp 2>/dev/null";
     auto server =
         std::make_unique<ChildProgram>(std::vector<std::string>{"/bin/sh", "-c", command},
                                        ChildProgram::Environment{{"PATH", "/usr/bin:/bin"}});

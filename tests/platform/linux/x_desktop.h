@@ -17,7 +17,7 @@ class XDesktop {
  public:
     enum class Manager { none, openbox };
     // Nothing where the programs are not installed.
-    static std::unique_ptr<XDesktop> open(Manager manager);
+    static std::unique_ptr<XDesktop> open(Manager manager, const std::string& size = "1600x1200");
 
     const XConnection& x() const { return *x_; }
     const std::string& name() const { return name_; }
