@@ -10,8 +10,8 @@ PATTERNS = [
                r"\b(\w+)(?:\[[^\]\n]*\])*(?: = |\{|;)", re.M),
 ]
 # With its parameters' types and names, since functions of one name may be several.
-FUNCTION = re.compile(r"^(?!TEST|INSTANTIATE|using |return )[\w:&*<>, ]*?(?<![\w:])([\w:~]+\([^()]*\))"
-                      r"(?: const| noexcept)*\s*\{", re.M)
+FUNCTION = re.compile(r"^(?=\S)(?!TEST|INSTANTIATE|using |return )[\w:&*<>, ]*?"
+                      r"(?<![\w:])([\w:~]+\([^()]*\))(?: const| noexcept)*\s*\{", re.M)
 # Two may say the same.
 ALIAS = re.compile(r"^using (\w+ = [^;]*);", re.M)
 NAMESPACE = re.compile(r"^namespace(?: ([\w:]+))? \{$|^\}  // namespace(?: ([\w:]+))?$", re.M)

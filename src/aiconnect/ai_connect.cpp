@@ -10,7 +10,7 @@
 namespace tandrel {
 namespace {
 
-std::filesystem::path absoluteOr(const char* variable, std::filesystem::path otherwise) {
+std::filesystem::path absoluteOr(const char* variable, const std::filesystem::path& otherwise) {
     const std::filesystem::path set = environment(variable).value_or("");
     return set.is_absolute() ? set : otherwise;
 }
@@ -44,7 +44,7 @@ AIConnectPlaces AIConnectPlaces::fromEnvironment() {
     return places;
 }
 
-AIConnect::AIConnect(std::filesystem::path helper, AIConnectPlaces places, Services services)
-    : helper_(helper.string()), places_(std::move(places)), to_(services) {}
+AIConnect::AIConnect(const std::filesystem::path& helper, AIConnectPlaces places, Services services)
+    : helper_(helper.string()), places_(std::move(places)), to_(std::move(services)) {}
 
 }  // namespace tandrel

@@ -54,7 +54,7 @@ class AIConnect {
     };
 
     // `helper` is the program that the AI apps are to start.
-    AIConnect(std::filesystem::path helper, AIConnectPlaces places, Services services);
+    AIConnect(const std::filesystem::path& helper, AIConnectPlaces places, Services services);
 
     // Codex: its own table in config.toml.
     bool codexInstalled() const;

@@ -101,8 +101,8 @@ ProgramEnd AIConnect::runClaude(const std::filesystem::path& claude,
 }
 
 AIConnect::Outcome AIConnect::addToClaudeCode(const std::filesystem::path& claude) const {
-    const Outcome added{
-        true, "Added. Start a new Claude Code session and ask it to look at your iPhone."};
+    Outcome added{true,
+                  "Added. Start a new Claude Code session and ask it to look at your iPhone."};
     // `claude mcp add` refuses a name that is taken.
     const Link before = claudeCodeLink();
     if (before == Link::addedHere) return added;

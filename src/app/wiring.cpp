@@ -88,7 +88,7 @@ void Backends::openGrabbers(const std::filesystem::path& settings, Clock& clock)
     const auto forced = environment("TANDREL_GRABBER");
     const auto defaults = std::make_shared<JsonUserDefaults>(settings, clock);
     const auto chosen = [forced, defaults]() -> std::optional<std::string> {
-        if (forced) return forced;
+        if (forced) return *forced;
         if (defaults->textValue("link") == "airplay") return std::nullopt;
         return defaults->textValue("grabber").value_or("");
     };

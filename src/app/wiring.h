@@ -51,6 +51,9 @@ struct Backends {
     Backends();
     Backends(Backends&&) noexcept;
     ~Backends();
+    Backends& operator=(Backends&&) = delete;
+    Backends(const Backends&) = delete;
+    Backends& operator=(const Backends&) = delete;
     // Reads TANDREL_VIRTUAL_PHONE, TANDREL_CAPTURE_IMAGES and TANDREL_GRABBER. The error names a
     // scenario or picture that is not one, and where.
     static Result<Backends> open(const AppInfo& info, Clock& clock);
@@ -74,6 +77,8 @@ class Wiring {
  public:
     Wiring(Backends backends, AppInfo info, MainLoop& loop, Asker& asker, Clock& clock);
     ~Wiring();
+    Wiring(const Wiring&) = delete;
+    Wiring& operator=(const Wiring&) = delete;
 
     Engine& engine() { return engine_; }
     Backends& backends() { return backends_; }

@@ -36,6 +36,8 @@ class Devices {
 
     Devices(HIDPeripheral& hid, ScreenCapture& screens, Options options, Clock& clock);
     ~Devices();
+    Devices(const Devices&) = delete;
+    Devices& operator=(const Devices&) = delete;
 
     static Devices& shared();
     static void setShared(Devices* instance);

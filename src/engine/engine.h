@@ -59,6 +59,8 @@ class Engine {
 
     Engine(Services services, EngineSettings settings);
     ~Engine();
+    Engine(const Engine&) = delete;
+    Engine& operator=(const Engine&) = delete;
 
     static Engine& shared();
     static void setShared(Engine* instance);

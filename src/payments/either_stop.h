@@ -9,6 +9,7 @@ class EitherStop {
  public:
     EitherStop(std::stop_token one, std::stop_token other)
         : one_(std::move(one), Forward{source_}), other_(std::move(other), Forward{source_}) {}
+    ~EitherStop() = default;
     EitherStop(const EitherStop&) = delete;
     EitherStop& operator=(const EitherStop&) = delete;
 

@@ -11,6 +11,7 @@
 #include <unicode/uspoof.h>
 
 #include "base/ascii.h"
+#include "base/icu_text.h"
 #include "base/unicode.h"
 
 namespace tandrel::PaymentGuard {
@@ -44,16 +45,6 @@ const Tools& tools() {
     return instance;
 }
 
-icu::UnicodeString wide(std::string_view text) {
-    return icu::UnicodeString::fromUTF8({text.data(), static_cast<std::int32_t>(text.size())});
-}
-
-std::string narrow(const icu::UnicodeString& text) {
-    std::string result;
-    text.toUTF8String(result);
-    return result;
-}
-
 // What cannot be normalised, for want of memory, stays as it is.
 icu::UnicodeString normalised(const icu::Normalizer2& form, const icu::UnicodeString& text) {
     UErrorCode status = U_ZERO_ERROR;
@@ -72,8 +63,8 @@ icu::UnicodeString skeleton(const icu::UnicodeString& text) {
 const std::array<std::string, 0x80>& asciiSkeletons() {
     static const std::array<std::string, 0x80> table = [] {
         std::array<std::string, 0x80> all;
-        for (char16_t c = 0; c < all.size(); ++c)
-            all[c] = narrow(skeleton(icu::UnicodeString(c)).foldCase());
+        for (UChar32 c = 0; c < 0x80; ++c)
+            all[static_cast<std::size_t>(c)] = narrow(skeleton(icu::UnicodeString(c)).foldCase());
         return all;
     }();
     return table;

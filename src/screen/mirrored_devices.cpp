@@ -22,6 +22,8 @@ class MirroredSession final : public CaptureSession {
         capture_->setListener(take);
     }
     ~MirroredSession() override { capture_->setListener({}); }
+    MirroredSession(const MirroredSession&) = delete;
+    MirroredSession& operator=(const MirroredSession&) = delete;
 
  private:
     const std::shared_ptr<WindowCapture> capture_;

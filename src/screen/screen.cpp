@@ -12,7 +12,7 @@ Error CaptureError::cannotReadFrames(const std::string& name) {
 
 Result<std::shared_ptr<Screen>> Screen::open(CaptureDevices& devices,
                                              const CaptureDeviceInfo& device, Clock& clock) {
-    const std::shared_ptr<Screen> screen(new Screen(device, clock));
+    std::shared_ptr<Screen> screen(new Screen(device, clock));
     auto session = devices.open(
         device, [self = screen.get()](PixelBuffer frame) { self->deliver(std::move(frame)); });
     if (!session && session.error().message.empty()) {
