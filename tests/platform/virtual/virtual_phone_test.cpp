@@ -1,8 +1,6 @@
 #include "platform/virtual/virtual_phone.h"
 
 #include <atomic>
-#include <condition_variable>
-#include <mutex>
 
 #include <gmock/gmock.h>
 
