@@ -9,16 +9,10 @@
 
 #include <linux/videodev2.h>
 #include <poll.h>
-#include <sys/eventfd.h>
 
 namespace tandrel {
 
 FakeGrabbers::FakeGrabbers() : poked_(::eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC)) {}
-
-void FakeGrabbers::changed(Device& device) {
-    ::eventfd_write(device.wake.get(), 1);
-    event_.notify_all();
-}
 
 void FakeGrabbers::poke() const { ::eventfd_write(poked_.get(), 1); }
 
@@ -26,46 +20,16 @@ void FakeGrabbers::plugIn(const std::string& path, GrabberAnswers answers,
                           const std::string& port) {
     {
         std::lock_guard lock(mutex_);
-        Device device;
-        device.answers = std::move(answers);
-        device.port = port;
-        device.wake = FileDescriptor(::eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC));
-        devices_[path] = std::move(device);
+        devices_[path] = {.answers = std::move(answers),
+                          .port = port,
+                          .wake = FileDescriptor(::eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC))};
     }
     poke();
 }
 
 void FakeGrabbers::unplug(const std::string& path) {
-    breakDown(path);
-    {
-        std::lock_guard lock(mutex_);
-        devices_.at(path).isPlugged = false;
-    }
+    with(path, [](Device& device) { device.works = device.isPlugged = false; });
     poke();
-}
-
-void FakeGrabbers::breakDown(const std::string& path) {
-    std::lock_guard lock(mutex_);
-    devices_.at(path).works = false;
-    changed(devices_.at(path));
-}
-
-void FakeGrabbers::deliver(const std::string& path, const Bytes& frame, Quality quality) {
-    std::lock_guard lock(mutex_);
-    devices_.at(path).frames.push_back({frame, quality});
-    changed(devices_.at(path));
-}
-
-void FakeGrabbers::changeSignal(const std::string& path) {
-    std::lock_guard lock(mutex_);
-    devices_.at(path).hasOtherSignal = true;
-    changed(devices_.at(path));
-}
-
-void FakeGrabbers::endWait(const std::string& path) {
-    std::lock_guard lock(mutex_);
-    devices_.at(path).isWaitOver = true;
-    changed(devices_.at(path));
 }
 
 bool FakeGrabbers::awaitTaken(const std::string& path) {
@@ -80,11 +44,6 @@ bool FakeGrabbers::awaitTaken(const std::string& path) {
 int FakeGrabbers::openCount() {
     std::lock_guard lock(mutex_);
     return static_cast<int>(open_.size());
-}
-
-std::uint32_t FakeGrabbers::pixelFormat(const std::string& path) {
-    std::lock_guard lock(mutex_);
-    return devices_.at(path).pixelFormat;
 }
 
 int FakeGrabbers::open(const std::string& path) {
@@ -203,7 +162,7 @@ int FakeGrabbers::stream(Device& device, unsigned long request, void* value) {
         std::copy_n(frame.bytes.begin(), std::min(frame.bytes.size(), memory.size()),
                     memory.begin());
         buffer.bytesused = static_cast<std::uint32_t>(frame.bytes.size());
-        if (frame.quality == Quality::damaged) buffer.flags |= V4L2_BUF_FLAG_ERROR;
+        if (frame.isDamaged) buffer.flags |= V4L2_BUF_FLAG_ERROR;
         return 0;
     }
     if (request == VIDIOC_DQEVENT) {

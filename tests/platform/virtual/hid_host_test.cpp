@@ -46,6 +46,7 @@ TEST(HidHost, TellsWhatEachReportChanges) {
         {"a control", kConsumer, "23 02", {ConsumerEvent{0x223}}},
         {"none", kConsumer, "00 00", {}},
         {"a short report", kKeyboard, "00 00 0d", {}},
+        {"the two still", kKeyboard, "00 00 0b 0c 00 00 00 00", {}},
         {"an empty one", kAbsolute, "", {}},
         {"the battery's level", 30, "64", {}},
         {"no characteristic", 99, "01 00 00 00", {}},
