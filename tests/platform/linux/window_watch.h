@@ -18,7 +18,6 @@ class WindowWatch {
                     [this](PixelBuffer frame) {
                         tell([&] {
                             newest_ = std::move(frame);
-                            ++frames_;
                             hidden_.clear();
                         });
                     },
@@ -42,16 +41,12 @@ class WindowWatch {
         await([&] { return !ended_.empty(); });
         return ended_;
     }
-    int frames() {
-        std::lock_guard lock(mutex_);
-        return frames_;
-    }
+
+ private:
     bool await(const std::function<bool()>& fits) {
         std::unique_lock lock(mutex_);
         return changed_.wait_for(lock, std::chrono::seconds(10), fits);
     }
-
- private:
     bool isNewest(int width, int height, std::uint32_t colour) const {
         if (newest_.width() != width || newest_.height() != height) return false;
         const std::uint8_t* p = newest_.row(height / 2) + std::ptrdiff_t{4} * (width / 2);
@@ -68,7 +63,6 @@ class WindowWatch {
     std::mutex mutex_;
     std::condition_variable changed_;
     PixelBuffer newest_;
-    int frames_ = 0;
     std::string hidden_;
     std::string ended_;
 };
