@@ -8,9 +8,9 @@
 
 #include <fcntl.h>
 #include <poll.h>
-#include <sdbus-c++/sdbus-c++.h>
 
 #include "base/file_descriptor.h"
+#include "platform/linux/bus_service.h"
 
 namespace tandrel {
 
@@ -29,27 +29,26 @@ struct Inhibitor {
 // The login manager as far as sleep goes.
 class FakeLogin1 {
  public:
-    explicit FakeLogin1(const std::string& address)
-        : bus_(sdbus::createSessionBusConnectionWithAddress(address)),
-          object_(sdbus::createObject(*bus_, "/org/freedesktop/login1")) {
-        object_->registerMethod("Inhibit")
+    explicit FakeLogin1(const std::string& address) : service_(address, "/org/freedesktop/login1") {
+        service_.object()
+            .registerMethod("Inhibit")
             .onInterface(kInterface)
             .implementedAs([this](const std::string& what, const std::string& who,
                                   const std::string&,
                                   const std::string& mode) { return inhibit({what, who, mode}); });
-        object_->registerSignal("PrepareForSleep").onInterface(kInterface).withParameters<bool>();
-        object_->finishRegistration();
-        bus_->requestName("org.freedesktop.login1");
-        bus_->enterEventLoopAsync();
+        service_.object()
+            .registerSignal("PrepareForSleep")
+            .onInterface(kInterface)
+            .withParameters<bool>();
+        service_.appear("org.freedesktop.login1");
     }
-    ~FakeLogin1() { bus_->leaveEventLoop(); }
-    FakeLogin1(const FakeLogin1&) = delete;
-    FakeLogin1& operator=(const FakeLogin1&) = delete;
 
     void prepareForSleep(bool going) {
-        object_->emitSignal("PrepareForSleep").onInterface(kInterface).withArguments(going);
+        service_.object()
+            .emitSignal("PrepareForSleep")
+            .onInterface(kInterface)
+            .withArguments(going);
     }
-
     // The next one that is asked for; nothing asked when none comes.
     Inhibitor awaitInhibitor() {
         std::unique_lock lock(mutex_);
@@ -75,8 +74,7 @@ class FakeLogin1 {
     std::mutex mutex_;
     std::condition_variable changed_;
     std::deque<Inhibitor> given_;  // under mutex_
-    std::unique_ptr<sdbus::IConnection> bus_;
-    std::unique_ptr<sdbus::IObject> object_;
+    BusService service_;
 };
 
 }  // namespace tandrel
