@@ -3,14 +3,13 @@
 #include <csignal>
 #include <fstream>
 #include <sstream>
-#include <thread>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <sched.h>
 #include <sys/stat.h>
 
 #include "base/file.h"
+#include "support/eventually.h"
 #include "support/temporary_folder.h"
 
 namespace tandrel {
@@ -30,17 +29,12 @@ ProgramEnd shell(const std::string& script, Duration timeout = 60s, std::size_t 
     return end ? *end : ProgramEnd{How::exited, -1, end.error().message};
 }
 
-bool isAlive(const std::string& pid) { return ::kill(std::stoi(pid), 0) == 0; }
-
 TEST(ChildProcesses, GiveStatusAndBothOutputsInOrder) {
     const ProgramEnd end = shell("echo one; echo two >&2; echo three; exit 7");
-    EXPECT_EQ(end.how, How::exited);
-    EXPECT_EQ(end.status, 7);
-    EXPECT_EQ(end.output, "one\ntwo\nthree\n");
-
+    EXPECT_EQ(std::tuple(end.how, end.status, end.output),
+              std::tuple(How::exited, 7, "one\ntwo\nthree\n"));
     const ProgramEnd killed = shell("kill -KILL $$");
-    EXPECT_EQ(killed.how, How::signalled);
-    EXPECT_EQ(killed.status, SIGKILL);
+    EXPECT_EQ(std::pair(killed.how, killed.status), std::pair(How::signalled, SIGKILL));
 }
 
 TEST(ChildProcesses, HaveNoInputNoTerminalAndTheEnvironmentGiven) {
@@ -54,8 +48,8 @@ TEST(ChildProcesses, AStopCutsTheTimeOutShort) {
     TemporaryFolder folder;
     const std::string file = (folder.path() / "started").string();
     std::stop_source stopping;
-    std::jthread stopper([&] {
-        while (!std::filesystem::exists(file)) std::this_thread::yield();
+    const std::jthread stopper([&] {
+        eventually([&] { return std::filesystem::exists(file); });
         stopping.request_stop();
     });
     ChildProcesses processes;
@@ -73,18 +67,15 @@ TEST(ChildProcesses, AreEndedAtTheTimeOutWithAllTheyStarted) {
         "while :; do sleep 1000; done' & echo $!; wait; wait",
         300ms);
     EXPECT_EQ(end.how, How::timedOut);
+    // Killed, but perhaps not yet taken away by whoever inherited it.
+    const auto isGone = [](const std::string& pid) {
+        const auto stat = readFile("/proc/" + pid + "/stat", 4096);
+        return !stat || stat->substr(stat->rfind(')') + 2, 1) == "Z";
+    };
     std::istringstream pids(end.output);
-    std::string pid;
     int count = 0;
-    for (; pids >> pid; ++count) {
-        // Killed, but perhaps not yet taken away by whoever inherited it.
-        std::string state = "gone";
-        for (int i = 0; i < 1000 && isAlive(pid) && state != "Z"; ++i) {
-            const auto stat = readFile("/proc/" + pid + "/stat", 4096);
-            if (stat) state = stat->substr(stat->rfind(')') + 2, 1);
-            ::sched_yield();
-        }
-        EXPECT_TRUE(!isAlive(pid) || state == "Z") << pid << " " << state;
+    for (std::string pid; pids >> pid; ++count) {
+        EXPECT_TRUE(eventually([&] { return isGone(pid); })) << pid;
     }
     EXPECT_EQ(count, 2);
 }
@@ -106,8 +97,8 @@ TEST(ChildProcesses, WhoKeepsTheOutputOpenDoesNotKeepTheCallerWaiting) {
     const ProgramEnd end = shell("sleep 1000 & echo $!");
     EXPECT_EQ(end.how, How::exited);
     ASSERT_NE(end.output, "");
-    EXPECT_TRUE(isAlive(end.output)) << "a program's own background work is its own affair";
-    ::kill(std::stoi(end.output), SIGKILL);
+    EXPECT_EQ(::kill(std::stoi(end.output), SIGKILL), 0)
+        << "a program's own background work is its own affair";
 }
 
 TEST(ChildProcesses, SayWhyTheyCannotBeStarted) {
@@ -117,8 +108,7 @@ TEST(ChildProcesses, SayWhyTheyCannotBeStarted) {
     for (const auto& [name, why] : {std::pair("none", "No such file or directory"),
                                     std::pair("plain", "Permission denied")}) {
         const auto end = processes.run({.program = folder.path() / name, .arguments = {}});
-        ASSERT_FALSE(end) << name;
-        EXPECT_THAT(end.error().message, HasSubstr(why));
+        EXPECT_THAT(end.error().message, HasSubstr(why)) << name;
     }
 }
 

@@ -9,6 +9,7 @@
 #include "image/gdp_writer.h"
 #include "platform/linux/loopback_pair.h"
 #include "platform/linux/window_watch.h"
+#include "support/eventually.h"
 #include "support/temporary_folder.h"
 
 namespace tandrel {
@@ -27,11 +28,15 @@ Bytes joined(std::initializer_list<Bytes> parts) {
 // A program in the receiver's place: a script that writes a file of ours into its descriptor 3.
 class Receiver : public testing::Test {
  protected:
-    // `words` is the script; "$F/name" is a stream that `stream` made.
+    // `words` is the script; "$F/name" is what `put` wrote, and "await name" waits until
+    // it was.
     void play(const std::string& words) {
         const auto script = folder.path() / "receiver";
-        ASSERT_TRUE(replaceFile(script, "#!/bin/sh\nF=" + folder.path().string() +
-                                            "\necho started >>$F/starts\n" + words + "\n"));
+        ASSERT_TRUE(
+            replaceFile(script, "#!/bin/sh\nF=" + folder.path().string() +
+                                    "\necho started >>$F/starts\n"
+                                    "await() { while [ ! -e $F/$1 ]; do sleep 0.01; done; }\n" +
+                                    words + "\n"));
         std::filesystem::permissions(script, std::filesystem::perms::owner_all);
         receiver = std::make_unique<PipeAirPlayReceiver>(PipeAirPlayReceiver::Options{
             .program = program.empty() ? script.string() : program,
@@ -42,24 +47,16 @@ class Receiver : public testing::Test {
             .isConnected = [this](pid_t) { return connected.load(); }});
         receiver->start();
     }
-    void stream(const std::string& name, const Bytes& bytes) {
+    void put(const std::string& name, const Bytes& bytes) {
         ASSERT_TRUE(replaceFile(folder.path() / name, toText(bytes)));
     }
-    bool await(const std::function<bool()>& fits) const {
-        const TimePoint end = systemClock().now() + std::chrono::seconds(20);
-        while (!fits()) {
-            if (systemClock().now() > end) return false;
-            std::this_thread::yield();
-        }
-        return true;
-    }
     bool awaitState(State state) {
-        return await([&] { return receiver->status().state == state; });
+        return eventually([&] { return receiver->status().state == state; });
     }
     // The window, once there is one.
     std::optional<WinInfo> awaitWindow(std::uint32_t otherThan = 0) {
         std::optional<WinInfo> found;
-        await([&] {
+        eventually([&] {
             const auto all = *receiver->all();
             if (all.empty() || all.front().id == otherThan) return false;
             found = all.front();
@@ -79,10 +76,10 @@ class Receiver : public testing::Test {
 };
 
 TEST_F(Receiver, ItsPictureIsAWindowAndFollowsThePhonesTurning) {
-    stream("upright", joined({gdp::caps(498, 1080), gdp::frame(498, 1080)}));
-    stream("turned", joined({gdp::caps(1080, 498), gdp::frame(1080, 498)}));
+    put("upright", joined({gdp::caps(498, 1080), gdp::frame(498, 1080)}));
+    put("turned", joined({gdp::caps(1080, 498), gdp::frame(1080, 498)}));
     play(
-        "echo ready; cat $F/upright >&3; while [ ! -e $F/turn ]; do sleep 0.01; done; "
+        "echo ready; cat $F/upright >&3; await turn; "
         "cat $F/turned >&3; exec sleep 1000");
     const auto window = awaitWindow();
     ASSERT_TRUE(window);
@@ -94,28 +91,25 @@ TEST_F(Receiver, ItsPictureIsAWindowAndFollowsThePhonesTurning) {
     const auto stream = receiver->open(window->id, watch.events());
     ASSERT_TRUE(stream);
     EXPECT_TRUE(watch.awaitFrame(498, 1080, kGrey));
-    std::ofstream(folder.path() / "turn").put('\n');
+    put("turn", {});
     EXPECT_TRUE(watch.awaitFrame(1080, 498, kGrey));
     EXPECT_EQ(receiver->all()->front().id, window->id);
     EXPECT_EQ(receiver->all()->front().frame.width, 1080);
 }
 
 TEST_F(Receiver, OnButNotMirroringIsAStateOfItsOwn) {
-    play("echo Initialized; exec sleep 1000");
-    EXPECT_TRUE(awaitState(State::waiting));
-    EXPECT_TRUE(receiver->all()->empty());
-    EXPECT_EQ(receiver->open(0xf0000001, {}).error().message, "window 4026531841 is gone");
-}
-
-TEST_F(Receiver, ASilentProgramThatGoesOnIsOn) {
-    play("exec sleep 1000");
-    EXPECT_TRUE(awaitState(State::waiting));
+    for (const char* words : {"echo Initialized; exec sleep 1000", "exec sleep 1000"}) {
+        play(words);
+        EXPECT_TRUE(awaitState(State::waiting)) << words;
+        EXPECT_TRUE(receiver->all()->empty());
+        EXPECT_EQ(receiver->open(0xf0000001, {}).error().message, "window 4026531841 is gone");
+    }
 }
 
 TEST_F(Receiver, APhoneThatLeavesEndsTheWindowAndTheNextOneIsAnother) {
-    stream("one", joined({gdp::caps(498, 1080), gdp::frame(498, 1080)}));
+    put("one", joined({gdp::caps(498, 1080), gdp::frame(498, 1080)}));
     play(
-        "echo ready; cat $F/one >&3; while [ ! -e $F/next ]; do sleep 0.01; done; cat $F/one >&3; "
+        "echo ready; cat $F/one >&3; await next; cat $F/one >&3; "
         "exec sleep 1000");
     const auto window = awaitWindow();
     ASSERT_TRUE(window);
@@ -125,18 +119,18 @@ TEST_F(Receiver, APhoneThatLeavesEndsTheWindowAndTheNextOneIsAnother) {
     EXPECT_EQ(watch.awaitEnd(), "the iPhone stopped mirroring its screen");
     EXPECT_TRUE(awaitState(State::waiting));
     connected = true;
-    std::ofstream(folder.path() / "next").put('\n');
+    put("next", {});
     EXPECT_TRUE(awaitWindow(window->id)) << "it may be another phone";
 }
 
 TEST_F(Receiver, ANewStreamOfTheSameFormIsAnotherPhones) {
-    stream("two", joined({gdp::caps(498, 1080), gdp::frame(498, 1080), gdp::caps(498, 1080)}));
-    stream("rest", gdp::frame(498, 1080));
+    put("two", joined({gdp::caps(498, 1080), gdp::frame(498, 1080), gdp::caps(498, 1080)}));
+    put("rest", gdp::frame(498, 1080));
     play(
-        "cat $F/two >&3; while [ ! -e $F/next ]; do sleep 0.01; done; cat $F/rest >&3; exec sleep "
+        "cat $F/two >&3; await next; cat $F/rest >&3; exec sleep "
         "1000");
-    std::ofstream(folder.path() / "next").put('\n');
-    EXPECT_TRUE(await([&] {
+    put("next", {});
+    EXPECT_TRUE(eventually([&] {
         const auto all = *receiver->all();
         return !all.empty() && all.front().id == 0xf0000002;
     }));
@@ -144,7 +138,7 @@ TEST_F(Receiver, ANewStreamOfTheSameFormIsAnotherPhones) {
 
 TEST_F(Receiver, WhatEndsIsStartedAgainAndItsLastErrorIsTold) {
     play("echo hello; echo '*** ERROR: no network'; echo Stopping...; exit 1");
-    EXPECT_TRUE(await([&] { return starts() >= 3; }));
+    EXPECT_TRUE(eventually([&] { return starts() >= 3; }));
     EXPECT_TRUE(awaitState(State::failed));
     EXPECT_EQ(receiver->status().error, "the AirPlay receiver ended: *** ERROR: no network");
 }
@@ -202,32 +196,33 @@ TEST_F(Receiver, BrokenStreamsAreToldAndStartedAgain) {
          "the AirPlay receiver got stuck in the middle of a frame"},
     };
     for (const auto& row : rows) {
-        stream("bad", row.stream);
+        put("bad", row.stream);
         play("cat $F/bad >&3; exec sleep 1000");
         const auto before = starts();
-        EXPECT_TRUE(await([&] { return receiver->status().error == row.error; })) << row.name;
-        EXPECT_TRUE(await([&] { return starts() > before; })) << row.name;
+        EXPECT_TRUE(eventually([&] { return receiver->status().error == row.error; })) << row.name;
+        EXPECT_TRUE(eventually([&] { return starts() > before; })) << row.name;
         receiver.reset();
     }
 }
 
 TEST_F(Receiver, DeathInMidFrameEndsTheWindow) {
     const Bytes frame = gdp::frame(498, 1080);
-    stream("cut", joined({gdp::caps(498, 1080), frame, {frame.begin(), frame.begin() + 5000}}));
-    play("cat $F/cut >&3; while [ ! -e $F/die ]; do sleep 0.01; done");
+    put("cut", joined({gdp::caps(498, 1080), frame, {frame.begin(), frame.begin() + 5000}}));
+    play("cat $F/cut >&3; await die");
     const auto window = awaitWindow();
     ASSERT_TRUE(window);
     WindowWatch watch;
     const auto stream = receiver->open(window->id, watch.events());
     ASSERT_TRUE(stream);
-    std::ofstream(folder.path() / "die").put('\n');
+    put("die", {});
     EXPECT_EQ(watch.awaitEnd(), "the iPhone stopped mirroring its screen");
 }
 
 TEST_F(Receiver, StopEndsTheProgramAndAllItStarted) {
     play("echo ready; echo $$ >$F/pid; sleep 1000 & wait");
     EXPECT_TRUE(awaitState(State::waiting));
-    ASSERT_TRUE(await([&] { return readFile(folder.path() / "pid", 100).value_or("") != ""; }));
+    ASSERT_TRUE(
+        eventually([&] { return readFile(folder.path() / "pid", 100).value_or("") != ""; }));
     const pid_t pid = std::stoi(*readFile(folder.path() / "pid", 100));
     receiver->stop();
     EXPECT_EQ(receiver->status().state, State::off);
