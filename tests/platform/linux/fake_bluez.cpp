@@ -25,22 +25,20 @@ std::string textOf(const sdbus::Variant& value) {
     return "";
 }
 
+std::string callerOf(const sdbus::IObject& object) {
+    return object.getCurrentlyProcessedMessage()->getSender();
+}
+
 }  // namespace
 
 FakeBluez::FakeBluez() {
     std::promise<void> opened;
+    const auto take = [&](BusLoop&, sdbus::IConnection& bus) {
+        bus_ = &bus;
+        opened.set_value();
+    };
     loop_ = std::make_unique<BusLoop>("fake bluez",
-                                      BusLoop::Events{[&](BusLoop&, sdbus::IConnection& bus) {
-                                                          bus_ = &bus;
-                                                          opened.set_value();
-                                                      },
-                                                      [this] {
-                                                          adapters_.clear();
-                                                          devices_.clear();
-                                                          manager_.reset();
-                                                          root_.reset();
-                                                      },
-                                                      [](const std::string&) {}});
+                                      BusLoop::Events{take, [] {}, [](const std::string&) {}});
     opened.get_future().wait();
     on([this] {
         bus_->addMatch(
@@ -50,21 +48,27 @@ FakeBluez::FakeBluez() {
     });
 }
 
-FakeBluez::~FakeBluez() { resume(); }
+FakeBluez::~FakeBluez() {
+    resume();
+    on([this] {
+        adapters_.clear();
+        devices_.clear();
+        manager_.reset();
+        root_.reset();
+    });
+}
 
 void FakeBluez::appear() {
     on([this] {
         root_ = sdbus::createObject(*bus_, "/");
         root_->addObjectManager();
         manager_ = sdbus::createObject(*bus_, kManagerPath);
-        manager_->registerMethod(kAgentManager, "RegisterAgent", "os", "",
-                                 [this](sdbus::MethodCall call) {
-                                     sdbus::ObjectPath path;
-                                     call >> path;
-                                     agentOwner_ = call.getSender();
-                                     agentPath_ = path;
-                                     call.createReply().send();
-                                 });
+        manager_->registerMethod("RegisterAgent")
+            .onInterface(kAgentManager)
+            .implementedAs([this](const sdbus::ObjectPath& path, const std::string&) {
+                agentOwner_ = callerOf(*manager_);
+                agentPath_ = path;
+            });
         manager_->registerMethod("RequestDefaultAgent")
             .onInterface(kAgentManager)
             .implementedAs([](const sdbus::ObjectPath&) {});
@@ -141,24 +145,25 @@ void FakeBluez::exportAdapter(const std::string& path) {
     adapter.object = sdbus::createObject(*bus_, path);
     sdbus::IObject& object = *adapter.object;
     addConstant(object, kAdapter, "Address", std::string("00:AA:01:00:00:00"));
-    addConstant(object, kAdapter, "Pairable", true);
     object.registerProperty("Powered").onInterface(kAdapter).withGetter(
         [&adapter] { return adapter.traits.powered; });
     if (adapter.traits.peripheral) {
-        object.registerMethod(kGattManager, "RegisterApplication", "oa{sv}", "",
-                              [this, &adapter](sdbus::MethodCall call) {
-                                  registerApplication(adapter, std::move(call));
-                              });
+        object.registerMethod("RegisterApplication")
+            .onInterface(kGattManager)
+            .implementedAs([this, &adapter](const sdbus::ObjectPath& root, const Properties&) {
+                registerApplication(adapter, root);
+            });
         object.registerMethod("UnregisterApplication")
             .onInterface(kGattManager)
             .implementedAs([&adapter](const sdbus::ObjectPath&) {
                 adapter.owner.clear();
                 adapter.listing.clear();
             });
-        object.registerMethod(kAdvertisingManager, "RegisterAdvertisement", "oa{sv}", "",
-                              [this, &adapter](sdbus::MethodCall call) {
-                                  registerAdvertisement(adapter, std::move(call));
-                              });
+        object.registerMethod("RegisterAdvertisement")
+            .onInterface(kAdvertisingManager)
+            .implementedAs([this, &adapter](const sdbus::ObjectPath& path, const Properties&) {
+                registerAdvertisement(adapter, path);
+            });
         object.registerMethod("UnregisterAdvertisement")
             .onInterface(kAdvertisingManager)
             .implementedAs([&adapter](const sdbus::ObjectPath&) {
@@ -172,16 +177,16 @@ void FakeBluez::exportAdapter(const std::string& path) {
     object.finishRegistration();
 }
 
-void FakeBluez::registerApplication(Adapter& adapter, sdbus::MethodCall call) {
-    sdbus::ObjectPath root;
-    Properties options;
-    call >> root >> options;
+void FakeBluez::registerApplication(Adapter& adapter, const std::string& root) {
+    adapter.owner = callerOf(*adapter.object);
+    adapter.root = root;
+    adapter.listing.clear();
+    adapter.subscribers.clear();
+    ++applications_;
     // Read by hand: a map would lose the order, in which handles are given out.
-    auto owner = sdbus::createProxy(*bus_, call.getSender(), root);
+    auto owner = sdbus::createProxy(*bus_, adapter.owner, root);
     auto request = owner->createMethodCall(kObjectManager, "GetManagedObjects");
     auto reply = owner->callMethod(request, 0);
-    std::vector<std::string> listing;
-    bool refused = false;
     reply.enterContainer("{oa{sa{sv}}}");
     while (reply.enterDictEntry("oa{sa{sv}}")) {
         sdbus::ObjectPath object;
@@ -190,55 +195,36 @@ void FakeBluez::registerApplication(Adapter& adapter, sdbus::MethodCall call) {
         reply.exitDictEntry();
         for (const auto& [interface, properties] : interfaces) {
             if (!interface.starts_with("org.bluez.")) continue;
-            const std::string uuid = property<std::string>(properties, "UUID").value_or("?");
-            refused = refused || uuid.starts_with("00001800") || uuid.starts_with("00001801");
-            const auto flags = properties.find("Flags");
-            listing.push_back(fmt::format("{} {} {}", object.substr(root.size()), uuid,
-                                          flags == properties.end() ? "" : textOf(flags->second)));
+            const auto flags = property<std::vector<std::string>>(properties, "Flags");
+            adapter.listing.push_back(
+                fmt::format("{} {} {}", object.substr(root.size()),
+                            property<std::string>(properties, "UUID").value_or("?"),
+                            fmt::join(flags.value_or(std::vector<std::string>{}), "+")));
         }
     }
-    if (refused) {
-        return call
-            .createErrorReply(
-                sdbus::Error("org.bluez.Error.Failed", "Failed to create entry in database"))
-            .send();
-    }
-    adapter.owner = call.getSender();
-    adapter.root = root;
-    adapter.listing = listing;
-    adapter.subscribers.clear();
-    ++applications_;
-    call.createReply().send();
 }
 
-void FakeBluez::registerAdvertisement(Adapter& adapter, sdbus::MethodCall call) {
-    sdbus::ObjectPath object;
-    Properties options;
-    call >> object >> options;
-    const auto refuse = [&](const char* name, const char* why) {
-        call.createErrorReply(sdbus::Error(name, why)).send();
-    };
+void FakeBluez::registerAdvertisement(Adapter& adapter, const std::string& path) {
     if (refusals_ > 0) {
         --refusals_;
-        return refuse("org.bluez.Error.NotPermitted", "Maximum advertisements reached");
+        throw sdbus::Error("org.bluez.Error.NotPermitted", "Maximum advertisements reached");
     }
     if (!adapter.advertisementPath.empty()) {
-        return refuse("org.bluez.Error.AlreadyExists", "Already Exists");
+        throw sdbus::Error("org.bluez.Error.AlreadyExists", "Already Exists");
     }
-    auto owner = sdbus::createProxy(*bus_, call.getSender(), object);
     Properties properties;
-    owner->callMethod("GetAll")
+    sdbus::createProxy(*bus_, callerOf(*adapter.object), path)
+        ->callMethod("GetAll")
         .onInterface(kProperties)
         .withArguments(std::string(kAdvertisement))
         .storeResultsTo(properties);
     adapter.advertisement.clear();
     for (const auto& [name, value] : properties) {
-        adapter.advertisement += name + "=" + textOf(value) + "\n";
+        adapter.advertisement += "\n" + name + "=" + textOf(value);
     }
-    adapter.advertisementPath = object;
+    adapter.advertisementPath = path;
     adapter.onAir = adapter.traits.powered;
     ++advertisements_;
-    call.createReply().send();
 }
 
 void FakeBluez::setPowered(const std::string& name, bool powered) {

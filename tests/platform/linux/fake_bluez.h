@@ -90,9 +90,9 @@ class FakeBluez {
     void forgetReceived(const std::string& device) {
         on([&] { devices_.at(device).received.clear(); });
     }
-    // Everything published, an item a line, in the order in which it is listed.
-    std::string application(const std::string& adapter);
-    std::string advertisement(const std::string& adapter);
+    // Everything published, an item a line, in the order in which it is listed; then what is
+    // advertised.
+    std::string published(const std::string& adapter);
     bool awaitOnAir(const std::string& adapter = "hci0");
     bool awaitDisconnected(const std::string& device) {
         return eventually([&] { return !isConnected(device); });
@@ -140,8 +140,8 @@ class FakeBluez {
     }
     void exportAdapter(const std::string& path);
     void exportDevice(const std::string& path);
-    void registerApplication(Adapter& adapter, sdbus::MethodCall call);
-    void registerAdvertisement(Adapter& adapter, sdbus::MethodCall call);
+    void registerApplication(Adapter& adapter, const std::string& root);
+    void registerAdvertisement(Adapter& adapter, const std::string& path);
     void listen(sdbus::Message& message);
     void setConnected(const std::string& device, bool connected);
     std::string call(const std::string& device, const std::string& place, const char* method,

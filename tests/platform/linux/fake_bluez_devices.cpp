@@ -166,16 +166,12 @@ std::vector<std::string> FakeBluez::received(const std::string& device, std::siz
     return received;
 }
 
-std::string FakeBluez::application(const std::string& adapter) {
+std::string FakeBluez::published(const std::string& adapter) {
     awaitOnAir(adapter);
     return on([&] {
-        return fmt::format("{}", fmt::join(adapters_.at(adapterPath(adapter)).listing, "\n"));
+        const Adapter& at = adapters_.at(adapterPath(adapter));
+        return fmt::format("{}{}", fmt::join(at.listing, "\n"), at.advertisement);
     });
-}
-
-std::string FakeBluez::advertisement(const std::string& adapter) {
-    awaitOnAir(adapter);
-    return on([&] { return adapters_.at(adapterPath(adapter)).advertisement; });
 }
 
 bool FakeBluez::awaitOnAir(const std::string& adapter) {

@@ -3,11 +3,9 @@
 #include <algorithm>
 #include <cerrno>
 #include <chrono>
-#include <cmath>
 #include <cstring>
 #include <utility>
 
-#include <linux/videodev2.h>
 #include <poll.h>
 
 namespace tandrel {
@@ -111,9 +109,8 @@ int FakeGrabbers::describe(Device& device, unsigned long request, void* value) {
         for (const auto& size : sizesOf(entry.pixel_format)) {
             if (size.width != entry.width || size.height != entry.height) continue;
             if (entry.index >= size.framesPerSecond.size()) return -EINVAL;
-            const double rate = size.framesPerSecond[entry.index];
             entry.type = V4L2_FRMIVAL_TYPE_DISCRETE;
-            entry.discrete = {1000, static_cast<std::uint32_t>(std::lround(1000 * rate))};
+            entry.discrete = {1, size.framesPerSecond[entry.index]};
             return 0;
         }
         return -EINVAL;
@@ -130,7 +127,6 @@ int FakeGrabbers::stream(Device& device, unsigned long request, void* value) {
         device.width = pix.width;
         device.height = pix.height;
         pix.bytesperline = device.answers.bytesPerLine;
-        pix.colorspace = device.answers.colourSpace;
         return 0;
     }
     if (request == VIDIOC_REQBUFS) {
@@ -208,20 +204,26 @@ int FakeGrabbers::poll(int device, int wake, Duration) {
     }
 }
 
-std::vector<VideoNode> FakeGrabbers::list() {
-    std::lock_guard lock(mutex_);
-    std::vector<VideoNode> nodes;
-    for (const auto& [path, device] : devices_) {
-        if (device.isPlugged) nodes.push_back({path, device.port, "video"});
-    }
-    return nodes;
-}
-
-void FakeGrabbers::awaitChange(int wake, Duration) {
-    pollfd waits[] = {{wake, POLLIN, 0}, {poked_.get(), POLLIN, 0}};
-    ::poll(waits, 2, -1);
-    eventfd_t ignored = 0;
-    ::eventfd_read(poked_.get(), &ignored);
+std::unique_ptr<VideoNodes> FakeGrabbers::nodes() {
+    struct Nodes final : VideoNodes {
+        explicit Nodes(FakeGrabbers& all) : grabbers(all) {}
+        std::vector<VideoNode> list() override {
+            std::lock_guard lock(grabbers.mutex_);
+            std::vector<VideoNode> nodes;
+            for (const auto& [path, device] : grabbers.devices_) {
+                if (device.isPlugged) nodes.push_back({path, device.port, "video"});
+            }
+            return nodes;
+        }
+        void awaitChange(int wake, Duration) override {
+            pollfd waits[] = {{wake, POLLIN, 0}, {grabbers.poked_.get(), POLLIN, 0}};
+            ::poll(waits, 2, -1);
+            eventfd_t ignored = 0;
+            ::eventfd_read(grabbers.poked_.get(), &ignored);
+        }
+        FakeGrabbers& grabbers;
+    };
+    return std::make_unique<Nodes>(*this);
 }
 
 }  // namespace tandrel

@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include <linux/videodev2.h>
 #include <sys/eventfd.h>
 
 #include "base/bytes.h"
@@ -21,18 +22,17 @@ struct GrabberAnswers {
     struct Size {
         std::uint32_t width;
         std::uint32_t height;
-        std::vector<double> framesPerSecond;
+        std::vector<std::uint32_t> framesPerSecond;
     };
     struct Format {
         std::uint32_t pixelFormat;
         std::vector<Size> sizes;  // none: it does not list them
     };
     std::string card;
-    std::uint32_t capabilities = 0;
+    std::uint32_t capabilities = V4L2_CAP_VIDEO_CAPTURE | V4L2_CAP_STREAMING;
     std::vector<Format> formats = {};
     std::uint32_t bytesPerLine = 0;  // 0: as the form has it
-    std::uint32_t colourSpace = 0;
-    std::uint32_t settlesFor = 0;  // this pixel format, whatever is asked for
+    std::uint32_t settlesFor = 0;    // this pixel format, whatever is asked for
     std::uint32_t buffers = 4;
     int openError = 0;
     int streamError = 0;
@@ -40,7 +40,7 @@ struct GrabberAnswers {
 
 // Grabbers that answer as recorded and deliver the frames that a test gives them; what is plugged
 // in is what the list of nodes says, too.
-class FakeGrabbers final : public VideoCalls, public VideoNodes {
+class FakeGrabbers final : public VideoCalls {
  public:
     FakeGrabbers();
 
@@ -94,8 +94,7 @@ class FakeGrabbers final : public VideoCalls, public VideoNodes {
     void unmap(std::uint8_t* memory, std::size_t length) override;
     int poll(int device, int wake, Duration longest) override;
 
-    std::vector<VideoNode> list() override;
-    void awaitChange(int wake, Duration longest) override;
+    std::unique_ptr<VideoNodes> nodes();
 
  private:
     int describe(Device& device, unsigned long request, void* value);

@@ -5,7 +5,6 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <linux/videodev2.h>
 
 #include "image/jpeg_writer.h"
 #include "platform/linux/fake_grabber.h"
@@ -23,31 +22,24 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
 
-constexpr std::uint32_t kVideo = V4L2_CAP_VIDEO_CAPTURE | V4L2_CAP_STREAMING;
 constexpr const char* kPath = "/dev/video0";
 constexpr const char* kCard = "USB Video: USB Video";
 
 // The cheap one with USB 2: raw pictures only a few times a second.
 GrabberAnswers cheapGrabber() {
     return {.card = kCard,
-            .capabilities = kVideo,
             .formats = {{V4L2_PIX_FMT_MJPEG, {{1920, 1080, {60, 50, 30}}, {720, 480, {60, 30}}}},
                         {V4L2_PIX_FMT_YUYV, {{1920, 1080, {5}}, {720, 480, {30}}}}}};
 }
 GrabberAnswers nv12Grabber() {
     return {.card = "UVC Camera HDMI",
-            .capabilities = kVideo,
             .formats = {{V4L2_PIX_FMT_MJPEG, {{3840, 2160, {30}}, {1920, 1080, {60}}}},
                         {V4L2_PIX_FMT_NV12, {{3840, 2160, {30}}, {1920, 1080, {60}}}},
                         {V4L2_PIX_FMT_YUYV, {{3840, 2160, {15}}}}}};
 }
-GrabberAnswers bgrCard() {
-    return {.card = "PCIe card", .capabilities = kVideo, .formats = {{V4L2_PIX_FMT_BGR24, {}}}};
-}
+GrabberAnswers bgrCard() { return {.card = "PCIe card", .formats = {{V4L2_PIX_FMT_BGR24, {}}}}; }
 GrabberAnswers smallGrabber() {
-    return {.card = "Small",
-            .capabilities = kVideo,
-            .formats = {{V4L2_PIX_FMT_YUYV, {{64, 48, {30}}}}}};
+    return {.card = "Small", .formats = {{V4L2_PIX_FMT_YUYV, {{64, 48, {30}}}}}};
 }
 GrabberAnswers metadataNode() {
     return {.card = kCard, .capabilities = V4L2_CAP_META_CAPTURE | V4L2_CAP_STREAMING};
@@ -58,30 +50,19 @@ Bytes jpegOf(int width, int height) {
     return *withPixels(grey, [](const Pixels& pixels) { return encodeJpeg(pixels, 80); });
 }
 
-class NodesOf final : public VideoNodes {
- public:
-    explicit NodesOf(FakeGrabbers& grabbers) : grabbers_(grabbers) {}
-    std::vector<VideoNode> list() override { return grabbers_.list(); }
-    void awaitChange(int wake, Duration longest) override { grabbers_.awaitChange(wake, longest); }
-
- private:
-    FakeGrabbers& grabbers_;
-};
-
 class GrabberDevicesTest : public testing::Test {
  protected:
     using Size = TakenFrames::Size;
 
     void start(const std::optional<std::string>& chosen = kCard) {
         chosen_ = chosen;
+        const auto choice = [this] {
+            std::lock_guard lock(mutex_);
+            return chosen_;
+        };
         devices_ = std::make_unique<GrabberDevices>(
-            GrabberDevices::Options{.nodes = std::make_unique<NodesOf>(grabbers_),
-                                    .chosen =
-                                        [this] {
-                                            std::lock_guard lock(mutex_);
-                                            return chosen_;
-                                        }},
-            grabbers_, clock_);
+            GrabberDevices::Options{.nodes = grabbers_.nodes(), .chosen = choice}, grabbers_,
+            clock_);
         devices_->setOnDevicesChanged([this] { changes_.release(); });
         devices_->devices();  // the first look is over
     }
