@@ -3,7 +3,6 @@
 #include <fmt/format.h>
 #include <fmt/ranges.h>
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include "platform/linux/bluez_objects.h"
 #include "platform/linux/bluez_services.h"
@@ -56,8 +55,8 @@ class BluezTest : public testing::Test {
         return publisher_->with([](auto& peripheral) { return peripheral.advice(); });
     }
 
-    // What it says of the adapters; waits until it has heard all of what has happened.
-    std::vector<std::string> awaitAdapters(const std::vector<std::string>& wanted) {
+    // Of what it says of the adapters, once it has heard all of what has happened.
+    void expectAdapters(const std::vector<std::string>& wanted) {
         std::vector<std::string> lines;
         eventually([&] {
             lines.clear();
@@ -70,7 +69,7 @@ class BluezTest : public testing::Test {
             }
             return lines == wanted;
         });
-        return lines;
+        EXPECT_EQ(lines, wanted);
     }
 
     PrivateBus bus_;
@@ -216,10 +215,10 @@ TEST_F(BluezTest, ReportsItsAdapters) {
     std::vector<std::string> wanted = {used + "drives <Phone>, paired <Phone>, 0 sent away",
                                        "hci1 on, drives <>, paired <>, 0 sent away",
                                        "hci2 peripheral, drives <>, paired <>, 0 sent away"};
-    EXPECT_EQ(awaitAdapters(wanted), wanted);
+    expectAdapters(wanted);
     bluez_.disconnect(phone_);
     wanted[0] = used + "drives <>, paired <Phone>, 0 sent away";
-    EXPECT_EQ(awaitAdapters(wanted), wanted);
+    expectAdapters(wanted);
 }
 
 TEST_F(BluezTest, PhoneIsFollowedFromItsPassingAddressToItsLastingOne) {
@@ -259,9 +258,7 @@ TEST_F(BluezTest, SecondPhoneIsSentAwayAndHearsNothingButReleases) {
         EXPECT_TRUE(bluez_.isConnected(phone_));
     }
     EXPECT_EQ(advice(), "Phone was disconnected: another phone is connected");
-    const std::vector<std::string> wanted = {
-        "hci0 peripheral on advertising, drives <Phone>, paired <Phone>, 2 sent away"};
-    EXPECT_EQ(awaitAdapters(wanted), wanted);
+    expectAdapters({"hci0 peripheral on advertising, drives <Phone>, paired <Phone>, 2 sent away"});
 }
 
 TEST_F(BluezTest, PhoneThatOnlySubscribesIsToldFromOtherDevices) {
@@ -324,30 +321,21 @@ TEST_F(BluezTest, ReportsHandedOverBeforeTheEndAreSent) {
     EXPECT_THAT(bluez_.received(phone_, 2), ElementsAre("1/2 04", "1/2 00"));
 }
 
-TEST_F(BluezTest, RefusedAdvertisementIsToldAndTriedAgain) {
+TEST_F(BluezTest, LateAnswerIsWaitedForAndRefusedAdvertisementToldAndTriedAgain) {
     bluez_.addAdapter("hci0");
     bluez_.refuseAdvertisements(2);
     bluez_.appear();
+    bluez_.stall();
     start();
+    EXPECT_THAT(publisher_->takeEvents(), IsEmpty());
+    bluez_.resume();
     EXPECT_TRUE(
         publisher_->await("failed: the Bluetooth service does not advertise it on hci0: "
                           "Maximum advertisements reached"));
     EXPECT_TRUE(publisher_->await("advertising"));
 }
 
-TEST_F(BluezTest, SilentPhoneIsSentAwayToSubscribeAnew) {
-    auto impatient = options();
-    impatient.deafness = 20ms;
-    startWithPhone(impatient);
-    bluez_.restart();
-    ASSERT_TRUE(publisher_->await("advertising"));
-    bluez_.connect(phone_);
-    EXPECT_TRUE(bluez_.awaitDisconnected(phone_));
-    bluez_.use(phone_);
-    EXPECT_TRUE(publisher_->awaitSubscriptions(central_, 3));
-}
-
-TEST_F(BluezTest, PhoneWhoseOwnerStillHasToConfirmPairingIsNotSentAway) {
+TEST_F(BluezTest, SilentPhoneIsSentAwayToSubscribeAnewUnlessItsOwnerStillHasToPair) {
     auto impatient = options();
     impatient.deafness = 20ms;
     bluez_.addAdapter("hci0");
@@ -365,16 +353,8 @@ TEST_F(BluezTest, PhoneWhoseOwnerStillHasToConfirmPairingIsNotSentAway) {
     bluez_.read(silent, "1/1");
     EXPECT_TRUE(bluez_.awaitDisconnected(silent));
     EXPECT_TRUE(bluez_.isConnected(asking));
-}
-
-TEST_F(BluezTest, DaemonThatAnswersLateIsWaitedFor) {
-    bluez_.addAdapter("hci0");
-    bluez_.appear();
-    bluez_.stall();
-    start();
-    EXPECT_THAT(publisher_->takeEvents(), IsEmpty());
-    bluez_.resume();
-    EXPECT_TRUE(publisher_->await("advertising"));
+    bluez_.use(silent);
+    EXPECT_TRUE(publisher_->awaitSubscriptions(bluez::centralOf("AA:00:00:00:00:03"), 3));
 }
 
 TEST_F(BluezTest, PropertiesOfAnotherTypeChangeNothing) {

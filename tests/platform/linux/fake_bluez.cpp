@@ -1,7 +1,5 @@
 #include "platform/linux/fake_bluez.h"
 
-#include <algorithm>
-
 #include <fmt/format.h>
 #include <fmt/ranges.h>
 

@@ -43,10 +43,6 @@ class FakeBluez {
 
     void appear();  // at first too
     void vanish();  // the process ends
-    void restart() {
-        vanish();
-        appear();
-    }
     // Answers nothing until `resume`.
     void stall();
     void resume();

@@ -4,7 +4,6 @@
 #include <semaphore>
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include "image/jpeg_writer.h"
 #include "platform/linux/fake_grabber.h"

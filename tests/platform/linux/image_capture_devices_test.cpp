@@ -4,7 +4,6 @@
 #include <semaphore>
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include "base/file.h"
 #include "platform/linux/taken_frames.h"

@@ -1,7 +1,6 @@
 #include "platform/linux/login1_power.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include "platform/linux/fake_login1.h"
 #include "platform/linux/linux_main_loop.h"

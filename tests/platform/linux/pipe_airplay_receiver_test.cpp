@@ -1,7 +1,6 @@
 #include "platform/linux/pipe_airplay_receiver.h"
 
 #include <atomic>
-#include <fstream>
 
 #include <gtest/gtest.h>
 

@@ -108,18 +108,6 @@ TEST_F(PaintedPhone, FrameThatIsHeldKeepsItsPixels) {
     EXPECT_EQ(std::memcmp(held.pixels(), kept.pixels(), 1206 * 2622 * 4), 0);
 }
 
-TEST_F(PaintedPhone, ThumbnailTellsThePointerFromEveryPage) {
-    for (const Page& page : scenario_.pages) {
-        model_.showPage(page.name);
-        model_.receive(PointerTo{{0.3, 0.35}}, {});
-        const auto before = thumbnail(painter_.paint(model_));
-        model_.receive(PointerTo{{0.7, 0.65}}, {});
-        const auto after = thumbnail(painter_.paint(model_));
-        EXPECT_GE(changedAround(before, after, 0.3, 0.35), 3) << page.name;
-        EXPECT_GE(changedAround(before, after, 0.7, 0.65), 3) << page.name;
-    }
-}
-
 TEST_F(PaintedPhone, RotatesAndGoesDark) {
     model_.rotate();
     EXPECT_EQ(painter_.paint(model_).width(), 2622);

@@ -152,13 +152,6 @@ TEST_F(VirtualPhoneTest, LinksAreToldAtOnceAndOnChangeOnly) {
                 testing::ElementsAre(PhoneLinks{true, true, true}, PhoneLinks{true, false, true}));
 }
 
-TEST_F(VirtualPhoneTest, EachRefusalCountsOnce) {
-    phone_.refuseNextUpdates(2);
-    EXPECT_TRUE(phone_.takeRefusal());
-    EXPECT_TRUE(phone_.takeRefusal());
-    EXPECT_FALSE(phone_.takeRefusal());
-}
-
 TEST_F(VirtualPhoneTest, RecordAndFrameCanBeAwaited) {
     EXPECT_FALSE(phone_.awaitRecord([](const auto& record) { return record.typed == "a"; }, 0.01));
     std::jthread typist([this] { phone_.receive({KeyEvent{0x04, 0}}); });
