@@ -26,6 +26,10 @@ class JsonUserDefaultsTest : public testing::Test {
     static std::string read(const fs::path& file) {
         return readFile(file, 2 * JsonUserDefaults::kLargestFile).value_or("");
     }
+    static std::string whyNotKept(JsonUserDefaults& defaults) {
+        const auto result = defaults.set("paused", false);
+        return result ? "kept" : result.error().message;
+    }
     fs::path beside(const char* suffix) const { return file_.string() + suffix; }
 
     TemporaryFolder folder_;
@@ -113,23 +117,19 @@ TEST_F(JsonUserDefaultsTest, ALinkIsFollowedAndItsBrokenTargetKept) {
 }
 
 TEST_F(JsonUserDefaultsTest, WhereNothingCanBeKeptTheErrorNamesTheFile) {
-    const auto error = [this] {
-        const auto result = defaults_.set("paused", true);
-        return result ? "kept" : result.error().message;
-    };
     fs::create_directories(file_);
     EXPECT_EQ(defaults_.boolValue("paused"), std::nullopt);
-    EXPECT_EQ(error(), "can't read " + file_.string() + ": it is a folder");
+    EXPECT_EQ(whyNotKept(defaults_), "can't read " + file_.string() + ": it is a folder");
 
     fs::remove(file_);
     ASSERT_EQ(::mkfifo(file_.c_str(), 0600), 0);
     EXPECT_EQ(defaults_.boolValue("paused"), std::nullopt);
-    EXPECT_EQ(error(), "can't read " + file_.string() + ": it is not a regular file");
+    EXPECT_EQ(whyNotKept(defaults_), "can't read " + file_.string() + ": it is not a regular file");
 
     fs::remove(file_);
     fs::remove_all(file_.parent_path());
     std::ofstream(file_.parent_path()) << "a file where the folder should be";
-    EXPECT_THAT(error(), HasSubstr(file_.string()));
+    EXPECT_THAT(whyNotKept(defaults_), HasSubstr(file_.string()));
 }
 
 TEST_F(JsonUserDefaultsTest, AClosedFileOrFolderStaysAsItWas) {
@@ -142,9 +142,7 @@ TEST_F(JsonUserDefaultsTest, AClosedFileOrFolderStaysAsItWas) {
         const AsNobody nobody;
         JsonUserDefaults fresh(file_);
         EXPECT_EQ(fresh.boolValue("paused"), std::nullopt);
-        const auto result = fresh.set("paused", false);
-        ASSERT_FALSE(result);
-        EXPECT_THAT(result.error().message, HasSubstr("Permission denied"));
+        EXPECT_THAT(whyNotKept(fresh), HasSubstr("Permission denied"));
     }
     fs::permissions(file_.parent_path(), fs::perms(0755));
     fs::permissions(file_, fs::perms(0644));
@@ -157,9 +155,8 @@ TEST_F(JsonUserDefaultsTest, ALockThatIsNeverGivenBackIsAnErrorInTheEnd) {
     const FileDescriptor lock(::open(beside(".lock").c_str(), O_CREAT | O_RDWR, 0600));
     ASSERT_EQ(::flock(lock.get(), LOCK_EX), 0);
     ManualClock clock(ManualClock::Sleep::passes);
-    const auto result = JsonUserDefaults(file_, clock).set("paused", true);
-    ASSERT_FALSE(result);
-    EXPECT_THAT(result.error().message, HasSubstr("another program holds"));
+    JsonUserDefaults waiting(file_, clock);
+    EXPECT_THAT(whyNotKept(waiting), HasSubstr("another program holds"));
     EXPECT_FALSE(fs::exists(file_));
 }
 

@@ -15,14 +15,17 @@ using test::scenarioText;
 
 const std::string kHome = R"({"name": "home", "kind": "home", "items": []})";
 
-std::string itemScenario(const std::string& item) {
-    return scenarioText(R"([{"name": "home", "items": [)" + item + "]}]");
-}
 std::string phoneScenario(const std::string& phone) {
     return scenarioText("[" + kHome + "]", phone);
 }
 std::string sheets(const std::string& items) {
     return scenarioText("[" + kHome + ", " + items + "]");
+}
+
+void expectRefused(const std::string& text, const std::string& error) {
+    const auto read = parseScenario(text, "demo.json");
+    ASSERT_FALSE(read) << error;
+    EXPECT_EQ(read.error().message, "demo.json: " + error);
 }
 
 TEST(Scenario, RefusedNamesFilePlaceAndWhatMustStandThere) {
@@ -36,43 +39,38 @@ TEST(Scenario, RefusedNamesFilePlaceAndWhatMustStandThere) {
         {phoneScenario(R"("scale": 0.5)"), "/phone/scale: must be a number from 1 to 4"},
         {phoneScenario(R"("keyboard": "dvorak")"),
          R"(/phone/keyboard: must be one of "us", "german", "russian")"},
+        {phoneScenario(R"("scale": 1e400)"),
+         "[json.exception.out_of_range.406] number overflow parsing '1e400'"},
         {scenarioText("[]"), "/home: must be the name of a page"},
-        {scenarioText("[" + kHome + "," + kHome + "]"),
-         "/pages/1/name: is the name of an earlier page already"},
-        {itemScenario(R"({"kind": "door"})"),
-         R"(/pages/0/items/0/kind: must be one of "icons", "rows", "text", "button", )"
-         R"("field", "image", "slide", "space")"},
-        {itemScenario(R"({"kind": "text", "text": 12.5})"), "/pages/0/items/0/text: must be text"},
-        {itemScenario(R"({"kind": "rows", "rows": [{"text": "a"}, {}]})"),
-         "/pages/0/items/0/rows/1/text: is missing"},
-        {itemScenario(R"({"kind": "image", "height": 9, "color": "#12345"})"),
-         R"(/pages/0/items/0/color: must be a color such as "#0A84FF")"},
-        {itemScenario(R"({"kind": "image", "height": 9, "color": "#-12345"})"),
-         R"(/pages/0/items/0/color: must be a color such as "#0A84FF")"},
-        {itemScenario(R"({"kind": "image", "height": 9, "glyph": "swan"})"),
-         "/pages/0/items/0/glyph: is not a glyph that there is"},
-        {itemScenario(R"({"kind": "space", "height": 2001})"),
-         "/pages/0/items/0/height: must be a number from 1 to 2000"},
-        {itemScenario(R"({"kind": "button", "text": "a", "tap": {"go": "nowhere"}})"),
-         "/pages/0/items/0/tap/go: must be the name of a page"},
+        {sheets(kHome), "/pages/1/name: is the name of an earlier page already"},
         {sheets(R"({"name": "s", "kind": "sheet", "items": []})"), "/pages/1/over: is missing"},
         {sheets(R"({"name": "s", "kind": "sheet", "over": "s", "items": []})"),
          "/pages/1/over: must be another page"},
         {sheets(R"({"name": "s", "kind": "sheet", "over": "t", "items": []},
                    {"name": "t", "kind": "sheet", "over": "s", "items": []})"),
          "/pages/1/over: must not be a sheet itself"},
-        {itemScenario(R"({"kind": "text", "text": "a\u0000b"})"),
-         "/pages/0/items/0/text: must have no control characters"},
-        {itemScenario(R"({"kind": "text", "text": ")" + std::string(4001, 'a') + "\"}"),
-         "/pages/0/items/0/text: must be at most 4000 bytes"},
-        {phoneScenario(R"("scale": 1e400)"),
-         "[json.exception.out_of_range.406] number overflow parsing '1e400'"},
         {std::string(1'000'001, ' '), "a scenario has at most 1000000 bytes"},
     };
-    for (const auto& [text, error] : rows) {
-        const auto read = parseScenario(text, "demo.json");
-        ASSERT_FALSE(read) << error;
-        EXPECT_EQ(read.error().message, std::string("demo.json: ") + error);
+    for (const auto& [text, error] : rows) expectRefused(text, error);
+}
+
+TEST(Scenario, RefusedItemIsNamedByItsPlace) {
+    const std::string color = R"(color: must be a color such as "#0A84FF")";
+    const std::pair<std::string, std::string> rows[] = {
+        {R"("door")", R"(kind: must be one of "icons", "rows", "text", "button", "field", )"
+                      R"("image", "slide", "space")"},
+        {R"("rows", "rows": [{"text": "a"}, {}])", "rows/1/text: is missing"},
+        {R"("image", "height": 9, "color": "#12345")", color},
+        {R"("image", "height": 9, "color": "#-12345")", color},
+        {R"("image", "height": 9, "glyph": "swan")", "glyph: is not a glyph that there is"},
+        {R"("space", "height": 2001)", "height: must be a number from 1 to 2000"},
+        {R"("button", "text": "a", "tap": {"go": "x"})", "tap/go: must be the name of a page"},
+        {R"("text", "text": "a\u0000b")", "text: must have no control characters"},
+        {R"("text", "text": ")" + std::string(4001, 'a') + '"', "text: must be at most 4000 bytes"},
+    };
+    for (const auto& [item, error] : rows) {
+        expectRefused(scenarioText(R"([{"name": "home", "items": [{"kind": )" + item + "}]}]"),
+                      "/pages/0/items/0/" + error);
     }
 }
 
