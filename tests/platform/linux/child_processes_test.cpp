@@ -28,19 +28,34 @@ ProgramEnd shell(const std::string& script, Duration timeout = 60s, std::size_t 
     return end ? *end : ProgramEnd{How::exited, -1, end.error().message};
 }
 
-TEST(ChildProcesses, GiveStatusAndBothOutputsInOrder) {
-    const ProgramEnd end = shell("echo one; echo two >&2; echo three; exit 7");
-    EXPECT_EQ(std::tuple(end.how, end.status, end.output),
-              std::tuple(How::exited, 7, "one\ntwo\nthree\n"));
-    const ProgramEnd killed = shell("kill -KILL $$");
-    EXPECT_EQ(std::pair(killed.how, killed.status), std::pair(How::signalled, SIGKILL));
-}
-
-TEST(ChildProcesses, HaveNoInputNoTerminalAndTheEnvironmentGiven) {
-    EXPECT_EQ(shell("cat; echo end of input").output, "end of input\n");
-    EXPECT_EQ(shell("(: </dev/tty) 2>/dev/null || echo none").output, "none\n");
-    EXPECT_EQ(shell("echo $ADDED").output, "a value\n");
-    EXPECT_EQ(shell("ls /proc/self/fd | wc -l").output, "4\n") << "0, 1, 2 and the folder itself";
+TEST(ChildProcesses, EndAsTheyDoWithTheirOutput) {
+    const struct {
+        const char* script;
+        Duration timeout;
+        ProgramEnd end;
+    } rows[] = {
+        {"echo one; echo two >&2; echo three; exit 7", 60s, {How::exited, 7, "one\ntwo\nthree\n"}},
+        {"kill -KILL $$", 60s, {How::signalled, SIGKILL, ""}},
+        {"cat; echo end of input", 60s, {How::exited, 0, "end of input\n"}},
+        {"(: </dev/tty) 2>/dev/null || echo no terminal", 60s, {How::exited, 0, "no terminal\n"}},
+        {"echo $ADDED", 60s, {How::exited, 0, "a value\n"}},
+        // 0, 1, 2 and the folder itself.
+        {"ls /proc/self/fd | wc -l", 60s, {How::exited, 0, "4\n"}},
+        // They may tidy up when they are asked to end, and floods do not hold them up.
+        {"trap 'echo tidy; exit 3' TERM; echo x; sleep 1000 & wait",
+         300ms,
+         {How::timedOut, 3, "x\ntidy\n"}},
+        {"head -c 5000000 /dev/zero; echo done >&2; exit 5",
+         60s,
+         {How::exited, 5, std::string(1000, '\0')}},
+    };
+    for (const auto& row : rows) {
+        const ProgramEnd end = shell(row.script, row.timeout);
+        EXPECT_EQ(std::tie(end.how, end.status, end.output),
+                  std::tie(row.end.how, row.end.status, row.end.output))
+            << row.script;
+    }
+    EXPECT_EQ(shell("yes", 200ms, 4).output, "y\ny\n");
 }
 
 TEST(ChildProcesses, AStopCutsTheTimeOutShort) {
@@ -77,19 +92,6 @@ TEST(ChildProcesses, AreEndedAtTheTimeOutWithAllTheyStarted) {
         EXPECT_TRUE(eventually([&] { return isGone(pid); })) << pid;
     }
     EXPECT_EQ(count, 2);
-}
-
-TEST(ChildProcesses, MayTidyUpWhenTheyAreAskedToEnd) {
-    const ProgramEnd end = shell("trap 'echo tidy; exit 3' TERM; echo x; sleep 1000 & wait", 300ms);
-    EXPECT_EQ(end.how, How::timedOut);
-    EXPECT_EQ(end.output, "x\ntidy\n");
-}
-
-TEST(ChildProcesses, FloodsAreCutAndDoNotHoldTheProgramUp) {
-    const ProgramEnd end = shell("head -c 5000000 /dev/zero; echo done >&2; exit 5");
-    EXPECT_EQ(end.status, 5);
-    EXPECT_EQ(end.output, std::string(1000, '\0'));
-    EXPECT_EQ(shell("yes", 200ms, 4).output, "y\ny\n");
 }
 
 TEST(ChildProcesses, WhoKeepsTheOutputOpenDoesNotKeepTheCallerWaiting) {
