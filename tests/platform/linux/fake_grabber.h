@@ -29,8 +29,8 @@ struct GrabberAnswers {
         std::vector<Size> sizes;  // none: it does not list them
     };
     std::string card;
-    std::uint32_t capabilities = V4L2_CAP_VIDEO_CAPTURE | V4L2_CAP_STREAMING;
     std::vector<Format> formats = {};
+    std::uint32_t capabilities = V4L2_CAP_VIDEO_CAPTURE | V4L2_CAP_STREAMING;
     std::uint32_t bytesPerLine = 0;  // 0: as the form has it
     std::uint32_t settlesFor = 0;    // this pixel format, whatever is asked for
     std::uint32_t buffers = 4;

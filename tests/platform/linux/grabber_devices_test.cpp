@@ -25,24 +25,17 @@ constexpr const char* kPath = "/dev/video0";
 constexpr const char* kCard = "USB Video: USB Video";
 
 // The cheap one with USB 2: raw pictures only a few times a second.
-GrabberAnswers cheapGrabber() {
-    return {.card = kCard,
-            .formats = {{V4L2_PIX_FMT_MJPEG, {{1920, 1080, {60, 50, 30}}, {720, 480, {60, 30}}}},
-                        {V4L2_PIX_FMT_YUYV, {{1920, 1080, {5}}, {720, 480, {30}}}}}};
-}
-GrabberAnswers nv12Grabber() {
-    return {.card = "UVC Camera HDMI",
-            .formats = {{V4L2_PIX_FMT_MJPEG, {{3840, 2160, {30}}, {1920, 1080, {60}}}},
-                        {V4L2_PIX_FMT_NV12, {{3840, 2160, {30}}, {1920, 1080, {60}}}},
-                        {V4L2_PIX_FMT_YUYV, {{3840, 2160, {15}}}}}};
-}
-GrabberAnswers bgrCard() { return {.card = "PCIe card", .formats = {{V4L2_PIX_FMT_BGR24, {}}}}; }
-GrabberAnswers smallGrabber() {
-    return {.card = "Small", .formats = {{V4L2_PIX_FMT_YUYV, {{64, 48, {30}}}}}};
-}
-GrabberAnswers metadataNode() {
-    return {.card = kCard, .capabilities = V4L2_CAP_META_CAPTURE | V4L2_CAP_STREAMING};
-}
+const GrabberAnswers kCheap = {
+    kCard,
+    {{V4L2_PIX_FMT_MJPEG, {{1920, 1080, {60, 50, 30}}, {720, 480, {60, 30}}}},
+     {V4L2_PIX_FMT_YUYV, {{1920, 1080, {5}}, {720, 480, {30}}}}}};
+const GrabberAnswers kNv12 = {"UVC Camera HDMI",
+                              {{V4L2_PIX_FMT_MJPEG, {{3840, 2160, {30}}, {1920, 1080, {60}}}},
+                               {V4L2_PIX_FMT_NV12, {{3840, 2160, {30}}, {1920, 1080, {60}}}},
+                               {V4L2_PIX_FMT_YUYV, {{3840, 2160, {15}}}}}};
+const GrabberAnswers kBgr = {"PCIe card", {{V4L2_PIX_FMT_BGR24, {}}}};
+const GrabberAnswers kSmall = {"Small", {{V4L2_PIX_FMT_YUYV, {{64, 48, {30}}}}}};
+const GrabberAnswers kMetadata = {kCard, {}, V4L2_CAP_META_CAPTURE | V4L2_CAP_STREAMING};
 
 Bytes jpegOf(int width, int height) {
     const auto grey = PixelBuffer::make(width, height, nullptr);
@@ -89,7 +82,7 @@ class GrabberDevicesTest : public testing::Test {
     }
     // The small grabber streams and has shown a picture.
     std::unique_ptr<CaptureSession> showSmall() {
-        grabbers_.plugIn(kPath, smallGrabber());
+        grabbers_.plugIn(kPath, kSmall);
         start("Small");
         auto session = open();
         grabbers_.deliver(kPath, small_);
@@ -108,9 +101,9 @@ class GrabberDevicesTest : public testing::Test {
 };
 
 TEST_F(GrabberDevicesTest, TakesFromEachGrabberTheFormThatShowsAPhoneBest) {
-    GrabberAnswers padded = nv12Grabber();
+    GrabberAnswers padded = kNv12;
     padded.bytesPerLine = 4096;
-    GrabberAnswers settled = cheapGrabber();
+    GrabberAnswers settled = kCheap;
     settled.settlesFor = V4L2_PIX_FMT_YUYV;
     const struct {
         const char* name;
@@ -119,10 +112,10 @@ TEST_F(GrabberDevicesTest, TakesFromEachGrabberTheFormThatShowsAPhoneBest) {
         std::uint32_t pixelFormat;
         Size size;
     } rows[] = {
-        {"cheap", cheapGrabber(), jpegOf(1920, 1080), V4L2_PIX_FMT_MJPEG, {1920, 1080}},
-        {"NV12", nv12Grabber(), Bytes(3840 * 2160 * 3 / 2), V4L2_PIX_FMT_NV12, {3840, 2160}},
+        {"cheap", kCheap, jpegOf(1920, 1080), V4L2_PIX_FMT_MJPEG, {1920, 1080}},
+        {"NV12", kNv12, Bytes(3840 * 2160 * 3 / 2), V4L2_PIX_FMT_NV12, {3840, 2160}},
         {"NV12, padded", padded, Bytes(4096 * 2160 * 3 / 2), V4L2_PIX_FMT_NV12, {3840, 2160}},
-        {"BGR, no sizes", bgrCard(), Bytes(1920 * 1080 * 3), V4L2_PIX_FMT_BGR24, {1920, 1080}},
+        {"BGR, no sizes", kBgr, Bytes(1920 * 1080 * 3), V4L2_PIX_FMT_BGR24, {1920, 1080}},
         {"other than asked", settled, Bytes(1920 * 1080 * 2), V4L2_PIX_FMT_YUYV, {1920, 1080}},
     };
     for (const auto& row : rows) {
@@ -158,11 +151,11 @@ TEST_F(GrabberDevicesTest, PrefersFluencyThenSizeThenRawPixels) {
 }
 
 TEST_F(GrabberDevicesTest, TakesOnlyWhatTheOwnerChose) {
-    grabbers_.plugIn("/dev/video0", cheapGrabber(), "pci-usb-0:1");
-    grabbers_.plugIn("/dev/video1", metadataNode(), "pci-usb-0:1");
-    grabbers_.plugIn("/dev/video2", nv12Grabber(), "pci-usb-0:2");
-    grabbers_.plugIn("/dev/video3", smallGrabber(), "port-3");
-    grabbers_.plugIn("/dev/video4", smallGrabber(), "port-4");
+    grabbers_.plugIn("/dev/video0", kCheap, "pci-usb-0:1");
+    grabbers_.plugIn("/dev/video1", kMetadata, "pci-usb-0:1");
+    grabbers_.plugIn("/dev/video2", kNv12, "pci-usb-0:2");
+    grabbers_.plugIn("/dev/video3", kSmall, "port-3");
+    grabbers_.plugIn("/dev/video4", kSmall, "port-4");
     start("");
     const struct {
         const char* chosen;
@@ -198,43 +191,35 @@ TEST_F(GrabberDevicesTest, FollowsPluggingAndUnplugging) {
     start();
     for (const char* id : {"grabber-1", "grabber-2"}) {  // it may be another phone
         EXPECT_THAT(awaitIds({}), IsEmpty());
-        grabbers_.plugIn(kPath, cheapGrabber());
+        grabbers_.plugIn(kPath, kCheap);
         EXPECT_THAT(awaitIds({id}), ElementsAre(id));
         grabbers_.unplug(kPath);
     }
 }
 
 TEST_F(GrabberDevicesTest, OneThatFailsIsAnotherScreenWhenItIsBack) {
+    using Device = FakeGrabbers::Device;
     const struct {
-        const char* name;
-        std::function<void()> fails;
         const char* why;
+        Duration passes;
+        void (*fails)(Device&);
+        int times = 1;
     } rows[] = {
-        {"vanishes inside a read",
-         [this] { grabbers_.with(kPath, [](auto& device) { device.works = false; }); },
-         "it was unplugged"},
-        {"other signal",
-         [this] { grabbers_.with(kPath, [](auto& device) { device.hasOtherSignal = true; }); },
-         "its signal has changed"},
-        {"falls silent",
-         [this] {
-             clock_.advance(VideoStream::kLongestSilence + 1ms);
-             grabbers_.with(kPath, [](auto& device) { device.isWaitOver = true; });
-         },
-         "it sends no picture any more"},
-        {"sends nothing whole",
-         [this] {
-             for (int i = 0; i < VideoStream::kMostDamaged; ++i) {
-                 grabbers_.deliver(kPath, {1, 2, 3});
-                 EXPECT_TRUE(grabbers_.awaitTaken(kPath)) << i;
-             }
-         },
-         "the grabber sent a frame of 3 bytes, where 64 x 48 takes 6144"},
+        {"it was unplugged", 0ms, [](Device& device) { device.works = false; }},
+        {"its signal has changed", 0ms, [](Device& device) { device.hasOtherSignal = true; }},
+        {"it sends no picture any more", VideoStream::kLongestSilence + 1ms,
+         [](Device& device) { device.isWaitOver = true; }},
+        {"the grabber sent a frame of 3 bytes, where 64 x 48 takes 6144", 0ms,
+         [](Device& device) { device.frames.push_back({{1, 2, 3}}); }, VideoStream::kMostDamaged},
     };
     for (const auto& row : rows) {
-        SCOPED_TRACE(row.name);
+        SCOPED_TRACE(row.why);
         const auto session = showSmall();
-        row.fails();
+        clock_.advance(row.passes);
+        for (int i = 0; i < row.times; ++i) {
+            EXPECT_TRUE(grabbers_.awaitTaken(kPath));
+            grabbers_.with(kPath, row.fails);
+        }
         EXPECT_THAT(awaitIds({}), IsEmpty());
         EXPECT_THAT(devices_->troubles(), ElementsAre(std::string("Cable: \"Small\": ") + row.why));
         clock_.advance(GrabberDevices::kShortestBackOff);
@@ -256,7 +241,7 @@ TEST_F(GrabberDevicesTest, ShowsTheNextWholeFrameAfterADamagedOne) {
 }
 
 TEST_F(GrabberDevicesTest, TriesLaterEachTimeWhileItCannotBeOpened) {
-    GrabberAnswers busy = smallGrabber();
+    GrabberAnswers busy = kSmall;
     busy.streamError = EBUSY;
     grabbers_.plugIn(kPath, busy);
     start("Small");
@@ -293,7 +278,7 @@ TEST_F(GrabberDevicesTest, SaysWhyADeviceGivesNoFrames) {
         {"too many buffers", [](auto& a) { a.buffers = 100'000; }, "it gave 100000 buffers"},
     };
     for (const auto& row : rows) {
-        GrabberAnswers answers = smallGrabber();
+        GrabberAnswers answers = kSmall;
         row.change(answers);
         grabbers_.plugIn(kPath, answers);
         start("Small");
@@ -303,13 +288,13 @@ TEST_F(GrabberDevicesTest, SaysWhyADeviceGivesNoFrames) {
 }
 
 TEST_F(GrabberDevicesTest, NamesTheCommandThatGivesAccess) {
-    GrabberAnswers locked = smallGrabber();
+    GrabberAnswers locked = kSmall;
     locked.openError = EACCES;
     grabbers_.plugIn(kPath, locked);
     start(kPath);
     EXPECT_THAT(awaitIds({}), IsEmpty());
     EXPECT_THAT(devices_->troubles(), ElementsAre(HasSubstr("sudo usermod -aG video $USER")));
-    grabbers_.plugIn(kPath, smallGrabber());
+    grabbers_.plugIn(kPath, kSmall);
     EXPECT_THAT(awaitIds({"grabber-1"}), ElementsAre("grabber-1")) << "once its rights are set";
 }
 

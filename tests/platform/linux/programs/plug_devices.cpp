@@ -28,59 +28,16 @@ void await(VideoNodes& nodes) {
     if (systemClock().now() - start >= kLongest) std::printf("no word of it\n");
 }
 
-// As umockdev(1) describes devices: an iPhone and its interface, three that say less of themselves
-// or something odd, one that is not on the bus, a grabber's two nodes and its button.
-constexpr const char* kDevices = R"(P: /devices/usb1/1-1
-E: SUBSYSTEM=usb
-E: DEVTYPE=usb_device
-A: idVendor=05ac\n
-A: product=iPhone\n
-
-P: /devices/usb1/1-1/1-1:1.0
-E: SUBSYSTEM=usb
-E: DEVTYPE=usb_interface
-A: idVendor=05ac\n
-A: product=interface\n
-
-P: /devices/usb1/1-2
-E: SUBSYSTEM=usb
-E: DEVTYPE=usb_device
-A: idVendor=ffff\n
-
-P: /devices/usb1/1-3
-E: SUBSYSTEM=usb
-E: DEVTYPE=usb_device
-A: product=no vendor\n
-
-P: /devices/usb1/1-4
-E: SUBSYSTEM=usb
-E: DEVTYPE=usb_device
-A: idVendor=5acx\n
-A: product=odd vendor\n
-
-P: /devices/input0
-E: SUBSYSTEM=input
-E: DEVTYPE=usb_device
-A: idVendor=05ac\n
-A: product=not on the bus\n
-
-P: /devices/usb1/1-2/video4linux/video0
-N: video0
-E: DEVNAME=/dev/video0
-E: SUBSYSTEM=video4linux
-E: ID_PATH=pci-0000:00:14.0-usb-0:1:1.0
-A: name=USB Video: USB Video\n
-
-P: /devices/usb1/1-2/video4linux/video1
-N: video1
-E: DEVNAME=/dev/video1
-E: SUBSYSTEM=video4linux
-A: name=USB Video: USB Video\n
-
-P: /devices/usb1/1-2/input/event9
-E: DEVNAME=/dev/input/event9
-E: SUBSYSTEM=input
-)";
+// What it says of itself, pairs in rows; the result is its place in the tree.
+template <typename... Words>
+std::string plugIn(UMockdevTestbed* testbed, const char* subsystem, const char* name,
+                   const char* type, Words... words) {
+    gchar* path = umockdev_testbed_add_device(testbed, subsystem, name, nullptr, words..., nullptr,
+                                              "DEVTYPE", type, nullptr);
+    const std::string place = path;
+    g_free(path);
+    return place;
+}
 
 }  // namespace
 
@@ -90,18 +47,31 @@ int main() {
     UMockdevTestbed* testbed = umockdev_testbed_new();
     const auto nodes = makeUdevVideoNodes();
     print("before", *nodes);
-    GError* error = nullptr;
-    if (umockdev_testbed_add_from_string(testbed, kDevices, &error) == FALSE) {
-        std::printf("%s\n", error->message);
-        return 1;
+    constexpr const char* kDevice = "usb_device";
+    plugIn(testbed, "usb", "1-1", kDevice, "idVendor", "05ac", "product", "iPhone");
+    plugIn(testbed, "usb", "1-1:1.0", "usb_interface", "idVendor", "05ac", "product", "interface");
+    plugIn(testbed, "usb", "1-2", kDevice, "idVendor", "ffff");
+    plugIn(testbed, "usb", "1-3", kDevice, "product", "no vendor");
+    plugIn(testbed, "usb", "1-4", kDevice, "idVendor", "5acx", "product", "odd vendor");
+    plugIn(testbed, "input", "input0", kDevice, "idVendor", "05ac", "product", "not on the bus");
+    std::string grabber[2];
+    const char* ports[] = {"pci-0000:00:14.0-usb-0:1:1.0", ""};
+    for (const int i : {0, 1}) {
+        const std::string name = "video" + std::to_string(i);
+        grabber[i] =
+            plugIn(testbed, "video4linux", name.c_str(), "", "name", "USB Video: USB Video");
+        umockdev_testbed_set_property(testbed, grabber[i].c_str(), "DEVNAME",
+                                      ("/dev/" + name).c_str());
+        if (*ports[i] != 0) {
+            umockdev_testbed_set_property(testbed, grabber[i].c_str(), "ID_PATH", ports[i]);
+        }
+        umockdev_testbed_uevent(testbed, grabber[i].c_str(), "add");
     }
-    constexpr const char* kFirst = "/sys/devices/usb1/1-2/video4linux/video0";
-    umockdev_testbed_uevent(testbed, kFirst, "add");
     await(*nodes);
     print("plugged in", *nodes);
-    for (const char* node : {kFirst, "/sys/devices/usb1/1-2/video4linux/video1"}) {
-        umockdev_testbed_uevent(testbed, node, "remove");
-        umockdev_testbed_remove_device(testbed, node);
+    for (const std::string& node : grabber) {
+        umockdev_testbed_uevent(testbed, node.c_str(), "remove");
+        umockdev_testbed_remove_device(testbed, node.c_str());
     }
     await(*nodes);
     print("unplugged", *nodes);
