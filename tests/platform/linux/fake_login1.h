@@ -1,6 +1,5 @@
 #pragma once
 
-#include <condition_variable>
 #include <deque>
 #include <mutex>
 #include <string>
@@ -11,6 +10,7 @@
 
 #include "base/file_descriptor.h"
 #include "platform/linux/bus_service.h"
+#include "support/eventually.h"
 
 namespace tandrel {
 
@@ -51,11 +51,14 @@ class FakeLogin1 {
     }
     // The next one that is asked for; nothing asked when none comes.
     Inhibitor awaitInhibitor() {
-        std::unique_lock lock(mutex_);
-        if (!changed_.wait_for(lock, std::chrono::seconds(10), [this] { return !given_.empty(); }))
-            return {};
-        Inhibitor first = std::move(given_.front());
-        given_.pop_front();
+        Inhibitor first;
+        eventually([&] {
+            std::lock_guard lock(mutex_);
+            if (given_.empty()) return false;
+            first = std::move(given_.front());
+            given_.pop_front();
+            return true;
+        });
         return first;
     }
 
@@ -67,12 +70,10 @@ class FakeLogin1 {
         if (::pipe2(ends, O_CLOEXEC) != 0) throw sdbus::Error("test.NoPipe", "no pipe");
         std::lock_guard lock(mutex_);
         given_.push_back({std::move(asked), FileDescriptor(ends[0])});
-        changed_.notify_all();
         return {ends[1], sdbus::adopt_fd};
     }
 
     std::mutex mutex_;
-    std::condition_variable changed_;
     std::deque<Inhibitor> given_;  // under mutex_
     BusService service_;
 };

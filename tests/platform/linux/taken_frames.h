@@ -1,11 +1,11 @@
 #pragma once
 
-#include <condition_variable>
 #include <deque>
 #include <mutex>
 #include <utility>
 
 #include "platform/capture_devices.h"
+#include "support/eventually.h"
 
 namespace tandrel {
 
@@ -18,14 +18,12 @@ class TakenFrames {
         return [this](const PixelBuffer& frame) {
             std::lock_guard lock(mutex_);
             sizes_.emplace_back(frame.width(), frame.height());
-            came_.notify_all();
         };
     }
     // 0 x 0 when none comes.
     Size next() {
-        std::unique_lock lock(mutex_);
-        const auto any = [this] { return !sizes_.empty(); };
-        if (!came_.wait_for(lock, std::chrono::seconds(10), any)) return {0, 0};
+        if (!eventually([this] { return !isEmpty(); })) return {0, 0};
+        std::lock_guard lock(mutex_);
         const Size size = sizes_.front();
         sizes_.pop_front();
         return size;
@@ -37,7 +35,6 @@ class TakenFrames {
 
  private:
     std::mutex mutex_;
-    std::condition_variable came_;
     std::deque<Size> sizes_;
 };
 

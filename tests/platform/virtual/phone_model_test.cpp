@@ -153,15 +153,11 @@ TEST_F(PhoneModelTest, TypesIntoTheFocusedFieldAndTakesWholeCharactersAway) {
     EXPECT_EQ(record().typed, "hi\nH");
     for (int i = 0; i < 6; ++i) key(kBackspace);
     EXPECT_EQ(record().fields.at("Body"), "");
-}
-
-TEST_F(PhoneModelTest, ReturnSubmitsALineAndEndsItsFocus) {
-    model_->showPage("notes");
     click("Title");
     type("abc");
     key(kReturn);
     type("d");
-    EXPECT_EQ(record().fields.at("Title"), "abc");
+    EXPECT_EQ(record().fields.at("Title"), "abc") << "a line is submitted and has no focus then";
     EXPECT_EQ(record().counts.at("submits"), 1);
 }
 
@@ -261,12 +257,9 @@ TEST_F(PhoneModelTest, LockedPhoneTakesNothingButASwipeUp) {
     EXPECT_EQ(record().screen, ScreenPower::locked) << "a passcode is asked for";
     model_->unlock();
     EXPECT_EQ(record().screen, ScreenPower::awake);
-}
-
-TEST_F(PhoneModelTest, WithoutAPasscodeASwipeUpOpens) {
     start(R"("screen": "locked", "passcode": false)");
     swipe({0.5, 0.9}, {0.5, 0.85});
-    EXPECT_EQ(record().screen, ScreenPower::locked);
+    EXPECT_EQ(record().screen, ScreenPower::locked) << "a short one";
     swipe({0.5, 0.9}, {0.5, 0.3});
     EXPECT_EQ(record().screen, ScreenPower::awake);
 }
