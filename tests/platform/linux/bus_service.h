@@ -7,6 +7,11 @@
 
 namespace tandrel {
 
+template <typename Function>
+void addMethod(sdbus::IObject& object, const char* interface, const char* name, Function function) {
+    object.registerMethod(name).onInterface(interface).implementedAs(std::move(function));
+}
+
 // A service of a test's own on a bus, with one object.
 class BusService {
  public:

@@ -3,6 +3,8 @@
 #include <fmt/format.h>
 #include <fmt/ranges.h>
 
+#include "platform/linux/bus_service.h"
+
 namespace tandrel {
 namespace {
 
@@ -61,15 +63,12 @@ void FakeBluez::appear() {
         root_ = sdbus::createObject(*bus_, "/");
         root_->addObjectManager();
         manager_ = sdbus::createObject(*bus_, kManagerPath);
-        manager_->registerMethod("RegisterAgent")
-            .onInterface(kAgentManager)
-            .implementedAs([this](const sdbus::ObjectPath& path, const std::string&) {
-                agentOwner_ = callerOf(*manager_);
-                agentPath_ = path;
-            });
-        manager_->registerMethod("RequestDefaultAgent")
-            .onInterface(kAgentManager)
-            .implementedAs([](const sdbus::ObjectPath&) {});
+        addMethod(*manager_, kAgentManager, "RegisterAgent",
+                  [this](const sdbus::ObjectPath& path, const std::string&) {
+                      agentOwner_ = callerOf(*manager_);
+                      agentPath_ = path;
+                  });
+        addMethod(*manager_, kAgentManager, "RequestDefaultAgent", [](const sdbus::ObjectPath&) {});
         manager_->finishRegistration();
         for (const auto& [path, adapter] : adapters_) exportAdapter(path);
         for (const auto& [path, device] : devices_) exportDevice(path);
@@ -146,31 +145,27 @@ void FakeBluez::exportAdapter(const std::string& path) {
     object.registerProperty("Powered").onInterface(kAdapter).withGetter(
         [&adapter] { return adapter.traits.powered; });
     if (adapter.traits.peripheral) {
-        object.registerMethod("RegisterApplication")
-            .onInterface(kGattManager)
-            .implementedAs([this, &adapter](const sdbus::ObjectPath& root, const Properties&) {
-                registerApplication(adapter, root);
-            });
-        object.registerMethod("UnregisterApplication")
-            .onInterface(kGattManager)
-            .implementedAs([&adapter](const sdbus::ObjectPath&) {
-                adapter.owner.clear();
-                adapter.listing.clear();
-            });
-        object.registerMethod("RegisterAdvertisement")
-            .onInterface(kAdvertisingManager)
-            .implementedAs([this, &adapter](const sdbus::ObjectPath& path, const Properties&) {
-                registerAdvertisement(adapter, path);
-            });
-        object.registerMethod("UnregisterAdvertisement")
-            .onInterface(kAdvertisingManager)
-            .implementedAs([&adapter](const sdbus::ObjectPath&) {
-                if (adapter.advertisementPath.empty()) {
-                    throw sdbus::Error("org.bluez.Error.DoesNotExist", "Does Not Exist");
-                }
-                adapter.advertisementPath.clear();
-                adapter.onAir = false;
-            });
+        addMethod(object, kGattManager, "RegisterApplication",
+                  [this, &adapter](const sdbus::ObjectPath& root, const Properties&) {
+                      registerApplication(adapter, root);
+                  });
+        addMethod(object, kGattManager, "UnregisterApplication",
+                  [&adapter](const sdbus::ObjectPath&) {
+                      adapter.owner.clear();
+                      adapter.listing.clear();
+                  });
+        addMethod(object, kAdvertisingManager, "RegisterAdvertisement",
+                  [this, &adapter](const sdbus::ObjectPath& path, const Properties&) {
+                      registerAdvertisement(adapter, path);
+                  });
+        addMethod(object, kAdvertisingManager, "UnregisterAdvertisement",
+                  [&adapter](const sdbus::ObjectPath&) {
+                      if (adapter.advertisementPath.empty()) {
+                          throw sdbus::Error("org.bluez.Error.DoesNotExist", "Does Not Exist");
+                      }
+                      adapter.advertisementPath.clear();
+                      adapter.onAir = false;
+                  });
     }
     object.finishRegistration();
 }

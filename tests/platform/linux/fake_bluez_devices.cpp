@@ -4,6 +4,7 @@
 #include <fmt/format.h>
 #include <fmt/ranges.h>
 
+#include "platform/linux/bus_service.h"
 #include "platform/linux/fake_bluez.h"
 
 // The phones' side of FakeBluez.
@@ -54,9 +55,7 @@ void FakeBluez::exportDevice(const std::string& path) {
     property("Connected", &Device::connected);
     property("ServicesResolved", &Device::connected);
     property("Paired", &Device::paired);
-    object.registerMethod("Disconnect").onInterface(kDevice).implementedAs([this, path] {
-        setConnected(path, false);
-    });
+    addMethod(object, kDevice, "Disconnect", [this, path] { setConnected(path, false); });
     object.finishRegistration();
 }
 

@@ -30,12 +30,9 @@ struct Inhibitor {
 class FakeLogin1 {
  public:
     explicit FakeLogin1(const std::string& address) : service_(address, "/org/freedesktop/login1") {
-        service_.object()
-            .registerMethod("Inhibit")
-            .onInterface(kInterface)
-            .implementedAs([this](const std::string& what, const std::string& who,
-                                  const std::string&,
-                                  const std::string& mode) { return inhibit({what, who, mode}); });
+        addMethod(service_.object(), kInterface, "Inhibit",
+                  [this](const std::string& what, const std::string& who, const std::string&,
+                         const std::string& mode) { return inhibit({what, who, mode}); });
         service_.object()
             .registerSignal("PrepareForSleep")
             .onInterface(kInterface)

@@ -12,15 +12,12 @@ class FakePortal {
  public:
     FakePortal(const std::string& address, std::function<sdbus::Variant()> answer)
         : service_(address, "/org/freedesktop/portal/desktop") {
-        service_.object()
-            .registerMethod("Read")
-            .onInterface("org.freedesktop.portal.Settings")
-            .implementedAs(
-                [answer = std::move(answer)](const std::string& space, const std::string& key) {
-                    if (space == "org.freedesktop.appearance" && key == "color-scheme")
-                        return answer();
-                    throw sdbus::Error("org.freedesktop.portal.Error.NotFound", space + key);
-                });
+        addMethod(service_.object(), "org.freedesktop.portal.Settings", "Read",
+                  [answer = std::move(answer)](const std::string& space, const std::string& key) {
+                      if (space == "org.freedesktop.appearance" && key == "color-scheme")
+                          return answer();
+                      throw sdbus::Error("org.freedesktop.portal.Error.NotFound", space + key);
+                  });
         service_.appear("org.freedesktop.portal.Desktop");
     }
 
