@@ -17,6 +17,8 @@ MENUDIR = $(DESTDIR)$(PREFIX)/share/applications
 ICONDIR = $(DESTDIR)$(PREFIX)/share/icons/hicolor/scalable/apps
 
 CLANG := -DCMAKE_CXX_COMPILER=clang++-19
+# What clang only looks at need not be fast: a type of build without optimisation.
+LOOK := $(CLANG) -DCMAKE_BUILD_TYPE=Look
 
 # Tests meet none of the person's own settings, files, display or desktop bus.
 PLAIN = env -i PATH="$$PATH" LANG=C.UTF-8 TERM="$${TERM:-dumb}" HOME="$(CURDIR)/$(1)/home"
@@ -89,8 +91,11 @@ check-man:
 
 analyze: ## clang's thread-safety analysis and clang-tidy over all sources
 	@scripts/install-packages.sh check
-	@scripts/configure.sh build-clang $(CLANG) -DTANDREL_TIDY=ON -DTANDREL_BENCH=ON
+	@scripts/configure.sh build-clang $(LOOK) -DTANDREL_BENCH=ON
 	@ninja -C build-clang
+	@scripts/configure.sh build-tidy $(LOOK) -DTANDREL_TIDY=ON -DTANDREL_TESTS=OFF \
+	    -DTANDREL_JOIN=ON -DTANDREL_SOURCES_TOGETHER=12
+	@ninja -C build-tidy
 
 bench: ## run every benchmark (BENCH=name picks one room's)
 	@scripts/install-packages.sh bench

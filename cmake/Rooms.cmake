@@ -1,9 +1,11 @@
-# Two ways to a short clean build, for g++ alone: clang's build (make analyze) compiles each file by
-# itself and so finds one that leans on another's includes or names.
+# Two ways to a short clean build, which g++ takes. Clang's build (make analyze) compiles each file by
+# itself and so finds one that leans on another's includes or names; only clang-tidy, which spends
+# its time on headers, sees files joined too.
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
     option(TANDREL_PRECOMPILE "Parse the commonest headers once" ON)
-    option(TANDREL_JOIN_TESTS "Compile the tests of a room a few files at a time" ON)
+    option(TANDREL_JOIN "Compile the files of a room a few at a time" ON)
 endif()
+set(TANDREL_SOURCES_TOGETHER 8 CACHE STRING "How many files of a room are compiled at a time")
 set(TANDREL_TESTS_TOGETHER 6)
 
 # What nearly every file reads.
@@ -27,6 +29,19 @@ function(tandrel_precompiled target owner)
     endif()
 endfunction()
 
+# Compiles `target` so many files at a time. A local name may then be another file's, which each
+# file by itself, as clang compiles it, shows.
+function(tandrel_joined target together)
+    if(NOT TANDREL_JOIN)
+        return()
+    endif()
+    set_target_properties(${target} PROPERTIES UNITY_BUILD ON UNITY_BUILD_BATCH_SIZE ${together})
+    target_compile_options(${target} PRIVATE -Wno-shadow)
+    if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+        target_compile_options(${target} PRIVATE -Wno-subobject-linkage)
+    endif()
+endfunction()
+
 # A room is one folder of src/ and one static library; it links only rooms on lower floors.
 #   tandrel_room(hid DEPS base platform)
 # The folder's *.cpp files are its sources. A room without sources yet is header-only.
@@ -47,6 +62,7 @@ function(tandrel_room name)
     if(NOT sources)
         return()
     endif()
+    tandrel_joined(tandrel_${name} ${TANDREL_SOURCES_TOGETHER})
     # Qt wants position-independent code, which other options' precompiled headers do not fit.
     if(ROOM_LIBS MATCHES "Qt6")
         tandrel_precompiled(tandrel_${name} tandrel_${name})
@@ -77,12 +93,7 @@ function(tandrel_tests name)
     else()
         tandrel_precompiled(test_${name} tandrel_test_support)
     endif()
-    if(TANDREL_JOIN_TESTS)
-        set_target_properties(test_${name} PROPERTIES
-            UNITY_BUILD ON UNITY_BUILD_BATCH_SIZE ${TANDREL_TESTS_TOGETHER})
-        # A local name may be another file's; each file by itself is checked by clang.
-        target_compile_options(test_${name} PRIVATE -Wno-shadow)
-    endif()
+    tandrel_joined(test_${name} ${TANDREL_TESTS_TOGETHER})
     if(NOT ROOM_SHARDS)
         set(ROOM_SHARDS 1)
     endif()

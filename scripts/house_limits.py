@@ -12,6 +12,8 @@ import sys
 from dataclasses import dataclass
 from pathlib import Path
 
+import local_names
+
 LONGEST_FUNCTION = 70  # lines from the one with its opening brace to the closing one
 LONGEST_TEST = 70
 LONGEST_FILE = 500
@@ -255,6 +257,24 @@ def check_cycles(texts):
         yield from visit(name, [])
 
 
+def check_local_names(texts):
+    """What two files of a room name alike, each for itself."""
+    codes = {}
+    for name, text in texts.items():
+        folder, _, file = name.rpartition("/")
+        # What a room's CMakeLists.txt names has options of its own and is compiled by itself.
+        by_itself = re.search(rf"\b{re.escape(file)}\b", texts.get(f"{folder}/CMakeLists.txt", ""))
+        if not name.endswith(".cpp") or not name.startswith(("src/", "tests/")) or by_itself:
+            continue
+        code = blank_literals(text)
+        # The comments that say what namespace ends are kept.
+        lines = [line if line.startswith("}  // namespace") else blank
+                 for line, blank in zip(text.split("\n"), code.split("\n"))]
+        codes[name] = "\n".join(lines)
+    for file, line, name, other in local_names.twins(codes):
+        yield Finding(file, line, f"{name} is also in {other}; files of a room are compiled joined")
+
+
 def check_words(name, text):
     for pattern, advice in FORBIDDEN_WORDS:
         for found in pattern.finditer(text):
@@ -284,7 +304,8 @@ def check(texts):
         if name.endswith((".h", ".cpp")):
             findings += check_lengths(name, text)
             findings += check_includes(name, text, known)
-    return findings + list(check_cycles(texts)) + list(check_manual(texts))
+    return (findings + list(check_cycles(texts)) + list(check_local_names(texts)) +
+            list(check_manual(texts)))
 
 
 def read_tree(root):

@@ -141,6 +141,31 @@ class Includes(unittest.TestCase):
                           "src/base/c.h -> src/base/a.h"])
 
 
+class LocalNames(unittest.TestCase):
+    def local(self, *texts, cmake="", around="tandrel", others=None):
+        files = {f"src/base/{file}.cpp": f"namespace {around} {{\nnamespace {{\n{text}\n"
+                 f"}}  // namespace\n}}  // namespace {around}\n" for file, text in zip("ab", texts)}
+        return findings_of({**files, "src/base/CMakeLists.txt": cmake, **(others or {})})
+
+    def test_twins(self):
+        for name, text in [("kWidth", "constexpr int kWidth = 3;"), ("kRows", "const Row kRows[] = {"),
+                           ("kLimit", "constexpr std::chrono::seconds kLimit{1};"),
+                           ("Case", "struct Case {\n    int a;\n};"), ("State", "enum class State {"),
+                           ("wide(int a)", "std::string wide(int a) {\n}")]:
+            self.assertEqual(self.local(text, text),
+                             [f"src/base/b.cpp:3: {name} is also in src/base/a.cpp; "
+                              "files of a room are compiled joined"])
+
+    def test_what_does_not_meet(self):
+        text = "constexpr int kWidth = 3;"
+        self.assertEqual(self.local("int f(int a) {\n}", "int f(long a) {\n}"), [])
+        self.assertEqual(self.local("using A = std::string;", "using A = std::string;"), [])
+        self.assertEqual(self.local(text, "int f() {\n    constexpr int kWidth = 3;\n}"), [])
+        self.assertEqual(self.local(text, text, cmake="set_source_files_properties(b.cpp X)"), [])
+        elsewhere = {"src/hid/c.cpp": f"namespace tandrel {{\nnamespace {{\n{text}\n}}  // namespace\n"}
+        self.assertEqual(self.local(text, others=elsewhere), [])
+
+
 class Words(unittest.TestCase):
     def test_words_without_a_place(self):
         for text in ["// TO" "DO: later", "as the specifi" "cation says", "see Pa" "rt 1.2",

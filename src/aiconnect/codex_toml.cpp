@@ -12,7 +12,6 @@ namespace tandrel {
 namespace {
 
 constexpr std::string_view kTable = "mcp_servers.tandrel";
-constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 
 bool isBlank(char c) { return c == ' ' || c == '\t' || c == '\r' || c == '\v' || c == '\f'; }
 

@@ -23,9 +23,8 @@
 namespace tandrel {
 namespace {
 
-constexpr std::string_view kServers = "mcp_servers";
+constexpr std::string_view kServersTable = "mcp_servers";
 constexpr std::string_view kEntry = "tandrel";
-constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 
 // Each dot of a key opens a table inside a table, and those are compared and destroyed recursively.
 // Dots in texts nest nothing, but telling them apart is the parser's work, and a line with this
@@ -99,7 +98,7 @@ Result<toml::table> parseToml(std::string_view text) {
 }
 
 const toml::node* entryOf(const toml::table& file) {
-    const toml::table* servers = file[kServers].as_table();
+    const toml::table* servers = file[kServersTable].as_table();
     return servers == nullptr ? nullptr : servers->get(kEntry);
 }
 
@@ -114,9 +113,9 @@ bool isEntryFor(const toml::node* node, std::string_view command) {
 
 // The file's tables without what an edit of ours may change.
 void removeOurs(toml::table& file) {
-    if (toml::table* servers = file[kServers].as_table()) {
+    if (toml::table* servers = file[kServersTable].as_table()) {
         servers->erase(kEntry);
-        if (servers->empty()) file.erase(kServers);
+        if (servers->empty()) file.erase(kServersTable);
     }
     std::vector<std::string> renamed;
     for (const auto& [key, value] : file) {

@@ -12,6 +12,9 @@ namespace tandrel {
 // Tables of this name and a number stand for our own tables in the text before an edit.
 inline constexpr std::string_view kRenamedTable = "tandrel_table_before_the_edit_";
 
+// What some editors write before the text.
+inline constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+
 // Whether the text is TOML as a whole.
 bool isTomlDocument(std::string_view text);
 

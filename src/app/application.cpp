@@ -101,7 +101,7 @@ int runApplication(const Arguments& arguments) {
     StopSignals stopSignals;
     raiseFileLimit();
     Clock& clock = systemClock();
-    const AppInfo info = AppInfo::load(AppInfo::bundleOfThisProgram());
+    const AppInfo info = AppInfo::ofThisProgram();
     AppLog::setShared(std::make_shared<AppLog>(AppFiles::of(info).log));
     const bool hasDisplay = prepareDisplay();
     if (firstCopyShows(hasDisplay)) {

@@ -31,7 +31,7 @@ constexpr int kHighestPicture = 480;
 constexpr int kWidestPicture = 260;
 constexpr int kGapBetweenPrompts = 16;
 
-constexpr const char* kRules = R"(
+constexpr const char* kPromptRules = R"(
     #prompt { background: @surface; }
     QLabel[role="product"] { color: @link; }
     QLabel[role="title"] { font-size: 20pt; }
@@ -66,7 +66,7 @@ ApprovalPrompt::ApprovalPrompt(const ApprovalRequest& request, TimePoint deadlin
     setWindowTitle(tr("Tandrel: approve a payment"));
     setWindowIcon(productIcon());
     // Light whatever the desktop is: a question about money looks the same every time.
-    Brand::dress(*this, ColorScheme::light, kRules);
+    Brand::dress(*this, ColorScheme::light, kPromptRules);
     build(request);
     QObject::connect(&ticker_, &QTimer::timeout, this, [this] { showSecondsLeft(); });
     ticker_.start(std::chrono::seconds(1));

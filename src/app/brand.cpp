@@ -50,7 +50,7 @@ const std::vector<Brand::Pair> kPairs = {
 // clang-format on
 
 // Sizes in points grow with the owner's text size; lines and corners stay as they are.
-constexpr const char* kRules = R"(
+constexpr const char* kStyleRules = R"(
     * { font-family: "Inter", sans-serif; font-size: 10.5pt; color: @text; }
     QWidget[ground="window"] { background: @window; }
     QWidget[ground="sidebar"] { background: @sidebar; }
@@ -160,7 +160,7 @@ void Brand::registerFonts(const std::filesystem::path& share) {
 
 void Brand::dress(QWidget& window, ColorScheme appearance, const QString& more) {
     window.setPalette(palette(appearance));
-    window.setStyleSheet(withColors(kRules + more, appearance));
+    window.setStyleSheet(withColors(kStyleRules + more, appearance));
 }
 
 ColorScheme Brand::colorScheme(ColorPreference preferred) {

@@ -9,7 +9,7 @@ namespace tandrel {
 namespace {
 
 using State = Condition::State;
-using Kind = HelperCheck::State::Kind;
+using HelperKind = HelperCheck::State::Kind;
 
 Condition engine(const Findings& found) {
     if (found.engineApp.empty()) {
@@ -158,17 +158,17 @@ Condition control(const Findings& found) {
 Condition helper(const Findings& found) {
     const HelperCheck::State& state = found.snapshot.helper;
     switch (state.kind) {
-        case Kind::ready:
+        case HelperKind::ready:
             return {State::good, "Helper", "AI apps can start it", ""};
-        case Kind::failed:
+        case HelperKind::failed:
             return {State::bad, "Helper", "it does not start: " + state.text,
                     "Install Tandrel again."};
-        case Kind::needsApproval:
+        case HelperKind::needsApproval:
             return {State::bad, "Helper", "it was downloaded and not yet approved",
                     "Run `tandrel-app --helper-check run` once."};
-        case Kind::blocked:
+        case HelperKind::blocked:
             return {State::bad, "Helper", "it gives no answer", "Install Tandrel again."};
-        case Kind::missing:
+        case HelperKind::missing:
             return {State::bad, "Helper", "it is not there", "Install Tandrel again."};
     }
     return {};
@@ -188,14 +188,14 @@ Condition aiApp(const AIAppStatus& status) {
 }
 
 enum class Asks { engine, thisComputer };
-struct Row {
+struct DoctorRow {
     Asks asks;
     Condition (*condition)(const Findings&);
 };
 
 // In the order in which they are to be put right.
 // clang-format off
-constexpr Row kRows[] = {
+constexpr DoctorRow kDoctorRows[] = {
     {Asks::thisComputer, engine},
     {Asks::engine,       bluetooth},
     {Asks::engine,       screen},
@@ -222,7 +222,7 @@ std::string word(State state) {
 
 Diagnosis diagnose(const Findings& found) {
     Diagnosis diagnosis;
-    for (const Row& row : kRows) {
+    for (const DoctorRow& row : kDoctorRows) {
         if (row.asks == Asks::engine && found.engineApp != "Tandrel") continue;
         diagnosis.conditions.push_back(row.condition(found));
         if (row.condition != bluetooth) continue;

@@ -22,7 +22,7 @@ class ToolPlatform {
         // Before any thread is started.
         signals_ = std::make_unique<StopSignals>();
         TRY_VOID(signals_->deliver([this] { stopping_.request_stop(); }));
-        const AppInfo info = AppInfo::load(AppInfo::bundleOfThisProgram());
+        const AppInfo info = AppInfo::ofThisProgram();
         auto backends = TRY(Backends::open(info, systemClock()));
         backends_ = std::make_unique<Backends>(std::move(backends));
         return MirrorPlatform{.capture = *backends_->capture,

@@ -20,10 +20,8 @@
 namespace tandrel {
 namespace {
 
-AppInfo appInfo() { return AppInfo::load(AppInfo::bundleOfThisProgram()); }
-
 int printVersion(const Arguments&) {
-    fmt::print("Tandrel {}\n", appInfo().version);
+    fmt::print("Tandrel {}\n", AppInfo::ofThisProgram().version);
     return 0;
 }
 
@@ -50,19 +48,19 @@ int reportGuard(const Arguments& arguments) {
     return PaymentGuard::reportCases({arguments.begin() + 1, arguments.end()}, **reader);
 }
 
-int selfTest(const Arguments&) { return runSelfTest(appInfo()); }
+int selfTest(const Arguments&) { return runSelfTest(AppInfo::ofThisProgram()); }
 
 int renderSteps(const Arguments& arguments) {
-    return Screenshots::render({arguments.begin() + 1, arguments.end()}, appInfo());
+    return Screenshots::render({arguments.begin() + 1, arguments.end()}, AppInfo::ofThisProgram());
 }
 
 int changeSetting(const Arguments& arguments) {
-    return setSetting(arguments, AppFiles::of(appInfo()));
+    return setSetting(arguments, AppFiles::of(AppInfo::ofThisProgram()));
 }
 
 int showApprovals(const Arguments& arguments) {
     const bool json = arguments.size() > 1 && arguments[1] == "--json";
-    return printApprovals(AppFiles::of(appInfo()).approvals,
+    return printApprovals(AppFiles::of(AppInfo::ofThisProgram()).approvals,
                           json ? ApprovalsFormat::json : ApprovalsFormat::table);
 }
 

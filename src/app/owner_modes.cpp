@@ -20,14 +20,13 @@
 namespace tandrel {
 namespace {
 
-constexpr Duration kStatusPatience = std::chrono::seconds(5);
-constexpr Duration kLookPatience = std::chrono::seconds(20);
-
-AppInfo appInfo() { return AppInfo::load(AppInfo::bundleOfThisProgram()); }
+constexpr Duration kDoctorStatusPatience = std::chrono::seconds(5);
+constexpr Duration kDoctorLookPatience = std::chrono::seconds(20);
 
 // Has the engine read the screen now; why that was not possible.
 std::optional<std::string> readScreen(const LoopbackUrl& engine) {
-    const auto look = httpGet(engine, "/look?maxEdge=32&format=jpeg", {.timeout = kLookPatience});
+    const auto look =
+        httpGet(engine, "/look?maxEdge=32&format=jpeg", {.timeout = kDoctorLookPatience});
     return look ? textMember(look->json(), "readError") : std::nullopt;
 }
 
@@ -40,7 +39,7 @@ Findings examine(OwnerServices& services, const AppInfo& info, const LoopbackUrl
     snapshot.inputs.macName = AppInfo::macName();
     snapshot.take(OwnerSettings::read(services.defaults()));
     found.readError = readScreen(engine);
-    const EngineReport report = askEngine(engine, kStatusPatience);
+    const EngineReport report = askEngine(engine, kDoctorStatusPatience);
     UdevUsbRegistry usb;
     snapshot.take(report, USBProbe::iPhonesPluggedIn(usb).empty() ? CablePhone::notSeen
                                                                   : CablePhone::pluggedIn);
@@ -111,7 +110,7 @@ int cannotAsk(const Error& error) {
 }  // namespace
 
 int runHelperCheck(const Arguments& arguments) {
-    const OwnerServices services(appInfo(), systemClock());
+    const OwnerServices services(AppInfo::ofThisProgram(), systemClock());
     fmt::print("state: {}\n", describe(services.helper().state()));
     if (arguments.size() > 1 && arguments[1] == "run") {
         fmt::print("run: {}\n", describe(services.helper().run()));
@@ -120,7 +119,7 @@ int runHelperCheck(const Arguments& arguments) {
 }
 
 int runDoctor(const Arguments& arguments) {
-    const AppInfo info = appInfo();
+    const AppInfo info = AppInfo::ofThisProgram();
     OwnerServices services(info, systemClock());
     const auto place = findEngine(services.files().engineState);
     if (!place) return cannotAsk(place.error());
@@ -131,10 +130,10 @@ int runDoctor(const Arguments& arguments) {
 }
 
 int runPhoneTest(const Arguments& arguments) {
-    OwnerServices services(appInfo(), systemClock());
+    OwnerServices services(AppInfo::ofThisProgram(), systemClock());
     const auto place = findEngine(services.files().engineState);
     if (!place) return cannotAsk(place.error());
-    const EngineReport report = askEngine(place->engine, kStatusPatience);
+    const EngineReport report = askEngine(place->engine, kDoctorStatusPatience);
     if (!report.up) return cannotAsk({Explain::actionError("could not connect", 0)});
     fmt::print("{}\n{}\n\n", PhoneTest::kExplanation, PhoneTest::kAdvice);
     AppSnapshot snapshot;
@@ -150,7 +149,7 @@ int runPhoneTest(const Arguments& arguments) {
 }
 
 int runConnect(const Arguments& arguments) {
-    OwnerServices services(appInfo(), systemClock());
+    OwnerServices services(AppInfo::ofThisProgram(), systemClock());
     if (arguments.size() < 2) {
         listApps(services.ai(), services.defaults());
         return 0;

@@ -6,7 +6,7 @@
 
 namespace tandrel {
 namespace {
-constexpr double kCornerRadius = 14;
+constexpr double kPictureRadius = 14;
 constexpr double kRingRadius = 21;
 
 // Red between two white lines, to be seen on any ground.
@@ -39,7 +39,7 @@ QPixmap screenPicture(const QImage& image, const std::optional<PlaceOnScreen>& p
     painter.setRenderHint(QPainter::Antialiasing);
     const QRectF bounds(0.5, 0.5, scaled.width() / ratio - 1, scaled.height() / ratio - 1);
     QPainterPath outline;
-    outline.addRoundedRect(bounds, kCornerRadius, kCornerRadius);
+    outline.addRoundedRect(bounds, kPictureRadius, kPictureRadius);
     painter.setClipPath(outline);
     painter.drawImage(bounds, scaled);
     painter.setClipping(false);

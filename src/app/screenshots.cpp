@@ -15,8 +15,9 @@
 namespace tandrel {
 namespace {
 
-constexpr const char* kUsage = "usage: tandrel-app --render-steps DIR [--dark] [--scale 1 to 3]";
-constexpr int kUsualDotsPerInch = 96;
+constexpr const char* kScreenshotsUsage =
+    "usage: tandrel-app --render-steps DIR [--dark] [--scale 1 to 3]";
+constexpr int kWholeDotsPerInch = 96;
 constexpr int kScreenWidth = 1600;
 constexpr int kScreenHeight = 1200;
 
@@ -25,13 +26,13 @@ Result<double> parseScale(const std::string& text) {
     const char* end = text.data() + text.size();
     const auto [rest, error] = std::from_chars(text.data(), end, scale);
     const bool fits = error == std::errc() && rest == end && scale >= 1 && scale <= 3;
-    if (!fits) return fail(kUsage, 2);
+    if (!fits) return fail(kScreenshotsUsage, 2);
     return scale;
 }
 
 // A screen without a display, on which text alone is so many times as large as usual.
 bool describeScreen(QTemporaryFile& file, double textScale) {
-    const int dots = static_cast<int>(std::lround(textScale * kUsualDotsPerInch));
+    const int dots = static_cast<int>(std::lround(textScale * kWholeDotsPerInch));
     const std::string json =
         fmt::format(R"({{"screens": [{{"name": "none", "x": 0, "y": 0, "width": {}, "height": {}, )"
                     R"("logicalDpi": {}, "logicalBaseDpi": {}, "dpr": 1}}]}})",
@@ -75,10 +76,10 @@ Result<Screenshots::Options> Screenshots::parse(const std::vector<std::string>& 
         } else if (options.folder.empty() && !word.empty() && !word.starts_with("-")) {
             options.folder = word;
         } else {
-            return fail(kUsage, 2);
+            return fail(kScreenshotsUsage, 2);
         }
     }
-    if (options.folder.empty()) return fail(kUsage, 2);
+    if (options.folder.empty()) return fail(kScreenshotsUsage, 2);
     return options;
 }
 

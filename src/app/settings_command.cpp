@@ -8,7 +8,7 @@
 namespace tandrel {
 namespace {
 
-constexpr const char* kUsage =
+constexpr const char* kSettingsUsage =
     "usage: tandrel-app --set paused true|false\n"
     "       tandrel-app --set link cable|airplay\n"
     "       tandrel-app --set grabber NAME|PATH|none\n"
@@ -24,14 +24,14 @@ Result<void> change(UserDefaults& defaults, const std::string& key, const std::s
     }
     if (key == "grabber") return defaults.set(key, value == "none" ? std::string() : value);
     if (key == "link" && (value == "cable" || value == "airplay")) return defaults.set(key, value);
-    return fail(kUsage, 2);
+    return fail(kSettingsUsage, 2);
 }
 
 }  // namespace
 
 int setSetting(const Arguments& arguments, const AppFiles& files) {
     if (arguments.size() != 3) {
-        fmt::print(stderr, "{}", kUsage);
+        fmt::print(stderr, "{}", kSettingsUsage);
         return 2;
     }
     JsonUserDefaults defaults(files.settings);
@@ -41,7 +41,7 @@ int setSetting(const Arguments& arguments, const AppFiles& files) {
         return 0;
     }
     if (changed.error().status == 2) {
-        fmt::print(stderr, "{}", kUsage);
+        fmt::print(stderr, "{}", kSettingsUsage);
         return 2;
     }
     fmt::print(stderr, "{}\n", changed.error().message);

@@ -16,7 +16,7 @@ constexpr std::array<std::string_view, 4> kSearchWords = {
     "Search in App",
 };
 
-constexpr std::array<std::string_view, 18> kRows = {
+constexpr std::array<std::string_view, 18> kSettingsRows = {
     "General",
     "Accessibility",
     "AssistiveTouch",
@@ -41,7 +41,7 @@ constexpr std::array<std::string_view, 18> kRows = {
 
 bool looksLikeSettings(const std::vector<std::string>& texts) {
     std::set<std::string> rows;
-    for (const std::string_view row : kRows) rows.insert(lowerCased(row));
+    for (const std::string_view row : kSettingsRows) rows.insert(lowerCased(row));
     std::set<std::string> found;
     for (const std::string& text : texts) {
         const std::string lower = lowerCased(text);

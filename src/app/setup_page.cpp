@@ -7,8 +7,8 @@
 
 namespace tandrel {
 namespace {
-constexpr int kMargin = 28;
-constexpr int kSpacing = 14;
+constexpr int kPageMargin = 28;
+constexpr int kPageSpacing = 14;
 constexpr int kLeastTextWidth = 240;
 }  // namespace
 
@@ -21,15 +21,15 @@ SetupPage::SetupPage(ColorScheme appearance, const QString& title, const QString
     setFocusPolicy(Qt::NoFocus);
     auto* content = new QWidget;
     auto* columns = new QHBoxLayout(content);
-    columns->setContentsMargins(kMargin, kMargin, kMargin, kMargin);
-    columns->setSpacing(kMargin);
+    columns->setContentsMargins(kPageMargin, kPageMargin, kPageMargin, kPageMargin);
+    columns->setSpacing(kPageMargin);
     auto* column = new QVBoxLayout;
-    column->setSpacing(kSpacing);
+    column->setSpacing(kPageSpacing);
     columns->addLayout(column, 1);
     column->addWidget(makeWrappedLabel("title", title));
     column->addWidget(makeWrappedLabel("lead", lead));
     rows_ = new QVBoxLayout;
-    rows_->setSpacing(kSpacing);
+    rows_->setSpacing(kPageSpacing);
     column->addLayout(rows_);
     column->addStretch(1);
     if (picture == Picture::live) {
@@ -46,7 +46,7 @@ void SetupPage::showPicture(const QImage& image) {
 void SetupPage::resizeEvent(QResizeEvent* event) {
     QScrollArea::resizeEvent(event);
     if (picture_ == nullptr) return;
-    const int left = event->size().width() - picture_->width() - 3 * kMargin;
+    const int left = event->size().width() - picture_->width() - 3 * kPageMargin;
     picture_->setVisible(left >= Brand::scaled(kLeastTextWidth));
 }
 

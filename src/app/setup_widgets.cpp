@@ -11,7 +11,7 @@
 namespace tandrel {
 namespace {
 
-constexpr int kMarkSize = 20;
+constexpr int kRowMarkSize = 20;
 constexpr QSize kPictureSpace(200, 420);
 constexpr double kPhoneShape = 0.46;  // width by height
 
@@ -82,8 +82,8 @@ StatusCard::StatusCard(ColorScheme appearance) : appearance_(appearance) {
 }
 
 void StatusCard::display(Content content) {
-    mark_->setPixmap(
-        markPixmap(content.mark, Brand::scaled(kMarkSize), markColor(content.mark, appearance_)));
+    mark_->setPixmap(markPixmap(content.mark, Brand::scaled(kRowMarkSize),
+                                markColor(content.mark, appearance_)));
     setWrappedText(*title_, content.title);
     setWrappedText(*detail_, content.detail);
     detail_->setVisible(!content.detail.isEmpty());

@@ -15,8 +15,8 @@
 namespace tandrel {
 namespace {
 
-constexpr QSize kUsualSize(900, 640);
-constexpr int kMarkSize = 18;
+constexpr QSize kUsualSetupSize(900, 640);
+constexpr int kButtonMarkSize = 18;
 constexpr int kSideWidth = 180;
 
 QString stepName(SetupStep step) {
@@ -58,7 +58,7 @@ SetupWindow::SetupWindow(ColorScheme appearance, WindowActions& actions)
     column->addWidget(buildBottom());
     Brand::dress(*this, appearance);
     const QSize room = QGuiApplication::primaryScreen()->availableGeometry().size();
-    resize(QSize(Brand::scaled(kUsualSize.width()), Brand::scaled(kUsualSize.height()))
+    resize(QSize(Brand::scaled(kUsualSetupSize.width()), Brand::scaled(kUsualSetupSize.height()))
                .boundedTo(room - QSize(20, 60)));
     openStep(SetupStep::bluetooth);
 }
@@ -85,7 +85,7 @@ QWidget* SetupWindow::buildSide() {
         auto* button = new QPushButton(stepName(step));
         button->setProperty("role", "step");
         button->setCheckable(true);
-        button->setIconSize(QSize(1, 1) * Brand::scaled(kMarkSize));
+        button->setIconSize(QSize(1, 1) * Brand::scaled(kButtonMarkSize));
         QObject::connect(button, &QPushButton::clicked, this, [this, step] { openStep(step); });
         rows->addWidget(button);
         stepButtons_.push_back(button);
@@ -163,7 +163,8 @@ void SetupWindow::showMarks(const SetupView& view) {
         if (std::exchange(doneShown_[static_cast<std::size_t>(i)], done) == done) continue;
         const Mark mark = done ? Mark::passed : Mark::none;
         QPushButton& button = *stepButtons_[static_cast<std::size_t>(i)];
-        button.setIcon(markPixmap(mark, Brand::scaled(kMarkSize), markColor(mark, appearance_)));
+        button.setIcon(
+            markPixmap(mark, Brand::scaled(kButtonMarkSize), markColor(mark, appearance_)));
         button.setAccessibleDescription(done ? tr("done") : tr("open"));
     }
 }

@@ -10,7 +10,7 @@
 namespace tandrel {
 namespace {
 
-struct Row {
+struct ExplainedRow {
     std::array<std::string_view, 3> parts;  // any of them, in lower case
     const char* text;
 };
@@ -21,7 +21,7 @@ constexpr const char* kPaused = QT_TRANSLATE_NOOP(
 
 // The first row of which the message contains a part wins.
 // clang-format off
-constexpr Row kRows[] = {
+constexpr ExplainedRow kExplainedRows[] = {
     {{"paused"},
      kPaused},
     {{"no iphone connected over bluetooth", "has no bluetooth connection", "no connected bluetooth"},
@@ -45,7 +45,7 @@ constexpr Row kRows[] = {
 std::string Explain::actionError(std::string_view message, int status) {
     if (status == kPausedStatus) return ownerText("Explain", kPaused);
     const std::string lower = lowerCased(message);
-    for (const Row& row : kRows) {
+    for (const ExplainedRow& row : kExplainedRows) {
         const bool applies = std::ranges::any_of(row.parts, [&](std::string_view part) {
             return !part.empty() && lower.find(part) != std::string::npos;
         });

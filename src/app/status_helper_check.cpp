@@ -12,40 +12,39 @@
 namespace tandrel {
 namespace {
 
-using State = HelperCheck::State;
-using Kind = State::Kind;
-
 constexpr const char* kRanKey = "helperRan";
 constexpr const char* kQuarantine = "com.apple.quarantine";
 constexpr std::uint64_t kApprovedByOwner = 0x40;
 
 }  // namespace
 
-State HelperCheck::state() const {
-    if (!isExecutableFile(path())) return {Kind::missing, {}};
-    if (to_.defaults.textValue(kRanKey) == marker()) return {Kind::ready, {}};
-    return {needsApproval(quarantineFlags(info_.bundle)) ? Kind::needsApproval : Kind::ready, {}};
+HelperCheck::State HelperCheck::state() const {
+    if (!isExecutableFile(path())) return {State::Kind::missing, {}};
+    if (to_.defaults.textValue(kRanKey) == marker()) return {State::Kind::ready, {}};
+    return {needsApproval(quarantineFlags(info_.bundle)) ? State::Kind::needsApproval
+                                                         : State::Kind::ready,
+            {}};
 }
 
-State HelperCheck::run(Duration timeout, std::stop_token stop) const {
-    if (!isExecutableFile(path())) return {Kind::missing, {}};
+HelperCheck::State HelperCheck::run(Duration timeout, std::stop_token stop) const {
+    if (!isExecutableFile(path())) return {State::Kind::missing, {}};
     const auto end = to_.processes.run({.program = path(),
                                         .arguments = {"--version"},
                                         .timeout = timeout,
                                         .stop = std::move(stop)});
-    if (!end) return {Kind::failed, end.error().message};
+    if (!end) return {State::Kind::failed, end.error().message};
     if (end->how == ProgramEnd::How::timedOut) {
         log(fmt::format("helper check: no answer in {} s (held by macOS)",
                         std::chrono::floor<std::chrono::seconds>(timeout).count()));
-        return {Kind::blocked, {}};
+        return {State::Kind::blocked, {}};
     }
     const bool succeeded = end->how == ProgramEnd::How::exited && end->status == 0;
     if (succeeded && end->output.starts_with("tandrel")) {
         if (const auto kept = to_.defaults.set(kRanKey, marker()); !kept) log(kept.error().message);
-        return {Kind::ready, {}};
+        return {State::Kind::ready, {}};
     }
     const std::string output = trimmed(end->output);
-    return {Kind::failed, output.empty() ? fmt::format("exit {}", end->status) : output};
+    return {State::Kind::failed, output.empty() ? fmt::format("exit {}", end->status) : output};
 }
 
 std::optional<std::uint64_t> HelperCheck::parseFlags(std::string_view text) {
@@ -66,16 +65,17 @@ bool HelperCheck::needsApproval(std::optional<std::uint64_t> bundleFlags) {
 }
 
 std::string describe(const HelperCheck::State& state) {
+    using enum HelperCheck::State::Kind;
     switch (state.kind) {
-        case Kind::failed:
+        case failed:
             return "failed(" + dumpJson(state.text) + ")";
-        case Kind::ready:
+        case ready:
             return "ready";
-        case Kind::needsApproval:
+        case needsApproval:
             return "needsApproval";
-        case Kind::blocked:
+        case blocked:
             return "blocked";
-        case Kind::missing:
+        case missing:
             return "missing";
     }
     return "missing";

@@ -9,7 +9,6 @@ namespace tandrel {
 namespace {
 
 using Inputs = AppModelInputs;
-using Kind = EngineMode::Kind;
 
 bool isBeingSetUp(const Inputs& in) {
     const bool allReady = in.bluetoothReady && in.screenReady && in.phoneConnected;
@@ -131,8 +130,8 @@ struct NoticeRule {
 // The first row that applies wins, so a row may take for granted that those above it do not.
 // clang-format off
 constexpr NoticeRule kNoticeRules[] = {
-    {[](const Inputs& in) { return in.mode.kind == Kind::failed; },                engineFailed},
-    {[](const Inputs& in) { return in.mode.kind == Kind::external; },              servedByAnother},
+    {[](const Inputs& in) { return in.mode.kind == EngineMode::Kind::failed; },                engineFailed},
+    {[](const Inputs& in) { return in.mode.kind == EngineMode::Kind::external; },              servedByAnother},
     {[](const Inputs& in) { return !in.engineUp; },                                starting},
     {isBeingSetUp,                                                                 nullptr},
     {[](const Inputs& in) { return in.bluetoothPerm == Permission::denied; },      bluetoothDenied},

@@ -11,7 +11,7 @@
 namespace tandrel {
 namespace {
 
-constexpr Duration kPatience = std::chrono::seconds(20);
+constexpr Duration kTryPatience = std::chrono::seconds(20);
 constexpr Duration kBetweenHomes = std::chrono::milliseconds(400);
 
 std::vector<std::string> textsOf(const Json& list) {
@@ -36,7 +36,8 @@ std::optional<TryIt::Frame> frameOf(const Json& reply, const char* member) {
 
 std::optional<TryIt::Problem> TryIt::act(const std::string& path, Json body) const {
     if (!device_.empty()) body["device"] = device_;
-    const auto reply = httpPost(place_.engine, path, body, {.timeout = kPatience, .stop = stop_});
+    const auto reply =
+        httpPost(place_.engine, path, body, {.timeout = kTryPatience, .stop = stop_});
     if (!reply) return Explain::actionError("could not connect", 0);
     if (reply->status == 200) return std::nullopt;
     return Explain::actionError(textMember(reply->json(), "error").value_or(""), reply->status);
@@ -64,7 +65,7 @@ std::optional<TryIt::Frame> TryIt::cableFrame(int maxEdge, Text text) const {
     const auto reply =
         httpGet(place_.engine,
                 fmt::format("{}?maxEdge={}{}", reads ? "/look" : "/screenshot", maxEdge, device),
-                {.timeout = kPatience, .stop = stop_});
+                {.timeout = kTryPatience, .stop = stop_});
     if (!reply || reply->status != 200) return std::nullopt;
     if (reads) return frameOf(reply->json(), "image");
     auto image = decodeImage(reply->body);
@@ -76,7 +77,7 @@ std::optional<TryIt::Frame> TryIt::airplayFrame(int maxEdge, Text text) const {
     const bool reads = text == Text::read;
     const auto reply = httpGet(
         place_.airplay, fmt::format("/frame.png?maxEdge={}{}", maxEdge, reads ? "&ocr=1" : ""),
-        {.timeout = kPatience, .stop = stop_});
+        {.timeout = kTryPatience, .stop = stop_});
     if (!reply || reply->status != 200) return std::nullopt;
     if (reads) return frameOf(reply->json(), "data");
     auto image = decodeImage(reply->body);

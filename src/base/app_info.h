@@ -16,6 +16,7 @@ struct AppInfo {
 
     // Reads share/tandrel/info.json of the app directory; what the file lacks keeps its default.
     static AppInfo load(const std::filesystem::path& bundle);
+    static AppInfo ofThisProgram() { return load(bundleOfThisProgram()); }
     // The app directory that this executable lies in.
     static std::filesystem::path bundleOfThisProgram();
 

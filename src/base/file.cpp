@@ -53,6 +53,8 @@ class TemporaryFile {
     }
     TemporaryFile(TemporaryFile&& other) noexcept : name_(std::exchange(other.name_, {})) {}
     TemporaryFile& operator=(TemporaryFile&&) = delete;
+    TemporaryFile(const TemporaryFile&) = delete;
+    TemporaryFile& operator=(const TemporaryFile&) = delete;
 
     const char* name() const { return name_.c_str(); }
     void keep() { name_.clear(); }

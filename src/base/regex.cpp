@@ -7,21 +7,13 @@
 #include <unicode/utf16.h>
 #include <unicode/utf8.h>
 
+#include "base/icu_text.h"
+
 namespace tandrel {
 namespace {
 
 // In ICU's own steps, about a millisecond each.
 constexpr std::int32_t kMostSteps = 1000;
-
-icu::UnicodeString wide(std::string_view text) {
-    return icu::UnicodeString::fromUTF8({text.data(), static_cast<std::int32_t>(text.size())});
-}
-
-std::string narrow(const icu::UnicodeString& text) {
-    std::string result;
-    text.toUTF8String(result);
-    return result;
-}
 
 // Where in the UTF-8 text its first `units` UTF-16 units end. A bad byte sequence stands for one
 // unit, U+FFFD, as it does in the conversion.

@@ -6,21 +6,12 @@
 #include <unicode/brkiter.h>
 #include <unicode/normalizer2.h>
 #include <unicode/uchar.h>
-#include <unicode/unistr.h>
 #include <unicode/utf8.h>
+
+#include "base/icu_text.h"
 
 namespace tandrel {
 namespace {
-
-icu::UnicodeString wide(std::string_view text) {
-    return icu::UnicodeString::fromUTF8({text.data(), static_cast<std::int32_t>(text.size())});
-}
-
-std::string narrow(const icu::UnicodeString& text) {
-    std::string result;
-    text.toUTF8String(result);
-    return result;
-}
 
 // The thread's own, since making one takes longer than walking through a line. None for want of
 // memory.

@@ -17,7 +17,7 @@ constexpr const char* kUsage =
     "       tandrel --version   print the version\n"
     "       tandrel --help      print this\n";
 
-std::string version() { return AppInfo::load(AppInfo::bundleOfThisProgram()).version; }
+std::string version() { return AppInfo::ofThisProgram().version; }
 
 }  // namespace
 

@@ -16,7 +16,7 @@ namespace tandrel {
 namespace {
 
 constexpr int kPatienceMilliseconds = 1000;
-constexpr short kClosed = POLLHUP | POLLRDHUP | POLLERR | POLLNVAL;
+constexpr short kHungUp = POLLHUP | POLLRDHUP | POLLERR | POLLNVAL;
 
 // Pipes and sockets can be told not to block; a terminal is shared with the shell, and a pipe that
 // is ready takes PIPE_BUF bytes anyway.
@@ -50,7 +50,7 @@ bool LineWriter::awaitRoom() {
         if (count <= 0 || (ends[0].revents & (POLLERR | POLLNVAL)) != 0) return false;
         if ((ends[0].revents & POLLOUT) != 0) return true;
         if ((ends[0].revents & POLLHUP) != 0) return false;
-        isClosing = isClosing || (ends[1].revents & kClosed) != 0;
+        isClosing = isClosing || (ends[1].revents & kHungUp) != 0;
     }
 }
 

@@ -9,6 +9,9 @@
 // The block of lines before a message's body, without the blank line that ends it.
 namespace tandrel {
 
+// What ends the head.
+inline constexpr std::string_view kBlankLine = "\r\n\r\n";
+
 inline std::string_view firstLine(std::string_view head) {
     return head.substr(0, head.find("\r\n"));
 }

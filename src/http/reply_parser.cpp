@@ -7,8 +7,6 @@
 namespace tandrel {
 namespace {
 
-constexpr std::string_view kBlankLine = "\r\n\r\n";
-
 // The code of a status line such as "HTTP/1.1 200 OK"; 0 when it is none.
 int parseStatus(std::string_view line) {
     constexpr std::string_view kVersion = "HTTP/1.";

@@ -7,8 +7,6 @@
 namespace tandrel {
 namespace {
 
-constexpr std::string_view kBlankLine = "\r\n\r\n";
-
 // Takes the next word off the front of `line`; empty at its end.
 std::string_view takeWord(std::string_view& line) {
     line.remove_prefix(std::min(line.find_first_not_of(' '), line.size()));

@@ -13,7 +13,7 @@ namespace {
 constexpr std::string_view kWhole = "the file";
 
 // A value of the file and where it stands, such as cases[3].lines[0].x.
-struct Place {
+struct FixturePlace {
     const Json& value;
     std::string where;
 
@@ -21,18 +21,18 @@ struct Place {
         return fail(fmt::format("{} is not {}", where, what));
     }
     // The member of an object; none when it is missing.
-    Result<std::optional<Place>> find(const char* key) const {
+    Result<std::optional<FixturePlace>> find(const char* key) const {
         if (!value.is_object()) return isNot("an object");
         const auto found = value.find(key);
         if (found == value.end()) return std::nullopt;
-        return Place{*found, where == kWhole ? key : where + "." + key};
+        return FixturePlace{*found, where == kWhole ? key : where + "." + key};
     }
-    Result<Place> at(const char* key) const {
+    Result<FixturePlace> at(const char* key) const {
         auto member = TRY(find(key));
         if (!member) return fail(fmt::format("{} has no \"{}\"", where, key));
         return std::move(*member);
     }
-    Place item(std::size_t index) const {
+    FixturePlace item(std::size_t index) const {
         return {value[index], fmt::format("{}[{}]", where, index)};
     }
 
@@ -59,32 +59,32 @@ struct Place {
     }
 };
 
-Result<double> numberAt(const Place& object, const char* key) {
+Result<double> numberAt(const FixturePlace& object, const char* key) {
     return TRY(object.at(key))
     .number();
 }
 
-Result<std::string> textAt(const Place& object, const char* key) {
+Result<std::string> textAt(const FixturePlace& object, const char* key) {
     return TRY(object.at(key))
     .text();
 }
 
-Result<std::optional<double>> optionalNumber(const Place& object, const char* key) {
+Result<std::optional<double>> optionalNumber(const FixturePlace& object, const char* key) {
     const auto member = TRY(object.find(key));
     if (!member) return std::nullopt;
     return TRY(member->number());
 }
 
-Result<std::optional<std::string>> optionalText(const Place& object, const char* key) {
+Result<std::optional<std::string>> optionalText(const FixturePlace& object, const char* key) {
     const auto member = TRY(object.find(key));
     if (!member) return std::nullopt;
     return TRY(member->text());
 }
 
-Result<std::vector<Line>> readLines(const Place& list) {
+Result<std::vector<Line>> readLines(const FixturePlace& list) {
     const std::size_t count = TRY(list.listLength(kMostFixtureLines));
     for (std::size_t i = 0; i < count; ++i) {
-        const Place record = list.item(i);
+        const FixturePlace record = list.item(i);
         TRY_VOID(textAt(record, "text"));
         for (const char* key : {"x", "y", "w", "h"}) TRY_VOID(numberAt(record, key));
         TRY_VOID(optionalNumber(record, "conf"));
@@ -92,8 +92,8 @@ Result<std::vector<Line>> readLines(const Place& list) {
     return lines(list.value);
 }
 
-Result<Action> readAction(const Place& place) {
-    const Place name = TRY(place.at("kind"));
+Result<Action> readAction(const FixturePlace& place) {
+    const FixturePlace name = TRY(place.at("kind"));
     const std::string text = TRY(name.text());
     const auto known = kind(text);
     if (!known) return name.isNot("\"tap\", \"swipe\", \"enter\" or \"type\"");
@@ -107,7 +107,7 @@ Result<Action> readAction(const Place& place) {
     return action;
 }
 
-Result<Fixture::Expectation> readExpectation(const Place& place) {
+Result<Fixture::Expectation> readExpectation(const FixturePlace& place) {
     constexpr std::array<std::string_view, 4> kKnown = {"paymentScreen", "verdict", "title",
                                                         "summary"};
     if (!place.value.is_object()) return place.isNot("an object");
@@ -131,11 +131,11 @@ Result<Fixture::Expectation> readExpectation(const Place& place) {
     return expect;
 }
 
-Result<Fixture> readFixture(const Place& place) {
-    const Place frame = TRY(place.at("frame"));
-    const Place list = TRY(place.at("lines"));
-    const Place action = TRY(place.at("action"));
-    const Place expect = TRY(place.at("expect"));
+Result<Fixture> readFixture(const FixturePlace& place) {
+    const FixturePlace frame = TRY(place.at("frame"));
+    const FixturePlace list = TRY(place.at("lines"));
+    const FixturePlace action = TRY(place.at("action"));
+    const FixturePlace expect = TRY(place.at("expect"));
     Fixture fixture;
     fixture.name = TRY(textAt(place, "name"));
     fixture.frame.width = TRY(numberAt(frame, "w"));
@@ -149,19 +149,19 @@ Result<Fixture> readFixture(const Place& place) {
 }  // namespace
 
 Result<Fixture> parseFixture(const Json& value, std::string where) {
-    const Place place{value, std::move(where)};
+    const FixturePlace place{value, std::move(where)};
     return readFixture(place);
 }
 
 Result<std::vector<Fixture>> parseFixtures(std::string_view text) {
     const Json json = TRY(parseJson(text));
-    const Place list = TRY((Place{json, std::string(kWhole)}.at("cases")));
+    const FixturePlace list = TRY((FixturePlace{json, std::string(kWhole)}.at("cases")));
     const std::size_t count = TRY(list.listLength(kMostFixtures));
     if (count == 0) return fail("the file has no cases");
     std::vector<Fixture> fixtures;
     fixtures.reserve(count);
     for (std::size_t i = 0; i < count; ++i) {
-        const Place place = list.item(i);
+        const FixturePlace place = list.item(i);
         fixtures.push_back(TRY(readFixture(place)));
     }
     return fixtures;

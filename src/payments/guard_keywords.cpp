@@ -29,7 +29,7 @@ constexpr std::string_view kCurrencies =
 
 // A rule without a row may match anything.
 // clang-format off
-constexpr KeywordRow kRows[] = {
+constexpr KeywordRow kKeywordRows[] = {
     {Rule::payment,
      "pay buy purchase order check complete confirm subscribe trial donate money transfer tip top "
      "funds balance reload withdraw"},
@@ -83,7 +83,7 @@ struct Keywords {
 
     static KeywordSearch all(std::uint64_t& known) {
         std::vector<KeywordSearch::Keyword> keywords;
-        for (const auto& row : kRows) {
+        for (const auto& row : kKeywordRows) {
             known |= bit(row.rule);
             for (std::size_t at = 0; at < row.keywords.size();) {
                 const auto end = std::min(row.keywords.find(' ', at), row.keywords.size());

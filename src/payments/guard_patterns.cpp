@@ -44,7 +44,7 @@ struct PatternRow {
 constexpr auto kAnyCase = Regex::Case::insensitive;
 constexpr auto kExactCase = Regex::Case::sensitive;
 
-constexpr PatternRow kRows[] = {
+constexpr PatternRow kPatternRows[] = {
     // A tapped label that pays, on a payment screen.
     {Rule::payment, kAnyCase,
      R"(\b(pay(\s+now)?|buy(\s+now)?|1-tap\s+buy|purchase|place\s+(your\s+)?order|check\s*out)"
@@ -135,27 +135,28 @@ constexpr PatternRow kRows[] = {
 // clang-format on
 
 struct CompiledRules {
-    std::unique_ptr<const Regex> byRule[std::size(kRows)];
+    std::unique_ptr<const Regex> byRule[std::size(kPatternRows)];
 
     CompiledRules() {
-        for (std::size_t i = 0; i < std::size(kRows); ++i) {
-            byRule[i] = std::make_unique<const Regex>(kRows[i].pattern, kRows[i].letterCase);
+        for (std::size_t i = 0; i < std::size(kPatternRows); ++i) {
+            byRule[i] =
+                std::make_unique<const Regex>(kPatternRows[i].pattern, kPatternRows[i].letterCase);
         }
     }
 };
 
 // A rule finds its row by its number.
 consteval bool rowsFollowRules() {
-    for (std::size_t i = 0; i < std::size(kRows); ++i) {
-        if (static_cast<std::size_t>(kRows[i].rule) != i) return false;
+    for (std::size_t i = 0; i < std::size(kPatternRows); ++i) {
+        if (static_cast<std::size_t>(kPatternRows[i].rule) != i) return false;
     }
-    return std::size(kRows) == static_cast<std::size_t>(Rule::word) + 1;
+    return std::size(kPatternRows) == static_cast<std::size_t>(Rule::word) + 1;
 }
 static_assert(rowsFollowRules());
 
 }  // namespace
 
-std::string_view pattern(Rule rule) { return kRows[static_cast<std::size_t>(rule)].pattern; }
+std::string_view pattern(Rule rule) { return kPatternRows[static_cast<std::size_t>(rule)].pattern; }
 
 const Regex& regex(Rule rule) {
     static const CompiledRules rules;

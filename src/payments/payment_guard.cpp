@@ -34,12 +34,6 @@ std::string joined(const std::vector<std::string>& texts) {
     return fmt::format("{}", fmt::join(texts, "\n"));
 }
 
-bool isTiny(const Action& swipe) {
-    if (!swipe.x || !swipe.x2) return false;
-    return std::abs(*swipe.x2 - *swipe.x) < kTinySwipe &&
-           std::abs(swipe.y2.value_or(0) - swipe.y.value_or(0)) < kTinySwipe;
-}
-
 bool isButtonLike(const std::string& label) {
     return !isLongerThan(label, kLongestButtonLabel) && words(label) <= kMostButtonLabelWords &&
            !label.contains("://") && !has(Rule::webAddress, label);
@@ -97,6 +91,11 @@ std::optional<std::string> assessTap(const Seen& screen, const std::string& labe
 }
 
 }  // namespace
+
+bool Action::isTinySwipe() const {
+    return kind == Kind::swipe && x && x2 && std::abs(*x2 - *x) < kTinySwipe &&
+           std::abs(y2.value_or(0) - y.value_or(0)) < kTinySwipe;
+}
 
 std::optional<Kind> kind(std::string_view name) {
     if (name == "tap") return Kind::tap;
@@ -182,7 +181,7 @@ std::optional<std::string> assess(const std::vector<Line>& lines, FrameSize fram
     const Seen screen(texts(lines));
     switch (action.kind) {
         case Kind::swipe:
-            if (!isTiny(action)) return assessSwipe(screen);
+            if (!action.isTinySwipe()) return assessSwipe(screen);
             break;
         case Kind::enter:
             return assessEnter(screen);

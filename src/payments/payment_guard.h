@@ -48,6 +48,9 @@ struct Action {
     // What a "type" action types.
     std::optional<std::string> text = {};
 
+    // A swipe so short that the phone takes it for a tap.
+    bool isTinySwipe() const;
+
     bool operator==(const Action&) const = default;
 };
 

@@ -10,10 +10,10 @@ constexpr double kLeft = 100;
 constexpr double kWidth = 400;
 constexpr double kHeight = 40;
 constexpr double kRow = 110;
-constexpr double kTop = 60;
-constexpr double kFoot = 1000;
+constexpr double kExampleTop = 60;
+constexpr double kExampleFoot = 1000;
 
-struct Layout {
+struct ExampleLayout {
     std::vector<Line> lines;
     Action action;
 };
@@ -24,11 +24,11 @@ bool takePrefix(std::string_view& text, std::string_view prefix) {
     return true;
 }
 
-void tapAt(Layout& layout, double x, double y) {
+void tapAt(ExampleLayout& layout, double x, double y) {
     layout.action = {.x = x / kExampleFrame.width, .y = y / kExampleFrame.height};
 }
 
-void addLine(Layout& layout, std::string_view text, double& top) {
+void addLine(ExampleLayout& layout, std::string_view text, double& top) {
     const bool tapped = takePrefix(text, "> ");
     const bool around = takePrefix(text, "+ ");
     const bool below = takePrefix(text, "_ ");
@@ -59,9 +59,9 @@ void addLine(Layout& layout, std::string_view text, double& top) {
     layout.lines.push_back(std::move(line));
 }
 
-Layout laidOut(std::string_view text) {
-    Layout layout;
-    double top = kTop;
+ExampleLayout laidOut(std::string_view text) {
+    ExampleLayout layout;
+    double top = kExampleTop;
     for (std::size_t at = 0; at <= text.size();) {
         const auto end = std::min(text.find('\n', at), text.size());
         std::string_view row = text.substr(at, end - at);
@@ -73,7 +73,7 @@ Layout laidOut(std::string_view text) {
         } else if (takePrefix(row, "type ")) {
             layout.action = {.kind = Kind::type, .text = std::string(row)};
         } else if (row == "foot") {
-            top = kFoot;
+            top = kExampleFoot;
         } else if (row == ">") {
             tapAt(layout, kExampleFrame.width / 2, top + kHeight / 2);
             top += kRow;

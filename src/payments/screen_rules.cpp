@@ -13,14 +13,12 @@
 namespace tandrel::PaymentGuard {
 namespace {
 
-constexpr std::size_t kMostVerbWords = 5;   // of a button that begins with a verb
-constexpr std::size_t kMostLongWords = 14;  // of a button in more words than a button has
-constexpr double kBesideAmount = 0.16;      // of the frame's height
-constexpr double kBand = 1.2;               // of a line's height, above and below a pay button
-constexpr double kNavigationBar = 0.11;     // of the frame's height
-constexpr double kTitle = 0.17;             // where it ends, its large title included
-constexpr double kTabBar = 0.9;             // where it begins
-constexpr double kCentred = 0.06;           // of the frame's width
+constexpr std::size_t kMostVerbWords = 5;  // of a button that begins with a verb
+constexpr double kBesideAmount = 0.16;     // of the frame's height
+constexpr double kBand = 1.2;              // of a line's height, above and below a pay button
+constexpr double kNavigationBar = 0.11;    // of the frame's height
+constexpr double kTitle = 0.17;            // where it ends, its large title included
+constexpr double kTabBar = 0.9;            // where it begins
 constexpr std::size_t kMostAmountsBesideIcon = 3;
 constexpr std::size_t kMostAmountsBesideSecret = 2;
 constexpr double kTurned = 1.5;  // a line so much higher than wide runs downwards

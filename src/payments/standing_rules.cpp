@@ -9,7 +9,6 @@
 namespace tandrel::PaymentGuard {
 namespace {
 
-constexpr double kCentred = 0.06;     // of the frame's width
 constexpr double kLowerHalf = 0.5;    // of the frame's height, where it begins
 constexpr double kHead = 0.15;        // of it, where the bar at the top ends
 constexpr double kFoot = 0.7;         // where what stays in place while a page scrolls begins
@@ -21,7 +20,6 @@ constexpr std::size_t kMostStandingWords = 8;
 constexpr std::size_t kMostBarWords = 4;
 constexpr std::size_t kMostUnitWords = 5;
 constexpr std::size_t kLeastLongWords = 5;  // of a button in more words than a button has
-constexpr std::size_t kMostLongWords = 14;
 constexpr std::size_t kLeastPricesInColumn = 3;
 constexpr std::size_t kMostAmountsOfOne = 3;  // payment
 constexpr std::size_t kLeastPricesOfUpsell = 2;

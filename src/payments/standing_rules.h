@@ -6,6 +6,11 @@
 // Each of them is a row of the table of rules, which says what it sees and why.
 namespace tandrel::PaymentGuard {
 
+// How far from the middle is still in the middle, of the frame's width.
+inline constexpr double kCentred = 0.06;
+// The most words of a button in more words than a button has.
+inline constexpr std::size_t kMostLongWords = 14;
+
 // Centred, with nothing but a refusal beside it.
 bool standsAlone(const Label& label, const WideScreen& screen);
 // So, below an amount.

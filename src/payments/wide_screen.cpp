@@ -16,7 +16,6 @@ constexpr std::size_t kMostButtonWords = 7;
 constexpr std::size_t kMostCaptionWords = 5;
 constexpr int kLeastOfferWords = 2;
 constexpr int kLeastDueBesideOverview = 2;  // captions
-constexpr double kTinySwipe = 0.03;         // fraction of the screen
 constexpr double kLineGap = 0.9;            // of a line's height, between two lines of one button
 constexpr double kSameHeight = 1.6;         // between two lines of one button
 
@@ -239,12 +238,7 @@ std::vector<Label> WideScreen::joinedLabels() const {
     return result;
 }
 
-bool WideScreen::taps() const {
-    if (action_.kind == Kind::tap) return true;
-    if (action_.kind != Kind::swipe || !action_.x || !action_.x2) return false;
-    return std::abs(*action_.x2 - *action_.x) < kTinySwipe &&
-           std::abs(action_.y2.value_or(0) - action_.y.value_or(0)) < kTinySwipe;
-}
+bool WideScreen::taps() const { return action_.kind == Kind::tap || action_.isTinySwipe(); }
 
 std::optional<double> WideScreen::x() const {
     if (!action_.x || !(frame_.width > 0)) return std::nullopt;

@@ -7,9 +7,9 @@
 namespace tandrel {
 namespace {
 
-constexpr double kLeastLetter = 0.5;      // of the middle height; smaller parts are marks
-constexpr int kLeastRows = 4;             // pixels; less is noise
-constexpr std::size_t kLeastLetters = 3;  // of a row
+constexpr double kLeastLetter = 0.5;    // of the middle height; smaller parts are marks
+constexpr int kLeastRows = 4;           // pixels; less is noise
+constexpr std::size_t kLeastOfRow = 3;  // of a row
 
 struct Row {
     PixelBox box;
@@ -46,7 +46,7 @@ std::vector<Ink> rowsOf(const GrayFrame& frame, const Ink& line) {
         parts.push_back(part.box);
         heights.push_back(part.box.height());
     }
-    if (parts.size() < 2 * kLeastLetters) return {line};
+    if (parts.size() < 2 * kLeastOfRow) return {line};
     std::ranges::sort(heights);
     const int middle = heights[heights.size() / 2];
     if (line.box.height() < 2 * middle) return {line};
@@ -54,7 +54,7 @@ std::vector<Ink> rowsOf(const GrayFrame& frame, const Ink& line) {
                   [&](const PixelBox& part) { return part.height() < kLeastLetter * middle; });
     const auto rows = rowsOfLetters(std::move(parts));
     const auto full =
-        std::ranges::count_if(rows, [](const Row& row) { return row.letters >= kLeastLetters; });
+        std::ranges::count_if(rows, [](const Row& row) { return row.letters >= kLeastOfRow; });
     if (full < 2) return {line};
     std::vector<Ink> lines;
     for (const Row& row : rows) {

@@ -10,9 +10,6 @@ namespace tandrel {
 
 namespace {
 
-constexpr int kPooled = PackedMatrix::kGroup;  // outputs of the convolution
-constexpr int kColumnsAtOnce = 32;
-
 std::uint8_t quantile(std::vector<std::uint8_t>& values, std::size_t quarters,
                       std::uint8_t whenEmpty) {
     if (values.empty()) return whenEmpty;
@@ -66,7 +63,7 @@ std::vector<StripScores> NetworkRunner::run(std::span<const Strip> strips) {
     std::ranges::stable_sort(byLength_, [&](int a, int b) { return steps_[a] > steps_[b]; });
 
     convolve(strips);
-    runDown();
+    down_.run(pooled_, columns_);
     runAlong(model_.right, Direction::kRight, columns_, right_);
     runAlong(model_.left, Direction::kLeft, right_, left_);
     runAlong(model_.rightAgain, Direction::kRight, left_, right_);
@@ -86,7 +83,7 @@ std::vector<StripScores> NetworkRunner::run(std::span<const Strip> strips) {
 
 void NetworkRunner::convolve(std::span<const Strip> strips) {
     constexpr int kColumn = Kernels::kColumnBytes;
-    constexpr std::size_t kStepBytes = std::size_t{Kernels::kPooledRows} * kPooled;
+    constexpr std::size_t kStepBytes = ColumnLayer::kColumnBytes;
     pooled_.resize(totalSteps_ * kStepBytes);
     for (std::size_t i = 0; i < strips.size(); ++i) {
         const Strip& strip = strips[i];
@@ -99,38 +96,6 @@ void NetworkRunner::convolve(std::span<const Strip> strips) {
         }
         kernels_.convolve(model_.convolution, image_.data(), steps_[i],
                           pooled_.data() + firstStep_[i] * kStepBytes);
-    }
-}
-
-void NetworkRunner::runDown() {
-    const PackedMatrix& gates = model_.down;
-    const int size = lstmSize(gates), rowBytes = gates.inputs();
-    Activations rows(static_cast<std::size_t>(kColumnsAtOnce) * rowBytes);
-    std::vector<float> state(static_cast<std::size_t>(kColumnsAtOnce) * size);
-    sums_.resize(static_cast<std::size_t>(kColumnsAtOnce) * gates.paddedOutputs());
-    columns_.resize(static_cast<std::size_t>(totalSteps_) * size);
-    for (int first = 0; first < totalSteps_; first += kColumnsAtOnce) {
-        const int count = std::min(kColumnsAtOnce, totalSteps_ - first);
-        std::ranges::fill(rows, std::int8_t{0});
-        std::ranges::fill(state, 0.0f);
-        for (int y = 0; y < Kernels::kPooledRows; ++y) {
-            for (int r = 0; r < count; ++r) {
-                const std::size_t from = std::size_t(first + r) * Kernels::kPooledRows + y;
-                std::memcpy(&rows[static_cast<std::size_t>(r) * rowBytes], &pooled_[from * kPooled],
-                            kPooled);
-            }
-            kernels_.multiply(gates, rows.data(), rowBytes, count, sums_.data());
-            for (int r = 0; r < count; ++r) {
-                kernels_.lstmCell(&sums_[static_cast<std::size_t>(r) * gates.paddedOutputs()], size,
-                                  &state[static_cast<std::size_t>(r) * size],
-                                  &rows[static_cast<std::size_t>(r) * rowBytes + kPooled]);
-            }
-        }
-        for (int r = 0; r < count; ++r) {
-            std::memcpy(&columns_[std::size_t(first + r) * size],
-                        &rows[static_cast<std::size_t>(r) * rowBytes + kPooled],
-                        static_cast<std::size_t>(size));
-        }
     }
 }
 

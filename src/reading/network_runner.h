@@ -3,6 +3,7 @@
 #include <span>
 #include <vector>
 
+#include "reading/column_layer.h"
 #include "reading/kernels.h"
 #include "reading/line_model.h"
 #include "reading/strip.h"
@@ -29,7 +30,7 @@ class NetworkRunner {
  public:
     // Both must outlive the runner.
     NetworkRunner(const LineModel& model, const Kernels& kernels)
-        : model_(model), kernels_(kernels) {}
+        : model_(model), kernels_(kernels), down_(model, kernels) {}
 
     // Scores of each strip, in their order; valid until the next call.
     std::vector<StripScores> run(std::span<const Strip> strips);
@@ -39,12 +40,12 @@ class NetworkRunner {
     enum class Direction { kRight, kLeft };
 
     void convolve(std::span<const Strip> strips);
-    void runDown();
     void runAlong(const PackedMatrix& gates, Direction direction, const Activations& inputs,
                   Activations& outputs);
 
     const LineModel& model_;
     const Kernels& kernels_;
+    ColumnLayer down_;
     std::vector<int> steps_;      // of each strip
     std::vector<int> firstStep_;  // where each strip's steps begin among those of all
     std::vector<int> byLength_;   // indices of the strips, the longest first

@@ -100,7 +100,7 @@ void addAtLevel(const GrayFrame& frame, const PixelBox& area, InkLevel level, in
     }
 }
 
-int middleOf(std::vector<std::uint8_t>& values) {
+int medianOf(std::vector<std::uint8_t>& values) {
     const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
     std::nth_element(values.begin(), middle, values.end());
     return *middle;
@@ -132,7 +132,7 @@ void addByContrast(const GrayFrame& frame, const PixelBox& area, InkLevel level,
             }
         }
         if (levels.empty()) continue;
-        const int ink = middleOf(levels), difference = middleOf(contrasts);
+        const int ink = medianOf(levels), difference = medianOf(contrasts);
         const int paper = level == InkLevel::kBright ? ink - difference : ink + difference;
         lines.push_back({{box, std::clamp(paper, 0, 255), ink}, true});
     }

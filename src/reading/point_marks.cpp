@@ -101,12 +101,12 @@ BareText bareTextOf(const std::string& text) {
     return bare;
 }
 
-int middleOf(const PixelBox& box) { return (box.left + box.right) / 2; }
+int centerOf(const PixelBox& box) { return (box.left + box.right) / 2; }
 
 // A point of its own stands beneath a question mark and beneath no digit.
 bool isDotted(const PixelBox& letter, const InkOfLine& ink) {
     return std::ranges::any_of(ink.marks, [&](const PixelBox& mark) {
-        return middleOf(mark) > letter.left && middleOf(mark) < letter.right &&
+        return centerOf(mark) > letter.left && centerOf(mark) < letter.right &&
                letter.bottom <= mark.top + 1;
     });
 }
@@ -128,9 +128,9 @@ std::string asInkHas(const BareText& bare, const InkOfLine& ink) {
             text += old;
             continue;
         }
-        const int begin = middleOf(ink.letters[i]), end = middleOf(ink.letters[i + 1]);
+        const int begin = centerOf(ink.letters[i]), end = centerOf(ink.letters[i + 1]);
         const auto mark = std::ranges::find_if(ink.marks, [&](const PixelBox& box) {
-            return middleOf(box) > begin && middleOf(box) < end;
+            return centerOf(box) > begin && centerOf(box) < end;
         });
         const std::size_t point = old.find_first_of(".,");
         if (mark == ink.marks.end()) {

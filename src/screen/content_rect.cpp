@@ -7,7 +7,7 @@
 namespace tandrel {
 namespace {
 
-constexpr double kSmallestSide = 60;  // of a box that may be a phone's screen
+constexpr double kSmallestBox = 60;  // of a box that may be a phone's screen
 constexpr double kLargestShapeError = 0.012;
 constexpr double kSlack = 0.015;  // of the longer side: content may stick out that far
 constexpr double kLeastSlackPixels = 2;
@@ -57,7 +57,7 @@ std::optional<ContentRect> byEdges(const std::vector<Region>& regions, const Sea
     const Region* best = nullptr;
     double bestError = HUGE_VAL;
     for (const Region& region : regions) {
-        if (std::min(region.box.width, region.box.height) < kSmallestSide) continue;
+        if (std::min(region.box.width, region.box.height) < kSmallestBox) continue;
         const double error = shapeError(region.box, search.shapes);
         if (error > kLargestShapeError || error >= bestError) continue;
         best = &region;

@@ -9,7 +9,7 @@
 namespace tandrel {
 namespace {
 
-constexpr double kSmallestSide = 120;         // points
+constexpr double kSmallestWindow = 120;       // points
 constexpr double kSmallestControlSide = 300;  // points
 constexpr std::string_view kReceiverBundle = "com.apple.AirPlayUIAgent";
 constexpr std::string_view kControlBundle = "com.apple.controlcenter";
@@ -47,7 +47,7 @@ double area(const WinInfo& window) { return window.frame.width * window.frame.he
 }  // namespace
 
 int airplayScore(const WinInfo& window) {
-    if (window.frame.width < kSmallestSide || window.frame.height < kSmallestSide) return 0;
+    if (window.frame.width < kSmallestWindow || window.frame.height < kSmallestWindow) return 0;
     const std::string ownerKey = lowerCased(window.owner + " " + window.bundle);
     const std::string titleKey = lowerCased(window.title);
     int score =

@@ -16,15 +16,17 @@ Strip stripOf(const std::string& words, const char* font) {
     return makeStrip(gray, lines.at(0).ink, 0.15);
 }
 
-struct Case {
+struct MarkCase {
     const char* drawn;
     const char* read;
     PointMarks marks;
     const char* text;
 };
-void PrintTo(const Case& row, std::ostream* out) { *out << row.drawn << " read as " << row.read; }
+void PrintTo(const MarkCase& row, std::ostream* out) {
+    *out << row.drawn << " read as " << row.read;
+}
 
-class ChecksPoints : public testing::TestWithParam<std::tuple<Case, const char*>> {};
+class ChecksPoints : public testing::TestWithParam<std::tuple<MarkCase, const char*>> {};
 
 TEST_P(ChecksPoints, againstTheInk) {
     const auto& [row, font] = GetParam();
@@ -33,7 +35,7 @@ TEST_P(ChecksPoints, againstTheInk) {
     EXPECT_EQ(check.text, row.text);
 }
 
-const Case kCases[] = {
+const MarkCase kMarkCases[] = {
     {"4.45 €", "4.45 €", PointMarks::kSame, "4.45 €"},
     {"4,45 €", "445 €", PointMarks::kCorrected, "4,45 €"},
     {"4.45 €", "4,45 €", PointMarks::kCorrected, "4.45 €"},
@@ -52,7 +54,7 @@ const Case kCases[] = {
 };
 
 INSTANTIATE_TEST_SUITE_P(PointMarks, ChecksPoints,
-                         testing::Combine(testing::ValuesIn(kCases),
+                         testing::Combine(testing::ValuesIn(kMarkCases),
                                           testing::Values("Inter", "Inter Semi-Bold",
                                                           "DejaVu Sans")));
 

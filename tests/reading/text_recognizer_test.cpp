@@ -15,7 +15,7 @@ namespace {
 
 using Lines = std::vector<std::string>;
 
-constexpr Colour kGrey{0.56, 0.56, 0.58};
+constexpr Colour kPlainGrey{0.56, 0.56, 0.58};
 constexpr Colour kBlue{0, 0.48, 1};
 constexpr Colour kGreen{0.2, 0.72, 0.3};
 
@@ -56,7 +56,7 @@ const Drawing kDrawings[] = {
      {0.95, 0.95, 0.97},
      [](DrawnFrame& frame) {
          frame.rectangle(20, 40, 350, 44, 10, {0.89, 0.89, 0.91});
-         frame.text(36, 67, "Expiry date", {"Inter", 16, kGrey});
+         frame.text(36, 67, "Expiry date", {"Inter", 16, kPlainGrey});
      },
      {"Expiry date"}},
     {"columns are lines of their own",

@@ -39,6 +39,9 @@ std::optional<T> property(const Properties& properties, const std::string& name)
     return found->second.get<T>();
 }
 
+// "hci0" of "/org/bluez/hci0".
+inline std::string shortName(const std::string& path) { return path.substr(path.rfind('/') + 1); }
+
 // Gives an object a property that never changes.
 template <typename T>
 void addConstant(sdbus::IObject& object, const char* interface, const std::string& name, T value) {

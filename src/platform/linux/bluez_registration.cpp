@@ -12,9 +12,6 @@ using namespace std::chrono_literals;
 // The daemon reads all our objects meanwhile.
 constexpr auto kLongestAnswer = 10s;
 
-// "hci0"
-std::string shortName(const std::string& adapter) { return adapter.substr(adapter.rfind('/') + 1); }
-
 }  // namespace
 
 Registration::Registration(sdbus::IConnection& bus, std::string adapter,

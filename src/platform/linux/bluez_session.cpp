@@ -12,8 +12,6 @@ namespace {
 // Reads and writes whose answers are awaited; more than any phone has at a time.
 constexpr std::size_t kMostRequests = 256;
 
-std::string shortName(const std::string& path) { return path.substr(path.rfind('/') + 1); }
-
 std::string nameOf(const Device& device) {
     return device.name.empty() ? device.address : device.name;
 }

@@ -13,7 +13,7 @@ namespace {
 using namespace std::chrono_literals;
 using ManagedObjects = std::map<sdbus::ObjectPath, Interfaces>;
 
-constexpr auto kLongestAnswer = 10s;
+constexpr auto kLongestReply = 10s;
 constexpr auto kBusName = "org.freedesktop.DBus";
 // More is no computer's; a daemon that reports more is not believed.
 constexpr std::size_t kMostDevices = 4096;
@@ -106,7 +106,7 @@ void Watch::daemonAppeared() {
 void Watch::fetchObjects() {
     root_->callMethodAsync("GetManagedObjects")
         .onInterface(kObjectManager)
-        .withTimeout(kLongestAnswer)
+        .withTimeout(kLongestReply)
         .uponReplyInvoke([this](const sdbus::Error* error, const ManagedObjects& objects) {
             if (daemon_ != Daemon::starting) return;
             if (error != nullptr) {

@@ -18,7 +18,7 @@ struct KnownEntry {
 };
 
 // clang-format off
-constexpr std::array kKnown{
+constexpr std::array kKnownEntries{
     //         bundle identifier                  desktop entry
     KnownEntry{"com.anthropic.claudefordesktop", "com.anthropic.claudefordesktop"},
     KnownEntry{"com.anthropic.claudefordesktop", "claude-desktop"},
@@ -114,7 +114,7 @@ std::vector<std::filesystem::path> DesktopApplications::dataFoldersOfThisUser() 
 
 std::optional<InstalledApplication> DesktopApplications::find(std::string_view bundleIdentifier) {
     for (const auto& folder : dataFolders_) {
-        for (const KnownEntry& known : kKnown) {
+        for (const KnownEntry& known : kKnownEntries) {
             if (known.bundleIdentifier != bundleIdentifier) continue;
             const auto entry = folder / fmt::format("applications/{}.desktop", known.name);
             std::error_code error;

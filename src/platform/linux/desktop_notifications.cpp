@@ -12,8 +12,8 @@
 namespace tandrel {
 namespace {
 
-constexpr const char* kService = "org.freedesktop.Notifications";
-constexpr const char* kPath = "/org/freedesktop/Notifications";
+constexpr const char* kNotifyService = "org.freedesktop.Notifications";
+constexpr const char* kNotifyPath = "/org/freedesktop/Notifications";
 constexpr auto kCallTime = std::chrono::seconds(2);
 
 class DesktopNotifications final : public Notifications {
@@ -53,7 +53,8 @@ class DesktopNotifications final : public Notifications {
     // The service, connected to on first use and again after it failed.
     sdbus::IProxy& service() RUNS_ON(queue_) {
         if (!proxy_) {
-            proxy_ = sdbus::createProxy(sdbus::createSessionBusConnection(), kService, kPath);
+            proxy_ = sdbus::createProxy(sdbus::createSessionBusConnection(), kNotifyService,
+                                        kNotifyPath);
         }
         return *proxy_;
     }
@@ -68,7 +69,7 @@ class DesktopNotifications final : public Notifications {
             std::uint32_t id = ids_[identifier];
             service()
                 .callMethod("Notify")
-                .onInterface(kService)
+                .onInterface(kNotifyService)
                 .withTimeout(kCallTime)
                 .withArguments(std::string("Tandrel"), id, std::string("tandrel"), title, text,
                                std::vector<std::string>{}, hints, std::int32_t{-1})
@@ -85,7 +86,7 @@ class DesktopNotifications final : public Notifications {
         try {
             service()
                 .callMethod("CloseNotification")
-                .onInterface(kService)
+                .onInterface(kNotifyService)
                 .withTimeout(kCallTime)
                 .withArguments(known->second);
         } catch (const sdbus::Error& error) {

@@ -16,7 +16,7 @@
 namespace tandrel {
 namespace {
 
-constexpr const char* kModelId = "iOS Device (grabber)";
+constexpr const char* kGrabberModel = "iOS Device (grabber)";
 constexpr Duration kSteady = std::chrono::minutes(1);
 constexpr Duration kLongestFirstLook = std::chrono::seconds(5);
 constexpr const char* kNone =
@@ -182,7 +182,7 @@ GrabberDevices::Seen GrabberDevices::judge(const std::optional<std::string>& cho
         }
         CaptureDeviceInfo info{.id = grabber->id,
                                .name = "iPhone on " + grabber->name,
-                               .modelId = kModelId,
+                               .modelId = kGrabberModel,
                                .link = CaptureLink::grabber};
         if (std::ranges::find(seen.devices, info) == seen.devices.end()) {
             seen.devices.push_back(std::move(info));

@@ -12,7 +12,7 @@ namespace tandrel {
 namespace {
 
 // What a phone's screen calls itself among the cameras, as far as anyone asks.
-constexpr const char* kModelId = "iOS Device (images)";
+constexpr const char* kImagesModel = "iOS Device (images)";
 
 // One path, one phone, whatever the folder the program was started in.
 std::vector<std::filesystem::path> distinct(const std::vector<std::filesystem::path>& paths) {
@@ -63,7 +63,7 @@ std::vector<CaptureDeviceInfo> ImageCaptureDevices::devices() {
         if (!std::filesystem::exists(path, error)) continue;
         const bool isFolder = std::filesystem::is_directory(path, error);
         const auto name = isFolder ? path.filename() : path.stem();
-        result.push_back({"image:" + path.string(), name.string(), kModelId});
+        result.push_back({"image:" + path.string(), name.string(), kImagesModel});
     }
     return result;
 }

@@ -13,7 +13,7 @@ namespace tandrel {
 namespace {
 
 constexpr const char* kBluez = "org.bluez";
-constexpr std::chrono::milliseconds kLongestAnswer{500};
+constexpr std::chrono::milliseconds kLongestQuestion{500};
 
 // Opening is the question itself; a busy device is one that may be used.
 bool isRefused(const std::filesystem::path& device) {
@@ -34,14 +34,14 @@ Permission LinuxPermissions::bluetooth() {
         bool isThere = false;  // asked first, since a message to BlueZ would start it
         daemon->callMethod("NameHasOwner")
             .onInterface("org.freedesktop.DBus")
-            .withTimeout(kLongestAnswer)
+            .withTimeout(kLongestQuestion)
             .withArguments(std::string(kBluez))
             .storeResultsTo(isThere);
         if (!isThere) return Permission::granted;
         const auto bluez = sdbus::createProxy(**bus, kBluez, "/");
         bluez->callMethod("Ping")
             .onInterface("org.freedesktop.DBus.Peer")
-            .withTimeout(kLongestAnswer);
+            .withTimeout(kLongestQuestion);
     } catch (const sdbus::Error& error) {
         if (error.getName() == "org.freedesktop.DBus.Error.AccessDenied") return Permission::denied;
     }

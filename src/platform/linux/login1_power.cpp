@@ -10,9 +10,9 @@
 namespace tandrel {
 namespace {
 
-constexpr const char* kService = "org.freedesktop.login1";
-constexpr const char* kPath = "/org/freedesktop/login1";
-constexpr const char* kInterface = "org.freedesktop.login1.Manager";
+constexpr const char* kLoginService = "org.freedesktop.login1";
+constexpr const char* kLoginPath = "/org/freedesktop/login1";
+constexpr const char* kLoginInterface = "org.freedesktop.login1.Manager";
 // Also the longest that the end of the program waits for a bus that does not answer.
 constexpr std::chrono::milliseconds kLongestCall{500};
 
@@ -59,16 +59,16 @@ void Login1Power::watch() {
 }
 
 void Login1Power::subscribe() {
-    manager_ = sdbus::createProxy(*bus_, kService, kPath);
-    manager_->uponSignal("PrepareForSleep").onInterface(kInterface).call([this](bool goingToSleep) {
-        prepareForSleep(goingToSleep);
-    });
+    manager_ = sdbus::createProxy(*bus_, kLoginService, kLoginPath);
+    manager_->uponSignal("PrepareForSleep")
+        .onInterface(kLoginInterface)
+        .call([this](bool goingToSleep) { prepareForSleep(goingToSleep); });
     manager_->finishRegistration();
     // A manager that starts, or starts anew, knows nothing of inhibitors from before.
     bus_->addMatch(
         fmt::format("type='signal',sender='org.freedesktop.DBus',interface='org.freedesktop.DBus',"
                     "member='NameOwnerChanged',arg0='{}'",
-                    kService),
+                    kLoginService),
         [this](sdbus::Message& message) {
             std::string name, before, now;
             message >> name >> before >> now;
@@ -79,7 +79,7 @@ void Login1Power::subscribe() {
 
 void Login1Power::takeInhibitor() {
     manager_->callMethodAsync("Inhibit")
-        .onInterface(kInterface)
+        .onInterface(kLoginInterface)
         .withTimeout(kLongestCall)
         .withArguments(std::string("sleep"), std::string("Tandrel"),
                        std::string("Control of the phone is handed back first"),

@@ -5,11 +5,11 @@
 namespace tandrel {
 namespace {
 
-constexpr const char* kService = "org.freedesktop.portal.Desktop";
-constexpr const char* kPath = "/org/freedesktop/portal/desktop";
-constexpr const char* kInterface = "org.freedesktop.portal.Settings";
+constexpr const char* kPortalService = "org.freedesktop.portal.Desktop";
+constexpr const char* kPortalPath = "/org/freedesktop/portal/desktop";
+constexpr const char* kPortalInterface = "org.freedesktop.portal.Settings";
 // The bus may have to start the portal first.
-constexpr std::chrono::seconds kLongestCall{1};
+constexpr std::chrono::seconds kLongestPortalCall{1};
 
 constexpr std::uint32_t kPrefersDark = 1;
 constexpr std::uint32_t kPrefersLight = 2;
@@ -19,11 +19,11 @@ constexpr std::uint32_t kPrefersLight = 2;
 ColorPreference PortalDesktopSettings::colorPreference() {
     try {
         const auto portal =
-            sdbus::createProxy(sdbus::createSessionBusConnection(), kService, kPath);
+            sdbus::createProxy(sdbus::createSessionBusConnection(), kPortalService, kPortalPath);
         sdbus::Variant answer;
         portal->callMethod("Read")
-            .onInterface(kInterface)
-            .withTimeout(kLongestCall)
+            .onInterface(kPortalInterface)
+            .withTimeout(kLongestPortalCall)
             .withArguments(std::string("org.freedesktop.appearance"), std::string("color-scheme"))
             .storeResultsTo(answer);
         // This method wraps the value once more; some portals do not.

@@ -31,7 +31,7 @@ struct KnownApplication {
 };
 
 // clang-format off
-constexpr std::array kKnown{
+constexpr std::array kKnownPrograms{
     //                executable        name              bundle identifier
     KnownApplication{"tandrel-app",    "Tandrel",        "com.mossgate.tandrel"},
     KnownApplication{"tandrel-mirror", "Tandrel Mirror", "com.mossgate.tandrel-mirror"},
@@ -52,8 +52,8 @@ const KnownApplication* applicationOf(const std::filesystem::path& process) {
     std::error_code error;
     std::string name = std::filesystem::read_symlink(process / "exe", error).filename();
     if (name.ends_with(kDeleted)) name.resize(name.size() - kDeleted.size());
-    const auto found = std::ranges::find(kKnown, name, &KnownApplication::executable);
-    return found == kKnown.end() || !isOwn(process) ? nullptr : &*found;
+    const auto found = std::ranges::find(kKnownPrograms, name, &KnownApplication::executable);
+    return found == kKnownPrograms.end() || !isOwn(process) ? nullptr : &*found;
 }
 
 // Ticks since boot at which the process began: field 22 of /proc/PID/stat, counted after the

@@ -9,7 +9,7 @@
 namespace tandrel {
 namespace {
 
-std::optional<UsbDevice> read(udev_device* device) {
+std::optional<UsbDevice> usbDeviceOf(udev_device* device) {
     const char* vendor = udev_device_get_sysattr_value(device, "idVendor");
     if (vendor == nullptr) return std::nullopt;
     UsbDevice result;
@@ -38,7 +38,7 @@ std::vector<UsbDevice> UdevUsbRegistry::devices() {
         const UdevOwned<udev_device> device(
             udev_device_new_from_syspath(context.get(), udev_list_entry_get_name(entry)));
         if (!device) continue;  // unplugged since the scan
-        if (auto usb = read(device.get())) result.push_back(std::move(*usb));
+        if (auto usb = usbDeviceOf(device.get())) result.push_back(std::move(*usb));
     }
     return result;
 }

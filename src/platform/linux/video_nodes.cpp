@@ -14,7 +14,7 @@ constexpr const char* kSubsystem = "video4linux";
 
 std::string textOf(const char* text) { return text == nullptr ? "" : text; }
 
-std::optional<VideoNode> read(udev_device* device) {
+std::optional<VideoNode> videoNodeOf(udev_device* device) {
     const char* path = udev_device_get_devnode(device);
     if (path == nullptr) return std::nullopt;  // it is about to go
     return VideoNode{path, textOf(udev_device_get_property_value(device, "ID_PATH")),
@@ -46,7 +46,7 @@ class UdevVideoNodes final : public VideoNodes {
             const UdevOwned<udev_device> device(
                 udev_device_new_from_syspath(context.get(), udev_list_entry_get_name(entry)));
             if (!device) continue;  // unplugged since the scan
-            if (auto node = read(device.get())) nodes.push_back(std::move(*node));
+            if (auto node = videoNodeOf(device.get())) nodes.push_back(std::move(*node));
         }
         std::ranges::sort(nodes, {}, &VideoNode::path);
         return nodes;

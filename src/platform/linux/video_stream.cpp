@@ -11,7 +11,7 @@
 namespace tandrel {
 namespace {
 
-constexpr Duration kBetweenLooks = std::chrono::seconds(1);
+constexpr Duration kLongestWait = std::chrono::seconds(1);
 
 }  // namespace
 
@@ -49,7 +49,7 @@ Result<void> VideoStream::follow(const std::stop_token& stop) {
     bool hadPicture = false;
     int damaged = 0;
     while (!stop.stop_requested()) {
-        auto taken = TRY(device_->take(wake_.get(), kBetweenLooks));
+        auto taken = TRY(device_->take(wake_.get(), kLongestWait));
         if (stop.stop_requested()) break;
         if (taken && taken->picture) {
             lastPicture = clock_.now();

@@ -17,7 +17,7 @@ constexpr Duration kBetweenMoves = std::chrono::milliseconds(16);
 // Programs look up a lent key only when they get to hear of it.
 constexpr Duration kKeyboardChange = std::chrono::milliseconds(50);
 constexpr Duration kPatience = std::chrono::seconds(2);
-constexpr Duration kBetweenLooks = std::chrono::milliseconds(5);
+constexpr Duration kBetweenPositions = std::chrono::milliseconds(5);
 
 struct Mapping {
     xcb_keycode_t first = 0;
@@ -237,7 +237,7 @@ bool XSyntheticInput::await(const std::function<bool()>& fits) const {
     const TimePoint deadline = systemClock().now() + kPatience;
     while (!fits()) {
         if (x_->isBroken() || systemClock().now() >= deadline) return false;
-        systemClock().sleepFor(kBetweenLooks);
+        systemClock().sleepFor(kBetweenPositions);
     }
     return true;
 }

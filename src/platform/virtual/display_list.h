@@ -74,13 +74,13 @@ struct SearchResultTarget {
 // Nothing happens, and nothing beneath is touched.
 struct NoTarget {};
 
-using Target = std::variant<NoTarget, Action, ToggleTarget, FieldTarget, SlideTarget, SearchTarget,
-                            SearchResultTarget>;
+using TouchTarget = std::variant<NoTarget, Action, ToggleTarget, FieldTarget, SlideTarget,
+                                 SearchTarget, SearchResultTarget>;
 
 struct TouchArea {
     Rect rect;
     std::string label;  // what a person would say was touched
-    Target target;
+    TouchTarget target;
 };
 
 struct DisplayLayer {

@@ -40,4 +40,6 @@ constexpr Color rgb(unsigned value, double alpha = 1) {
             alpha};
 }
 
+inline constexpr Color kWhite = rgb(0xFFFFFF);
+
 }  // namespace tandrel

@@ -14,7 +14,6 @@ constexpr double kCardRadius = 12;
 constexpr double kButtonHeight = 50;
 constexpr double kSlideHeight = 64;
 constexpr double kKnobGap = 4;
-constexpr Color kWhite = rgb(0xFFFFFF);
 
 struct TextLook {
     double size;
@@ -122,7 +121,7 @@ void PageBuilder::add(const RowsItem& item) {
 }
 
 void PageBuilder::addRow(const Row& row, const Rect& place) {
-    addArea(place, row.text, row.tap ? Target(*row.tap) : Target(NoTarget{}));
+    addArea(place, row.text, row.tap ? TouchTarget(*row.tap) : TouchTarget(NoTarget{}));
     double left = place.x + kMargin;
     double right = place.x + place.width - kMargin;
     if (row.glyph != nullptr) {

@@ -44,7 +44,7 @@ class PageBuilder {
     void addSwitch(const Row& row, const Rect& place);
     void addCaption(const std::string& text, double below);
     void addShape(Shape shape) { layer_.shapes.push_back(std::move(shape)); }
-    void addArea(const Rect& rect, const std::string& label, Target target) {
+    void addArea(const Rect& rect, const std::string& label, TouchTarget target) {
         layer_.areas.push_back({rect, label, std::move(target)});
     }
     TextStyle style(double size, Weight weight, const Color& color) const {

@@ -4,7 +4,6 @@
 namespace tandrel {
 namespace {
 
-constexpr Color kWhite = rgb(0xFFFFFF);
 constexpr double kDock = 96;
 constexpr double kDockGap = 12;
 

@@ -8,7 +8,6 @@
 namespace tandrel {
 namespace {
 
-constexpr Color kWhite = rgb(0xFFFFFF);
 constexpr std::size_t kMostResults = 8;
 
 TextStyle centered(double size, Weight weight) {
