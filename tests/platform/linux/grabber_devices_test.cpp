@@ -3,6 +3,7 @@
 #include <cerrno>
 #include <semaphore>
 
+#include <fmt/format.h>
 #include <gmock/gmock.h>
 
 #include "image/jpeg_writer.h"

@@ -9,7 +9,7 @@
 namespace tandrel {
 namespace {
 
-constexpr PeerAnswer kGone{PeerLookup::gone, 0, {}};
+const PeerAnswer kGone{PeerLookup::gone, 0, {}};
 
 // Both ways of asking must give the same answers about real connections.
 void expectAnswer(const LoopbackConnection& connection, const PeerAnswer& expected) {
