@@ -1,11 +1,9 @@
 #pragma once
 
-#include <memory>
 #include <string>
 #include <vector>
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include "platform/publisher.h"
 
@@ -98,10 +96,13 @@ TYPED_TEST_P(BluetoothContract, RemovedServicesDeliverNothing) {
 
 TYPED_TEST_P(BluetoothContract, EndedPeripheralCallsNobody) {
     this->publisher_.with([](auto& to) { to.startAdvertising("Test", {}); });
+    this->world_.refuseOne(this->publisher_);
+    EXPECT_EQ(this->send('a'), Delivery::refused);
     this->publisher_.end();
     this->publisher_.takeEvents();
-    this->world_.phoneGoes();
     this->world_.passTime();
+    this->world_.phoneGoes();
+    for (int i = 0; i < 2; ++i) this->publisher_.end();  // what its queue still had is over
     EXPECT_THAT(this->publisher_.takeEvents(), testing::IsEmpty());
 }
 

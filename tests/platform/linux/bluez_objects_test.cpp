@@ -84,41 +84,37 @@ TEST(BluezBonds, DeviceThatComesAndGoesAtOnceIsToldOnce) {
             now += stay;
         }
     };
-    visit("A", 1s);
-    visit("", 10s);
-    visit("", 1s);
-    EXPECT_EQ(told, "") << "services known; long; the first short one";
-    visit("A", 1s);
-    visit("", 1s);
-    EXPECT_EQ(told, "") << "counted anew after a good visit";
-    visit("", 1s);
-    visit("", 1s);
-    EXPECT_EQ(told, "A");
+    const std::tuple<const char*, Duration, const char*> visits[] = {
+        // services, stay, told by then
+        {"A", 1s, ""}, {"", 10s, ""}, {"", 1s, ""},  // the first short one
+        {"A", 1s, ""}, {"", 1s, ""},                 // counted anew after a good visit
+        {"", 1s, "A"}, {"", 1s, "A"},
+    };
+    for (const auto& [resolved, stay, toldByThen] : visits) {
+        visit(resolved, stay);
+        EXPECT_EQ(told, toldByThen);
+    }
 }
 
 TEST(ReportPacer, BoundsTheRateAndWhatIsNotTaken) {
     ReportPacer pacer({.interval = 30ms, .tolerance = 10ms, .mostInFlight = 3});
     TimePoint now{1h};
-    const auto take = [&] {
-        if (!pacer.hasRoom(now)) return false;
-        pacer.handOver(now);
-        return true;
+    const auto expectTaken = [&](Duration passes, bool taken, const char* why) {
+        now += passes;
+        EXPECT_EQ(pacer.hasRoom(now), taken) << why;
+        if (taken) pacer.handOver(now);
     };
-    EXPECT_TRUE(take());
-    EXPECT_FALSE(take());
+    expectTaken({}, true, "the first");
+    expectTaken({}, false, "too early");
     EXPECT_EQ(pacer.roomAt(), TimePoint(1h) + 20ms);
-    now += 20ms;
-    EXPECT_TRUE(take()) << "early by the tolerance";
-    now += 20ms;
-    EXPECT_FALSE(take()) << "early twice: the rate holds";
-    now += 10ms;
-    EXPECT_TRUE(take());
-    now += 1s;
-    EXPECT_FALSE(take()) << "three in flight";
+    expectTaken(20ms, true, "early by the tolerance");
+    expectTaken(20ms, false, "early twice: the rate holds");
+    expectTaken(10ms, true, "on time");
+    expectTaken(1s, false, "three in flight");
     EXPECT_EQ(pacer.roomAt(), std::nullopt);
     pacer.taken(2);
-    EXPECT_TRUE(take());
-    EXPECT_FALSE(take()) << "no credit for the pause";
+    expectTaken({}, true, "one in flight");
+    expectTaken({}, false, "no credit for the pause");
 }
 
 }  // namespace

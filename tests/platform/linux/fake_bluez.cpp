@@ -1,9 +1,9 @@
 #include "platform/linux/fake_bluez.h"
 
-#include <algorithm>
-
 #include <fmt/format.h>
 #include <fmt/ranges.h>
+
+#include "platform/linux/bus_service.h"
 
 namespace tandrel {
 namespace {
@@ -25,24 +25,22 @@ std::string textOf(const sdbus::Variant& value) {
     return "";
 }
 
+std::string callerOf(const sdbus::IObject& object) {
+    return object.getCurrentlyProcessedMessage()->getSender();
+}
+
 }  // namespace
 
 FakeBluez::FakeBluez() {
     std::promise<void> opened;
+    const auto take = [&](BusLoop&, sdbus::IConnection& bus) {
+        bus_ = &bus;
+        opened.set_value();
+    };
     loop_ = std::make_unique<BusLoop>("fake bluez",
-                                      BusLoop::Events{[&](BusLoop&, sdbus::IConnection& bus) {
-                                                          bus_ = &bus;
-                                                          opened.set_value();
-                                                      },
-                                                      [this] {
-                                                          adapters_.clear();
-                                                          devices_.clear();
-                                                          manager_.reset();
-                                                          root_.reset();
-                                                      },
-                                                      [](const std::string&) {}});
+                                      BusLoop::Events{take, [] {}, [](const std::string&) {}});
     opened.get_future().wait();
-    run([this] {
+    on([this] {
         bus_->addMatch(
             "type='signal',interface='org.freedesktop.DBus.Properties',"
             "member='PropertiesChanged'",
@@ -50,52 +48,43 @@ FakeBluez::FakeBluez() {
     });
 }
 
-FakeBluez::~FakeBluez() { resume(); }
-
-void FakeBluez::run(std::function<void()> task) {
-    std::packaged_task<void()> packaged(std::move(task));
-    auto done = packaged.get_future();
-    loop_->post([packaged = std::move(packaged)]() mutable { packaged(); });
-    done.get();
+FakeBluez::~FakeBluez() {
+    resume();
+    on([this] {
+        adapters_.clear();
+        devices_.clear();
+        manager_.reset();
+        root_.reset();
+    });
 }
 
 void FakeBluez::appear() {
-    run([this] {
+    on([this] {
         root_ = sdbus::createObject(*bus_, "/");
         root_->addObjectManager();
         manager_ = sdbus::createObject(*bus_, kManagerPath);
-        manager_->registerMethod(kAgentManager, "RegisterAgent", "os", "",
-                                 [this](sdbus::MethodCall call) {
-                                     sdbus::ObjectPath path;
-                                     std::string capability;
-                                     call >> path >> capability;
-                                     std::lock_guard lock(mutex_);
-                                     agentOwner_ = call.getSender();
-                                     agentPath_ = path;
-                                     changed_.notify_all();
-                                     call.createReply().send();
-                                 });
-        manager_->registerMethod("RequestDefaultAgent")
-            .onInterface(kAgentManager)
-            .implementedAs([](const sdbus::ObjectPath&) {});
+        addMethod(*manager_, kAgentManager, "RegisterAgent",
+                  [this](const sdbus::ObjectPath& path, const std::string&) {
+                      agentOwner_ = callerOf(*manager_);
+                      agentPath_ = path;
+                  });
+        addMethod(*manager_, kAgentManager, "RequestDefaultAgent", [](const sdbus::ObjectPath&) {});
         manager_->finishRegistration();
-        for (const auto& [path, traits] : adapterTraits_) makeAdapter(path, traits);
-        for (auto& [path, device] : devices_) makeDevice(path);
+        for (const auto& [path, adapter] : adapters_) exportAdapter(path);
+        for (const auto& [path, device] : devices_) exportDevice(path);
         bus_->requestName(kService);
     });
 }
 
 void FakeBluez::vanish() {
-    run([this] {
+    on([this] {
         bus_->releaseName(kService);
-        std::lock_guard lock(mutex_);
-        adapters_.clear();
+        for (auto& [path, adapter] : adapters_) adapter = {.traits = adapter.traits};
         for (auto& [path, device] : devices_) {
             device.object.reset();
-            device.connected = device.resolved = false;
+            device.connected = false;
             device.subscribed.clear();
         }
-        agentOwner_.clear();
         manager_.reset();
         root_.reset();
     });
@@ -112,11 +101,8 @@ void FakeBluez::resume() {
 }
 
 void FakeBluez::sleepAndWake() {
-    run([this] {
-        {
-            std::lock_guard lock(mutex_);
-            for (auto& [path, adapter] : adapters_) adapter.onAir = false;
-        }
+    on([this] {
+        for (auto& [path, adapter] : adapters_) adapter.onAir = false;
         const auto manager = sdbus::createObject(*bus_, "/org/freedesktop/login1");
         for (const bool going : {true, false}) {
             auto signal =
@@ -127,89 +113,73 @@ void FakeBluez::sleepAndWake() {
     });
 }
 
-void FakeBluez::refuseAdvertisements(int count) {
-    std::lock_guard lock(mutex_);
-    refusals_ = count;
-}
-
 void FakeBluez::addAdapter(const std::string& name, AdapterTraits traits) {
-    run([&] {
-        adapterTraits_[pathOf(name)] = traits;
+    on([&] {
+        Adapter& adapter = adapters_[pathOf(name)];
+        adapter.traits = traits;
         if (!root_) return;
-        makeAdapter(pathOf(name), traits);
-        adapters_.at(pathOf(name)).object->emitInterfacesAddedSignal();
+        exportAdapter(pathOf(name));
+        adapter.object->emitInterfacesAddedSignal();
     });
 }
 
 void FakeBluez::removeAdapter(const std::string& name) {
-    run([&] {
-        adapterTraits_.erase(pathOf(name));
+    on([&] {
+        std::erase_if(devices_, [&](const auto& entry) {
+            if (entry.second.adapter != pathOf(name)) return false;
+            if (root_) entry.second.object->emitInterfacesRemovedSignal({kDevice});
+            return true;
+        });
+        const auto adapter = adapters_.extract(pathOf(name));
         if (!root_) return;
-        std::vector<std::string> gone;
-        for (auto& [path, device] : devices_) {
-            if (device.adapter == pathOf(name)) gone.push_back(path);
-        }
-        std::lock_guard lock(mutex_);
-        for (const auto& path : gone) {
-            devices_.at(path).object->emitInterfacesRemovedSignal({kDevice});
-            devices_.erase(path);
-        }
-        adapters_.at(pathOf(name))
-            .object->emitInterfacesRemovedSignal({kAdapter, kGattManager, kAdvertisingManager});
-        adapters_.erase(pathOf(name));
+        adapter.mapped().object->emitInterfacesRemovedSignal(
+            {kAdapter, kGattManager, kAdvertisingManager});
     });
 }
 
-void FakeBluez::makeAdapter(const std::string& path, AdapterTraits traits) {
-    Adapter adapter;
-    adapter.powered = traits.powered;
+void FakeBluez::exportAdapter(const std::string& path) {
+    Adapter& adapter = adapters_.at(path);
     adapter.object = sdbus::createObject(*bus_, path);
     sdbus::IObject& object = *adapter.object;
     addConstant(object, kAdapter, "Address", std::string("00:AA:01:00:00:00"));
-    addConstant(object, kAdapter, "Pairable", true);
     object.registerProperty("Powered").onInterface(kAdapter).withGetter(
-        [this, path] { return adapters_.at(path).powered; });
-    if (traits.peripheral) {
-        object.registerMethod(
-            kGattManager, "RegisterApplication", "oa{sv}", "",
-            [this, path](sdbus::MethodCall call) { registerApplication(path, std::move(call)); });
-        object.registerMethod("UnregisterApplication")
-            .onInterface(kGattManager)
-            .implementedAs([this, path](const sdbus::ObjectPath&) {
-                std::lock_guard lock(mutex_);
-                adapters_.at(path).owner.clear();
-                adapters_.at(path).listing.clear();
-            });
-        object.registerMethod(
-            kAdvertisingManager, "RegisterAdvertisement", "oa{sv}", "",
-            [this, path](sdbus::MethodCall call) { registerAdvertisement(path, std::move(call)); });
-        object.registerMethod("UnregisterAdvertisement")
-            .onInterface(kAdvertisingManager)
-            .implementedAs([this, path](const sdbus::ObjectPath&) {
-                std::lock_guard lock(mutex_);
-                Adapter& at = adapters_.at(path);
-                if (at.advertisementPath.empty()) {
-                    throw sdbus::Error("org.bluez.Error.DoesNotExist", "Does Not Exist");
-                }
-                at.advertisementPath.clear();
-                at.onAir = false;
-            });
+        [&adapter] { return adapter.traits.powered; });
+    if (adapter.traits.peripheral) {
+        addMethod(object, kGattManager, "RegisterApplication",
+                  [this, &adapter](const sdbus::ObjectPath& root, const Properties&) {
+                      registerApplication(adapter, root);
+                  });
+        addMethod(object, kGattManager, "UnregisterApplication",
+                  [&adapter](const sdbus::ObjectPath&) {
+                      adapter.owner.clear();
+                      adapter.listing.clear();
+                  });
+        addMethod(object, kAdvertisingManager, "RegisterAdvertisement",
+                  [this, &adapter](const sdbus::ObjectPath& path, const Properties&) {
+                      registerAdvertisement(adapter, path);
+                  });
+        addMethod(object, kAdvertisingManager, "UnregisterAdvertisement",
+                  [&adapter](const sdbus::ObjectPath&) {
+                      if (adapter.advertisementPath.empty()) {
+                          throw sdbus::Error("org.bluez.Error.DoesNotExist", "Does Not Exist");
+                      }
+                      adapter.advertisementPath.clear();
+                      adapter.onAir = false;
+                  });
     }
     object.finishRegistration();
-    std::lock_guard lock(mutex_);
-    adapters_[path] = std::move(adapter);
 }
 
-void FakeBluez::registerApplication(const std::string& path, sdbus::MethodCall call) {
-    sdbus::ObjectPath root;
-    Properties options;
-    call >> root >> options;
+void FakeBluez::registerApplication(Adapter& adapter, const std::string& root) {
+    adapter.owner = callerOf(*adapter.object);
+    adapter.root = root;
+    adapter.listing.clear();
+    adapter.subscribers.clear();
+    ++applications_;
     // Read by hand: a map would lose the order, in which handles are given out.
-    auto owner = sdbus::createProxy(*bus_, call.getSender(), root);
+    auto owner = sdbus::createProxy(*bus_, adapter.owner, root);
     auto request = owner->createMethodCall(kObjectManager, "GetManagedObjects");
     auto reply = owner->callMethod(request, 0);
-    std::vector<std::string> listing;
-    bool refused = false;
     reply.enterContainer("{oa{sa{sv}}}");
     while (reply.enterDictEntry("oa{sa{sv}}")) {
         sdbus::ObjectPath object;
@@ -218,86 +188,53 @@ void FakeBluez::registerApplication(const std::string& path, sdbus::MethodCall c
         reply.exitDictEntry();
         for (const auto& [interface, properties] : interfaces) {
             if (!interface.starts_with("org.bluez.")) continue;
-            const std::string uuid = property<std::string>(properties, "UUID").value_or("?");
-            refused = refused || uuid.starts_with("00001800") || uuid.starts_with("00001801");
-            const auto flags = properties.find("Flags");
-            listing.push_back(fmt::format("{} {} {}", object.substr(root.size()), uuid,
-                                          flags == properties.end() ? "" : textOf(flags->second)));
+            const auto flags = property<std::vector<std::string>>(properties, "Flags");
+            adapter.listing.push_back(
+                fmt::format("{} {} {}", object.substr(root.size()),
+                            property<std::string>(properties, "UUID").value_or("?"),
+                            fmt::join(flags.value_or(std::vector<std::string>{}), "+")));
         }
     }
-    std::lock_guard lock(mutex_);
-    if (refused) {
-        return call
-            .createErrorReply(
-                sdbus::Error("org.bluez.Error.Failed", "Failed to create entry in database"))
-            .send();
-    }
-    Adapter& adapter = adapters_.at(path);
-    adapter.owner = call.getSender();
-    adapter.root = root;
-    adapter.listing = listing;
-    adapter.subscribers.clear();
-    ++applications_;
-    changed_.notify_all();
-    call.createReply().send();
 }
 
-void FakeBluez::registerAdvertisement(const std::string& path, sdbus::MethodCall call) {
-    sdbus::ObjectPath object;
-    Properties options;
-    call >> object >> options;
-    const auto refuse = [&](const char* name, const char* why) {
-        call.createErrorReply(sdbus::Error(name, why)).send();
-    };
-    {
-        std::lock_guard lock(mutex_);
-        if (refusals_ > 0) {
-            --refusals_;
-            return refuse("org.bluez.Error.NotPermitted", "Maximum advertisements reached");
-        }
-        if (!adapters_.at(path).advertisementPath.empty()) {
-            return refuse("org.bluez.Error.AlreadyExists", "Already Exists");
-        }
+void FakeBluez::registerAdvertisement(Adapter& adapter, const std::string& path) {
+    if (refusals_ > 0) {
+        --refusals_;
+        throw sdbus::Error("org.bluez.Error.NotPermitted", "Maximum advertisements reached");
     }
-    auto owner = sdbus::createProxy(*bus_, call.getSender(), object);
+    if (!adapter.advertisementPath.empty()) {
+        throw sdbus::Error("org.bluez.Error.AlreadyExists", "Already Exists");
+    }
     Properties properties;
-    owner->callMethod("GetAll")
+    sdbus::createProxy(*bus_, callerOf(*adapter.object), path)
+        ->callMethod("GetAll")
         .onInterface(kProperties)
         .withArguments(std::string(kAdvertisement))
         .storeResultsTo(properties);
-    std::string text;
-    for (const auto& [name, value] : properties) text += name + "=" + textOf(value) + "\n";
-    std::lock_guard lock(mutex_);
-    Adapter& adapter = adapters_.at(path);
-    adapter.advertisement = text;
-    adapter.advertisementPath = object;
-    adapter.onAir = adapter.powered;
+    adapter.advertisement.clear();
+    for (const auto& [name, value] : properties) {
+        adapter.advertisement += "\n" + name + "=" + textOf(value);
+    }
+    adapter.advertisementPath = path;
+    adapter.onAir = adapter.traits.powered;
     ++advertisements_;
-    changed_.notify_all();
-    call.createReply().send();
 }
 
 void FakeBluez::setPowered(const std::string& name, bool powered) {
-    std::vector<std::string> connected;
-    run([&] {
-        adapterTraits_[pathOf(name)].powered = powered;
-        {
-            std::lock_guard lock(mutex_);
-            Adapter& adapter = adapters_.at(pathOf(name));
-            adapter.powered = powered;
-            adapter.onAir = false;
-            for (const auto& [path, device] : devices_) {
-                if (device.adapter == pathOf(name) && device.connected) connected.push_back(path);
-            }
+    on([&] {
+        Adapter& adapter = adapters_.at(pathOf(name));
+        adapter.traits.powered = powered;
+        adapter.onAir = false;
+        adapter.object->emitPropertiesChangedSignal(kAdapter, {"Powered"});
+        for (const auto& [path, device] : devices_) {
+            if (device.adapter == pathOf(name) && device.connected) setConnected(path, false);
         }
-        adapters_.at(pathOf(name)).object->emitPropertiesChangedSignal(kAdapter, {"Powered"});
     });
-    for (const auto& path : connected) disconnect(path);
 }
 
 void FakeBluez::announce(const std::string& path, const char* interface,
                          const Properties& properties) {
-    run([&] {
+    on([&] {
         sdbus::IObject& object =
             devices_.contains(path) ? *devices_.at(path).object : *adapters_.at(path).object;
         auto signal = object.createSignal(kProperties, "PropertiesChanged");

@@ -3,22 +3,14 @@
 #include <algorithm>
 #include <cerrno>
 #include <chrono>
-#include <cmath>
 #include <cstring>
 #include <utility>
 
-#include <linux/videodev2.h>
 #include <poll.h>
-#include <sys/eventfd.h>
 
 namespace tandrel {
 
 FakeGrabbers::FakeGrabbers() : poked_(::eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC)) {}
-
-void FakeGrabbers::changed(Device& device) {
-    ::eventfd_write(device.wake.get(), 1);
-    event_.notify_all();
-}
 
 void FakeGrabbers::poke() const { ::eventfd_write(poked_.get(), 1); }
 
@@ -26,46 +18,16 @@ void FakeGrabbers::plugIn(const std::string& path, GrabberAnswers answers,
                           const std::string& port) {
     {
         std::lock_guard lock(mutex_);
-        Device device;
-        device.answers = std::move(answers);
-        device.port = port;
-        device.wake = FileDescriptor(::eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC));
-        devices_[path] = std::move(device);
+        devices_[path] = {.answers = std::move(answers),
+                          .port = port,
+                          .wake = FileDescriptor(::eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC))};
     }
     poke();
 }
 
 void FakeGrabbers::unplug(const std::string& path) {
-    breakDown(path);
-    {
-        std::lock_guard lock(mutex_);
-        devices_.at(path).isPlugged = false;
-    }
+    with(path, [](Device& device) { device.works = device.isPlugged = false; });
     poke();
-}
-
-void FakeGrabbers::breakDown(const std::string& path) {
-    std::lock_guard lock(mutex_);
-    devices_.at(path).works = false;
-    changed(devices_.at(path));
-}
-
-void FakeGrabbers::deliver(const std::string& path, const Bytes& frame, Quality quality) {
-    std::lock_guard lock(mutex_);
-    devices_.at(path).frames.push_back({frame, quality});
-    changed(devices_.at(path));
-}
-
-void FakeGrabbers::changeSignal(const std::string& path) {
-    std::lock_guard lock(mutex_);
-    devices_.at(path).hasOtherSignal = true;
-    changed(devices_.at(path));
-}
-
-void FakeGrabbers::endWait(const std::string& path) {
-    std::lock_guard lock(mutex_);
-    devices_.at(path).isWaitOver = true;
-    changed(devices_.at(path));
 }
 
 bool FakeGrabbers::awaitTaken(const std::string& path) {
@@ -80,11 +42,6 @@ bool FakeGrabbers::awaitTaken(const std::string& path) {
 int FakeGrabbers::openCount() {
     std::lock_guard lock(mutex_);
     return static_cast<int>(open_.size());
-}
-
-std::uint32_t FakeGrabbers::pixelFormat(const std::string& path) {
-    std::lock_guard lock(mutex_);
-    return devices_.at(path).pixelFormat;
 }
 
 int FakeGrabbers::open(const std::string& path) {
@@ -152,9 +109,8 @@ int FakeGrabbers::describe(Device& device, unsigned long request, void* value) {
         for (const auto& size : sizesOf(entry.pixel_format)) {
             if (size.width != entry.width || size.height != entry.height) continue;
             if (entry.index >= size.framesPerSecond.size()) return -EINVAL;
-            const double rate = size.framesPerSecond[entry.index];
             entry.type = V4L2_FRMIVAL_TYPE_DISCRETE;
-            entry.discrete = {1000, static_cast<std::uint32_t>(std::lround(1000 * rate))};
+            entry.discrete = {1, size.framesPerSecond[entry.index]};
             return 0;
         }
         return -EINVAL;
@@ -171,7 +127,6 @@ int FakeGrabbers::stream(Device& device, unsigned long request, void* value) {
         device.width = pix.width;
         device.height = pix.height;
         pix.bytesperline = device.answers.bytesPerLine;
-        pix.colorspace = device.answers.colourSpace;
         return 0;
     }
     if (request == VIDIOC_REQBUFS) {
@@ -203,7 +158,7 @@ int FakeGrabbers::stream(Device& device, unsigned long request, void* value) {
         std::copy_n(frame.bytes.begin(), std::min(frame.bytes.size(), memory.size()),
                     memory.begin());
         buffer.bytesused = static_cast<std::uint32_t>(frame.bytes.size());
-        if (frame.quality == Quality::damaged) buffer.flags |= V4L2_BUF_FLAG_ERROR;
+        if (frame.isDamaged) buffer.flags |= V4L2_BUF_FLAG_ERROR;
         return 0;
     }
     if (request == VIDIOC_DQEVENT) {
@@ -249,20 +204,26 @@ int FakeGrabbers::poll(int device, int wake, Duration) {
     }
 }
 
-std::vector<VideoNode> FakeGrabbers::list() {
-    std::lock_guard lock(mutex_);
-    std::vector<VideoNode> nodes;
-    for (const auto& [path, device] : devices_) {
-        if (device.isPlugged) nodes.push_back({path, device.port, "video"});
-    }
-    return nodes;
-}
-
-void FakeGrabbers::awaitChange(int wake, Duration) {
-    pollfd waits[] = {{wake, POLLIN, 0}, {poked_.get(), POLLIN, 0}};
-    ::poll(waits, 2, -1);
-    eventfd_t ignored = 0;
-    ::eventfd_read(poked_.get(), &ignored);
+std::unique_ptr<VideoNodes> FakeGrabbers::nodes() {
+    struct Nodes final : VideoNodes {
+        explicit Nodes(FakeGrabbers& all) : grabbers(all) {}
+        std::vector<VideoNode> list() override {
+            std::lock_guard lock(grabbers.mutex_);
+            std::vector<VideoNode> nodes;
+            for (const auto& [path, device] : grabbers.devices_) {
+                if (device.isPlugged) nodes.push_back({path, device.port, "video"});
+            }
+            return nodes;
+        }
+        void awaitChange(int wake, Duration) override {
+            pollfd waits[] = {{wake, POLLIN, 0}, {grabbers.poked_.get(), POLLIN, 0}};
+            ::poll(waits, 2, -1);
+            eventfd_t ignored = 0;
+            ::eventfd_read(grabbers.poked_.get(), &ignored);
+        }
+        FakeGrabbers& grabbers;
+    };
+    return std::make_unique<Nodes>(*this);
 }
 
 }  // namespace tandrel

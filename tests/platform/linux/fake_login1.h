@@ -1,6 +1,5 @@
 #pragma once
 
-#include <condition_variable>
 #include <deque>
 #include <mutex>
 #include <string>
@@ -8,9 +7,10 @@
 
 #include <fcntl.h>
 #include <poll.h>
-#include <sdbus-c++/sdbus-c++.h>
 
 #include "base/file_descriptor.h"
+#include "platform/linux/bus_service.h"
+#include "support/eventually.h"
 
 namespace tandrel {
 
@@ -29,34 +29,33 @@ struct Inhibitor {
 // The login manager as far as sleep goes.
 class FakeLogin1 {
  public:
-    explicit FakeLogin1(const std::string& address)
-        : bus_(sdbus::createSessionBusConnectionWithAddress(address)),
-          object_(sdbus::createObject(*bus_, "/org/freedesktop/login1")) {
-        object_->registerMethod("Inhibit")
+    explicit FakeLogin1(const std::string& address) : service_(address, "/org/freedesktop/login1") {
+        addMethod(service_.object(), kInterface, "Inhibit",
+                  [this](const std::string& what, const std::string& who, const std::string&,
+                         const std::string& mode) { return inhibit({what, who, mode}); });
+        service_.object()
+            .registerSignal("PrepareForSleep")
             .onInterface(kInterface)
-            .implementedAs([this](const std::string& what, const std::string& who,
-                                  const std::string&,
-                                  const std::string& mode) { return inhibit({what, who, mode}); });
-        object_->registerSignal("PrepareForSleep").onInterface(kInterface).withParameters<bool>();
-        object_->finishRegistration();
-        bus_->requestName("org.freedesktop.login1");
-        bus_->enterEventLoopAsync();
+            .withParameters<bool>();
+        service_.appear("org.freedesktop.login1");
     }
-    ~FakeLogin1() { bus_->leaveEventLoop(); }
-    FakeLogin1(const FakeLogin1&) = delete;
-    FakeLogin1& operator=(const FakeLogin1&) = delete;
 
     void prepareForSleep(bool going) {
-        object_->emitSignal("PrepareForSleep").onInterface(kInterface).withArguments(going);
+        service_.object()
+            .emitSignal("PrepareForSleep")
+            .onInterface(kInterface)
+            .withArguments(going);
     }
-
     // The next one that is asked for; nothing asked when none comes.
     Inhibitor awaitInhibitor() {
-        std::unique_lock lock(mutex_);
-        if (!changed_.wait_for(lock, std::chrono::seconds(10), [this] { return !given_.empty(); }))
-            return {};
-        Inhibitor first = std::move(given_.front());
-        given_.pop_front();
+        Inhibitor first;
+        eventually([&] {
+            std::lock_guard lock(mutex_);
+            if (given_.empty()) return false;
+            first = std::move(given_.front());
+            given_.pop_front();
+            return true;
+        });
         return first;
     }
 
@@ -68,15 +67,12 @@ class FakeLogin1 {
         if (::pipe2(ends, O_CLOEXEC) != 0) throw sdbus::Error("test.NoPipe", "no pipe");
         std::lock_guard lock(mutex_);
         given_.push_back({std::move(asked), FileDescriptor(ends[0])});
-        changed_.notify_all();
         return {ends[1], sdbus::adopt_fd};
     }
 
     std::mutex mutex_;
-    std::condition_variable changed_;
     std::deque<Inhibitor> given_;  // under mutex_
-    std::unique_ptr<sdbus::IConnection> bus_;
-    std::unique_ptr<sdbus::IObject> object_;
+    BusService service_;
 };
 
 }  // namespace tandrel

@@ -3,7 +3,7 @@
 #include <functional>
 #include <string>
 
-#include <sdbus-c++/sdbus-c++.h>
+#include "platform/linux/bus_service.h"
 
 namespace tandrel {
 
@@ -11,23 +11,15 @@ namespace tandrel {
 class FakePortal {
  public:
     FakePortal(const std::string& address, std::function<sdbus::Variant()> answer)
-        : bus_(sdbus::createSessionBusConnectionWithAddress(address)),
-          object_(sdbus::createObject(*bus_, "/org/freedesktop/portal/desktop")) {
-        object_->registerMethod("Read")
-            .onInterface("org.freedesktop.portal.Settings")
-            .implementedAs(
-                [answer = std::move(answer)](const std::string& space, const std::string& key) {
-                    if (space == "org.freedesktop.appearance" && key == "color-scheme")
-                        return answer();
-                    throw sdbus::Error("org.freedesktop.portal.Error.NotFound", space + key);
-                });
-        object_->finishRegistration();
-        bus_->requestName("org.freedesktop.portal.Desktop");
-        bus_->enterEventLoopAsync();
+        : service_(address, "/org/freedesktop/portal/desktop") {
+        addMethod(service_.object(), "org.freedesktop.portal.Settings", "Read",
+                  [answer = std::move(answer)](const std::string& space, const std::string& key) {
+                      if (space == "org.freedesktop.appearance" && key == "color-scheme")
+                          return answer();
+                      throw sdbus::Error("org.freedesktop.portal.Error.NotFound", space + key);
+                  });
+        service_.appear("org.freedesktop.portal.Desktop");
     }
-    ~FakePortal() { bus_->leaveEventLoop(); }
-    FakePortal(const FakePortal&) = delete;
-    FakePortal& operator=(const FakePortal&) = delete;
 
     // A number as the portal's method wraps it.
     static sdbus::Variant wrapped(std::uint32_t number) {
@@ -35,8 +27,7 @@ class FakePortal {
     }
 
  private:
-    std::unique_ptr<sdbus::IConnection> bus_;
-    std::unique_ptr<sdbus::IObject> object_;
+    BusService service_;
 };
 
 }  // namespace tandrel

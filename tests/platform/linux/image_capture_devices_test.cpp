@@ -1,14 +1,12 @@
 #include "platform/linux/image_capture_devices.h"
 
-#include <condition_variable>
-#include <deque>
 #include <fstream>
-#include <mutex>
+#include <semaphore>
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include "base/file.h"
+#include "platform/linux/taken_frames.h"
 #include "support/manual_clock.h"
 #include "support/temporary_folder.h"
 
@@ -29,35 +27,6 @@ Result<PixelBuffer> loadWidth(const fs::path& file) {
     return PixelBuffer::make(width, 1, nullptr);
 }
 
-// Takes frames and hands them out one by one.
-class Frames {
- public:
-    FrameSink sink() {
-        return [this](const PixelBuffer& frame) {
-            std::lock_guard lock(mutex_);
-            frames_.push_back(frame);
-            changed_.notify_all();
-        };
-    }
-    // The next frame's width; 0 when none comes.
-    int next() {
-        std::unique_lock lock(mutex_);
-        if (!changed_.wait_for(lock, 10s, [this] { return !frames_.empty(); })) return 0;
-        const int width = frames_.front().width();
-        frames_.pop_front();
-        return width;
-    }
-    bool isEmpty() {
-        std::lock_guard lock(mutex_);
-        return frames_.empty();
-    }
-
- private:
-    std::mutex mutex_;
-    std::condition_variable changed_;
-    std::deque<PixelBuffer> frames_;
-};
-
 class ImageCaptureTest : public testing::Test {
  protected:
     fs::path put(const fs::path& name, const std::string& text) {
@@ -68,27 +37,20 @@ class ImageCaptureTest : public testing::Test {
     }
     fs::path at(const fs::path& name) const { return folder_.path() / name; }
 
-    std::unique_ptr<ImageCaptureDevices> sources(std::vector<fs::path> paths) {
-        return std::make_unique<ImageCaptureDevices>(
+    void sources(std::vector<fs::path> paths) {
+        devices_ = std::make_unique<ImageCaptureDevices>(
             ImageCaptureDevices::Options{.paths = std::move(paths), .load = loadWidth}, clock_);
     }
     // One source of this path, opened.
-    std::unique_ptr<CaptureSession> play(const fs::path& path) {
-        devices_ = sources({path});
-        auto session = devices_->open(devices_->devices().at(0), frames_.sink());
-        if (!session) ADD_FAILURE() << session.error().message;
-        return session ? *std::move(session) : nullptr;
-    }
-    std::string openError(const fs::path& path) {
-        devices_ = sources({path});
-        const auto session = devices_->open(devices_->devices().at(0), frames_.sink());
-        return session ? "opened" : session.error().message;
+    Result<std::unique_ptr<CaptureSession>> play(const fs::path& path) {
+        sources({path});
+        return devices_->open(devices_->devices().at(0), frames_.sink());
     }
     // The widths of the next frames, one for each turn of the beat.
     std::vector<int> nextFrames(int count) {
         std::vector<int> widths;
         for (int i = 0; i < count; ++i) {
-            widths.push_back(frames_.next());
+            widths.push_back(frames_.next().first);
             clock_.advance(100ms);
         }
         return widths;
@@ -96,49 +58,36 @@ class ImageCaptureTest : public testing::Test {
 
     TemporaryFolder folder_;
     ManualClock clock_;
-    Frames frames_;
+    TakenFrames frames_;
     std::unique_ptr<ImageCaptureDevices> devices_;
 };
 
 TEST_F(ImageCaptureTest, APathIsAPhoneWhileItExists) {
-    const auto devices =
-        sources({put("My iPhone.png", "1"), put("Tour.v2/1.png", "1").parent_path(),
-                 at("missing.png"), at("./My iPhone.png")});
-    const auto found = devices->devices();
+    sources({put("My iPhone.png", "1"), put("Tour.v2/1.png", "1").parent_path(), at("missing.png"),
+             at("./My iPhone.png")});
+    const auto found = devices_->devices();
     ASSERT_EQ(found.size(), 2U);
     EXPECT_EQ(found[0].name, "My iPhone");
     EXPECT_EQ(found[0].modelId, "iOS Device (images)");
     EXPECT_EQ(found[1].name, "Tour.v2");
     EXPECT_NE(found[0].id, found[1].id);
+    const auto other = devices_->open({"image:/etc/passwd", "", "", true}, frames_.sink());
+    ASSERT_FALSE(other);
+    EXPECT_EQ(other.error().message, "there is no image source image:/etc/passwd");
+    fs::remove(at("My iPhone.png"));
+    EXPECT_FALSE(devices_->open(found[0], frames_.sink()));
 }
 
 TEST_F(ImageCaptureTest, PluggingAndUnpluggingIsReported) {
-    const fs::path file = at("phone.png");
-    std::mutex mutex;
-    std::deque<std::size_t> counts;
-    const auto devices = sources({file});
-    devices->setOnDevicesChanged([&] {
-        std::lock_guard lock(mutex);
-        counts.push_back(devices->devices().size());
-    });
-    const auto nextCount = [&] {
-        std::unique_lock lock(mutex);
-        while (counts.empty()) {
-            lock.unlock();
-            clock_.advance(ImageCaptureDevices::kLookInterval);
-            lock.lock();
-        }
-        const std::size_t count = counts.front();
-        counts.pop_front();
-        return count;
-    };
-    put("phone.png", "1");
-    EXPECT_EQ(nextCount(), 1U);
-    fs::remove(file);
-    EXPECT_EQ(nextCount(), 0U);
-    put("phone.png", "1");
-    EXPECT_EQ(nextCount(), 1U);
-    devices->setOnDevicesChanged({});
+    sources({at("phone.png")});
+    std::counting_semaphore<> changes(0);
+    devices_->setOnDevicesChanged([&] { changes.release(); });
+    for (const std::size_t count : {1U, 0U, 1U}) {
+        count == 1 ? void(put("phone.png", "1")) : void(fs::remove(at("phone.png")));
+        while (!changes.try_acquire()) clock_.advance(ImageCaptureDevices::kLookInterval);
+        EXPECT_EQ(devices_->devices().size(), count);
+    }
+    devices_->setOnDevicesChanged({});
 }
 
 TEST_F(ImageCaptureTest, AFolderPlaysItsImagesByNameOverAndOver) {
@@ -162,44 +111,32 @@ TEST_F(ImageCaptureTest, AStillImageComesAgainAndChangesWithItsFile) {
     EXPECT_THAT(nextFrames(2), ElementsAre(6, 6));
 }
 
-TEST_F(ImageCaptureTest, AnImageThatBreaksWhileItPlaysMissesItsTurn) {
+TEST_F(ImageCaptureTest, AnImageThatBreaksWhileItPlaysMissesItsTurnAndNoneComesAfterTheEnd) {
     put("tour/a.png", "1");
     put("tour/b.png", "junk");
     put("tour/c.png", "3");
-    const auto session = play(at("tour"));
-    EXPECT_EQ(frames_.next(), 1);
+    auto session = play(at("tour"));
+    EXPECT_EQ(frames_.next().first, 1);
     while (frames_.isEmpty()) clock_.advance(100ms);
-    EXPECT_EQ(frames_.next(), 3);
-}
-
-TEST_F(ImageCaptureTest, NoFrameComesAfterTheSessionEnds) {
-    put("phone.png", "5");
-    auto session = play(at("phone.png"));
-    EXPECT_EQ(frames_.next(), 5);
-    session.reset();
+    EXPECT_EQ(frames_.next().first, 3);
+    session->reset();
+    while (!frames_.isEmpty()) frames_.next();
     clock_.advance(1s);
     EXPECT_TRUE(frames_.isEmpty());
 }
 
 TEST_F(ImageCaptureTest, WhatCannotBeShownSaysWhichFile) {
-    EXPECT_EQ(openError(put("notes.png", "hello")),
-              "can't show " + at("notes.png").string() + ": this is not an image");
-    EXPECT_EQ(openError(put("big.png", std::string(100, '1'))),
-              "can't read " + at("big.png").string() + ": it is larger than 64 bytes");
-    EXPECT_EQ(openError(put("empty/readme.txt", "1").parent_path()),
-              "there is no PNG or JPEG file in " + at("empty").string());
-    EXPECT_EQ(openError(put("tour/a.png", "x").parent_path()),
-              "can't show " + at("tour/a.png").string() + ": this is not an image");
-}
-
-TEST_F(ImageCaptureTest, ADeviceThatWasUnpluggedOrNeverWasCannotBeOpened) {
-    devices_ = sources({put("phone.png", "1")});
-    const auto phone = devices_->devices().at(0);
-    fs::remove(at("phone.png"));
-    EXPECT_FALSE(devices_->open(phone, frames_.sink()));
-    const auto other = devices_->open({"image:/etc/passwd", "", "", true}, frames_.sink());
-    ASSERT_FALSE(other);
-    EXPECT_EQ(other.error().message, "there is no image source image:/etc/passwd");
+    const std::pair<fs::path, std::string> rows[] = {
+        {put("notes.png", "hello"),
+         "can't show " + at("notes.png").string() + ": this is not an image"},
+        {put("big.png", std::string(100, '1')),
+         "can't read " + at("big.png").string() + ": it is larger than 64 bytes"},
+        {put("empty/readme.txt", "1").parent_path(),
+         "there is no PNG or JPEG file in " + at("empty").string()},
+        {put("tour/a.png", "x").parent_path(),
+         "can't show " + at("tour/a.png").string() + ": this is not an image"},
+    };
+    for (const auto& [path, error] : rows) EXPECT_EQ(play(path).error().message, error);
 }
 
 TEST(ImagePaths, SplitAtColons) {

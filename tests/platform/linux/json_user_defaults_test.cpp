@@ -1,15 +1,14 @@
 #include "platform/linux/json_user_defaults.h"
 
 #include <fstream>
-#include <sstream>
 #include <thread>
 
 #include <fcntl.h>
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <sys/file.h>
 #include <sys/stat.h>
 
+#include "base/file.h"
 #include "base/file_descriptor.h"
 #include "platform/linux/as_nobody.h"
 #include "support/manual_clock.h"
@@ -25,9 +24,11 @@ class JsonUserDefaultsTest : public testing::Test {
  protected:
     void write(const std::string& text) { std::ofstream(file_, std::ios::binary) << text; }
     static std::string read(const fs::path& file) {
-        std::ostringstream text;
-        text << std::ifstream(file, std::ios::binary).rdbuf();
-        return text.str();
+        return readFile(file, 2 * JsonUserDefaults::kLargestFile).value_or("");
+    }
+    static std::string whyNotKept(JsonUserDefaults& defaults) {
+        const auto result = defaults.set("paused", false);
+        return result ? "kept" : result.error().message;
     }
     fs::path beside(const char* suffix) const { return file_.string() + suffix; }
 
@@ -42,16 +43,11 @@ TEST_F(JsonUserDefaultsTest, KeepsWhatIsSetBesideWhatWasThere) {
     ASSERT_TRUE(defaults_.set("link", "airplay"));
     EXPECT_EQ(defaults_.boolValue("paused"), true);
     EXPECT_EQ(defaults_.textValue("link"), "airplay");
+    EXPECT_EQ(defaults_.textValue("paused"), std::nullopt) << "another type";
+    EXPECT_EQ(defaults_.boolValue("link"), std::nullopt);
+    EXPECT_EQ(defaults_.boolValue("never set"), std::nullopt);
     EXPECT_THAT(read(file_), HasSubstr("\"deep\": [\n            1,\n            null\n"));
     EXPECT_FALSE(fs::exists(beside(".broken")));
-}
-
-TEST_F(JsonUserDefaultsTest, AValueOfAnotherTypeIsAbsent) {
-    ASSERT_TRUE(defaults_.set("paused", "yes"));
-    ASSERT_TRUE(defaults_.set("link", false));
-    EXPECT_EQ(defaults_.boolValue("paused"), std::nullopt);
-    EXPECT_EQ(defaults_.textValue("link"), std::nullopt);
-    EXPECT_EQ(defaults_.boolValue("never set"), std::nullopt);
 }
 
 TEST_F(JsonUserDefaultsTest, SeesEveryChangeAtOnceHoweverAlikeTheFiles) {
@@ -73,24 +69,18 @@ TEST_F(JsonUserDefaultsTest, WritersDoNotLoseEachOthersKeys) {
             ASSERT_TRUE(own.set(prefix + std::to_string(i), true));
         }
     };
-    std::thread one(writeAll, "a");
-    std::thread two(writeAll, "b");
-    one.join();
-    two.join();
-    for (const char* prefix : {"a", "b"}) {
-        for (int i = 0; i < kEach; ++i) {
-            EXPECT_EQ(defaults_.boolValue(prefix + std::to_string(i)), true) << prefix << i;
-        }
+    {
+        const std::jthread one(writeAll, "a"), two(writeAll, "b");
+    }
+    for (int i = 0; i < kEach; ++i) {
+        EXPECT_EQ(defaults_.boolValue("a" + std::to_string(i)), true) << i;
+        EXPECT_EQ(defaults_.boolValue("b" + std::to_string(i)), true) << i;
     }
 }
 
-struct BrokenFile {
-    const char* name;
-    std::string text;
-};
-
 TEST_F(JsonUserDefaultsTest, WhatIsNotSettingsCountsAsEmptyAndIsKept) {
-    const BrokenFile cases[] = {
+    const std::pair<const char*, std::string> cases[] = {
+        {"empty, so nothing is lost", ""},
         {"truncated", R"({"paused": true, "li)"},
         {"not JSON", "paused = true\n"},
         {"an array", "[true]"},
@@ -107,19 +97,12 @@ TEST_F(JsonUserDefaultsTest, WhatIsNotSettingsCountsAsEmptyAndIsKept) {
         EXPECT_EQ(read(file_), text) << "reading changes nothing";
         ASSERT_TRUE(defaults_.set("paused", true));
         EXPECT_EQ(defaults_.boolValue("paused"), true);
-        ++kept;
-        const std::string suffix = kept == 1 ? ".broken" : ".broken-" + std::to_string(kept);
-        EXPECT_TRUE(read(beside(suffix.c_str())) == text);
+        const std::string number = kept == 0 ? "" : "-" + std::to_string(kept + 1);
+        const fs::path copy = beside((".broken" + number).c_str());
+        EXPECT_EQ(fs::exists(copy), !text.empty());
+        EXPECT_TRUE(read(copy) == text);
+        kept += text.empty() ? 0 : 1;
     }
-}
-
-TEST_F(JsonUserDefaultsTest, AnEmptyFileLosesNothing) {
-    fs::create_directories(file_.parent_path());
-    write("");
-    EXPECT_EQ(defaults_.boolValue("paused"), std::nullopt);
-    ASSERT_TRUE(defaults_.set("paused", false));
-    EXPECT_EQ(defaults_.boolValue("paused"), false);
-    EXPECT_FALSE(fs::exists(beside(".broken")));
 }
 
 TEST_F(JsonUserDefaultsTest, ALinkIsFollowedAndItsBrokenTargetKept) {
@@ -134,23 +117,19 @@ TEST_F(JsonUserDefaultsTest, ALinkIsFollowedAndItsBrokenTargetKept) {
 }
 
 TEST_F(JsonUserDefaultsTest, WhereNothingCanBeKeptTheErrorNamesTheFile) {
-    const auto error = [this] {
-        const auto result = defaults_.set("paused", true);
-        return result ? "kept" : result.error().message;
-    };
     fs::create_directories(file_);
     EXPECT_EQ(defaults_.boolValue("paused"), std::nullopt);
-    EXPECT_EQ(error(), "can't read " + file_.string() + ": it is a folder");
+    EXPECT_EQ(whyNotKept(defaults_), "can't read " + file_.string() + ": it is a folder");
 
     fs::remove(file_);
     ASSERT_EQ(::mkfifo(file_.c_str(), 0600), 0);
     EXPECT_EQ(defaults_.boolValue("paused"), std::nullopt);
-    EXPECT_EQ(error(), "can't read " + file_.string() + ": it is not a regular file");
+    EXPECT_EQ(whyNotKept(defaults_), "can't read " + file_.string() + ": it is not a regular file");
 
     fs::remove(file_);
     fs::remove_all(file_.parent_path());
     std::ofstream(file_.parent_path()) << "a file where the folder should be";
-    EXPECT_THAT(error(), HasSubstr(file_.string()));
+    EXPECT_THAT(whyNotKept(defaults_), HasSubstr(file_.string()));
 }
 
 TEST_F(JsonUserDefaultsTest, AClosedFileOrFolderStaysAsItWas) {
@@ -163,9 +142,7 @@ TEST_F(JsonUserDefaultsTest, AClosedFileOrFolderStaysAsItWas) {
         const AsNobody nobody;
         JsonUserDefaults fresh(file_);
         EXPECT_EQ(fresh.boolValue("paused"), std::nullopt);
-        const auto result = fresh.set("paused", false);
-        ASSERT_FALSE(result);
-        EXPECT_THAT(result.error().message, HasSubstr("Permission denied"));
+        EXPECT_THAT(whyNotKept(fresh), HasSubstr("Permission denied"));
     }
     fs::permissions(file_.parent_path(), fs::perms(0755));
     fs::permissions(file_, fs::perms(0644));
@@ -178,9 +155,8 @@ TEST_F(JsonUserDefaultsTest, ALockThatIsNeverGivenBackIsAnErrorInTheEnd) {
     const FileDescriptor lock(::open(beside(".lock").c_str(), O_CREAT | O_RDWR, 0600));
     ASSERT_EQ(::flock(lock.get(), LOCK_EX), 0);
     ManualClock clock(ManualClock::Sleep::passes);
-    const auto result = JsonUserDefaults(file_, clock).set("paused", true);
-    ASSERT_FALSE(result);
-    EXPECT_THAT(result.error().message, HasSubstr("another program holds"));
+    JsonUserDefaults waiting(file_, clock);
+    EXPECT_THAT(whyNotKept(waiting), HasSubstr("another program holds"));
     EXPECT_FALSE(fs::exists(file_));
 }
 

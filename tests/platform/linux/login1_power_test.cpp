@@ -1,7 +1,6 @@
 #include "platform/linux/login1_power.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include "platform/linux/fake_login1.h"
 #include "platform/linux/linux_main_loop.h"
@@ -19,39 +18,27 @@ class Login1PowerTest : public testing::Test {
     LinuxMainLoop loop_;
 };
 
-TEST_F(Login1PowerTest, TheComputerWaitsUntilSleepIsPrepared) {
+TEST_F(Login1PowerTest, HoldsSleepUpUntilItIsPreparedAndAgainAfterWaking) {
     FakeLogin1 manager(bus_.address());
-    Login1Power power(loop_);
-    const Inhibitor inhibitor = manager.awaitInhibitor();
-    EXPECT_THAT(inhibitor.asked, ElementsAre("sleep", "Tandrel", "delay"));
-    bool releasedTooSoon = true;
-    power.setOnSleep([&] {
-        releasedTooSoon = inhibitor.isReleased(0ms);
-        loop_.quit(0);
-    });
-    manager.prepareForSleep(true);
-    loop_.run();
-    EXPECT_FALSE(releasedTooSoon);
-    EXPECT_TRUE(inhibitor.isReleased());
-}
-
-TEST_F(Login1PowerTest, AfterWakingItHoldsTheNextSleepUp) {
-    FakeLogin1 manager(bus_.address());
-    Login1Power power(loop_);
-    std::string seen;
-    power.setOnSleep([&] { seen += 's'; });
-    power.setOnWake([&] {
-        seen += 'w';
-        loop_.quit(0);
-    });
+    auto power = std::make_unique<Login1Power>(loop_);
     const Inhibitor first = manager.awaitInhibitor();
+    EXPECT_THAT(first.asked, ElementsAre("sleep", "Tandrel", "delay"));
+    std::string seen;
+    power->setOnSleep([&] { seen += first.isReleased(0ms) ? "released too soon " : "held "; });
+    power->setOnWake([&] {
+        seen += "awake";
+        loop_.quit(0);
+    });
     manager.prepareForSleep(true);
     manager.prepareForSleep(false);
     loop_.run();
-    EXPECT_EQ(seen, "sw");
+    EXPECT_EQ(seen, "held awake");
+    EXPECT_TRUE(first.isReleased());
     const Inhibitor second = manager.awaitInhibitor();
     EXPECT_THAT(second.asked, ElementsAre("sleep", "Tandrel", "delay"));
     EXPECT_FALSE(second.isReleased(0ms));
+    power.reset();
+    EXPECT_TRUE(second.isReleased());
 }
 
 TEST_F(Login1PowerTest, FindsAManagerThatStartsLaterOrAnew) {
@@ -63,16 +50,6 @@ TEST_F(Login1PowerTest, FindsAManagerThatStartsLaterOrAnew) {
         manager.prepareForSleep(false);
         EXPECT_EQ(loop_.run(), start);
     }
-}
-
-TEST_F(Login1PowerTest, GivesTheInhibitorBackAtTheEnd) {
-    FakeLogin1 manager(bus_.address());
-    Inhibitor inhibitor;
-    {
-        Login1Power power(loop_);
-        inhibitor = manager.awaitInhibitor();
-    }
-    EXPECT_TRUE(inhibitor.isReleased());
 }
 
 TEST_F(Login1PowerTest, ABusThatIsMissingOrGoesAwayHarmsNothing) {

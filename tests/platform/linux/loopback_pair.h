@@ -21,11 +21,19 @@ class LoopbackPair {
         sockaddr_in address{};
         address.sin_family = AF_INET;
         address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-        bindAndListen(listener.get(), address);
-        const std::uint16_t port = ntohs(nameOf(listener.get(), ::getsockname).sin_port);
-        dial(kind, port);
+        check(::bind(listener.get(), generic(address), sizeof address));
+        check(::listen(listener.get(), 1));
+        address = nameOf(listener.get(), ::getsockname);
+        const bool v4 = kind == Client::ipv4;
+        client = FileDescriptor(::socket(v4 ? AF_INET : AF_INET6, SOCK_STREAM | SOCK_CLOEXEC, 0));
+        sockaddr_in6 mapped{};
+        mapped.sin6_family = AF_INET6;
+        mapped.sin6_port = address.sin_port;
+        ::inet_pton(AF_INET6, "::ffff:127.0.0.1", &mapped.sin6_addr);
+        check(v4 ? ::connect(client.get(), generic(address), sizeof address)
+                 : ::connect(client.get(), generic(mapped), sizeof mapped));
         server = FileDescriptor(::accept4(listener.get(), nullptr, nullptr, SOCK_CLOEXEC));
-        if (!server) throw std::runtime_error("accept");
+        check(server.get());
     }
 
     LoopbackConnection asSeenByServer() const {
@@ -40,38 +48,17 @@ class LoopbackPair {
     FileDescriptor client;
 
  private:
-    template <typename Getter>
-    static sockaddr_in nameOf(int socket, Getter getter) {
+    static void check(int result) {
+        if (result < 0) throw std::runtime_error("no loopback connection");
+    }
+    static const sockaddr* generic(const auto& address) {
+        return reinterpret_cast<const sockaddr*>(&address);
+    }
+    static sockaddr_in nameOf(int socket, auto getter) {
         sockaddr_in name{};
         socklen_t size = sizeof name;
-        if (getter(socket, reinterpret_cast<sockaddr*>(&name), &size) != 0) {
-            throw std::runtime_error("socket name");
-        }
+        check(getter(socket, reinterpret_cast<sockaddr*>(&name), &size));
         return name;
-    }
-
-    static void bindAndListen(int socket, const sockaddr_in& address) {
-        const auto* name = reinterpret_cast<const sockaddr*>(&address);
-        if (::bind(socket, name, sizeof address) != 0 || ::listen(socket, 1) != 0) {
-            throw std::runtime_error("listen");
-        }
-    }
-
-    void dial(Client kind, std::uint16_t port) {
-        const bool v4 = kind == Client::ipv4;
-        client = FileDescriptor(::socket(v4 ? AF_INET : AF_INET6, SOCK_STREAM | SOCK_CLOEXEC, 0));
-        sockaddr_in plain{};
-        plain.sin_family = AF_INET;
-        plain.sin_port = htons(port);
-        plain.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-        sockaddr_in6 mapped{};
-        mapped.sin6_family = AF_INET6;
-        mapped.sin6_port = htons(port);
-        ::inet_pton(AF_INET6, "::ffff:127.0.0.1", &mapped.sin6_addr);
-        const auto* name = v4 ? reinterpret_cast<const sockaddr*>(&plain)
-                              : reinterpret_cast<const sockaddr*>(&mapped);
-        const socklen_t size = v4 ? sizeof plain : sizeof mapped;
-        if (::connect(client.get(), name, size) != 0) throw std::runtime_error("connect");
     }
 };
 

@@ -1,7 +1,6 @@
 #include "platform/linux/pipe_airplay_receiver.h"
 
 #include <atomic>
-#include <fstream>
 
 #include <gtest/gtest.h>
 
@@ -9,6 +8,7 @@
 #include "image/gdp_writer.h"
 #include "platform/linux/loopback_pair.h"
 #include "platform/linux/window_watch.h"
+#include "support/eventually.h"
 #include "support/temporary_folder.h"
 
 namespace tandrel {
@@ -18,20 +18,27 @@ using State = ReceiverStatus::State;
 
 constexpr std::uint32_t kGrey = 0x828282;  // of brightness 128
 
-Bytes joined(std::initializer_list<Bytes> parts) {
-    Bytes all;
-    for (const Bytes& part : parts) all.insert(all.end(), part.begin(), part.end());
+// A stream's beginning, a picture and so many bytes of another one.
+Bytes pictures(int width, int height, std::ptrdiff_t cutOff = 0) {
+    Bytes all = gdp::caps(width, height);
+    const Bytes frame = gdp::frame(width, height);
+    all.insert(all.end(), frame.begin(), frame.end());
+    all.insert(all.end(), frame.begin(), frame.begin() + cutOff);
     return all;
 }
 
 // A program in the receiver's place: a script that writes a file of ours into its descriptor 3.
 class Receiver : public testing::Test {
  protected:
-    // `words` is the script; "$F/name" is a stream that `stream` made.
+    // `words` is the script; "$F/name" is what `put` wrote, and "await name" waits until
+    // it was.
     void play(const std::string& words) {
         const auto script = folder.path() / "receiver";
-        ASSERT_TRUE(replaceFile(script, "#!/bin/sh\nF=" + folder.path().string() +
-                                            "\necho started >>$F/starts\n" + words + "\n"));
+        ASSERT_TRUE(
+            replaceFile(script, "#!/bin/sh\nF=" + folder.path().string() +
+                                    "\necho started >>$F/starts\n"
+                                    "await() { while [ ! -e $F/$1 ]; do sleep 0.01; done; }\n" +
+                                    words + "\n"));
         std::filesystem::permissions(script, std::filesystem::perms::owner_all);
         receiver = std::make_unique<PipeAirPlayReceiver>(PipeAirPlayReceiver::Options{
             .program = program.empty() ? script.string() : program,
@@ -42,29 +49,36 @@ class Receiver : public testing::Test {
             .isConnected = [this](pid_t) { return connected.load(); }});
         receiver->start();
     }
-    void stream(const std::string& name, const Bytes& bytes) {
+    void put(const std::string& name, const Bytes& bytes) {
         ASSERT_TRUE(replaceFile(folder.path() / name, toText(bytes)));
     }
-    bool await(const std::function<bool()>& fits) const {
-        const TimePoint end = systemClock().now() + std::chrono::seconds(20);
-        while (!fits()) {
-            if (systemClock().now() > end) return false;
-            std::this_thread::yield();
-        }
-        return true;
-    }
     bool awaitState(State state) {
-        return await([&] { return receiver->status().state == state; });
+        return eventually([&] { return receiver->status().state == state; });
     }
-    // The window, once there is one.
-    std::optional<WinInfo> awaitWindow(std::uint32_t otherThan = 0) {
-        std::optional<WinInfo> found;
-        await([&] {
+    // That it says so and is started again.
+    void expectTrouble(const std::string& words, State state, const std::string& error) {
+        SCOPED_TRACE(words);
+        const auto before = starts();
+        play(words);
+        EXPECT_TRUE(eventually([&] {
+            const ReceiverStatus now = receiver->status();
+            return now.state == state && now.error == error;
+        })) << receiver->status().error;
+        EXPECT_TRUE(eventually([&] { return program != "" || starts() > before + 1; }));
+        receiver.reset();
+    }
+    // The window, once there is one, which is watched from then on.
+    WinInfo awaitWindow(std::uint32_t otherThan = 0) {
+        WinInfo found;
+        EXPECT_TRUE(eventually([&] {
             const auto all = *receiver->all();
             if (all.empty() || all.front().id == otherThan) return false;
             found = all.front();
             return true;
-        });
+        }));
+        auto opened = receiver->open(found.id, watch.events());
+        EXPECT_TRUE(opened);
+        if (opened) stream = *std::move(opened);
         return found;
     }
     std::ptrdiff_t starts() const {
@@ -75,159 +89,112 @@ class Receiver : public testing::Test {
     TemporaryFolder folder;
     std::string program;
     std::atomic<bool> connected{true};
+    WindowWatch watch;
     std::unique_ptr<PipeAirPlayReceiver> receiver;
+    std::unique_ptr<WindowStream> stream;
 };
 
 TEST_F(Receiver, ItsPictureIsAWindowAndFollowsThePhonesTurning) {
-    stream("upright", joined({gdp::caps(498, 1080), gdp::frame(498, 1080)}));
-    stream("turned", joined({gdp::caps(1080, 498), gdp::frame(1080, 498)}));
-    play(
-        "echo ready; cat $F/upright >&3; while [ ! -e $F/turn ]; do sleep 0.01; done; "
-        "cat $F/turned >&3; exec sleep 1000");
-    const auto window = awaitWindow();
-    ASSERT_TRUE(window);
-    EXPECT_EQ(window->title, "Desk");
-    EXPECT_TRUE(window->isBare);
+    put("upright", pictures(498, 1080));
+    put("turned", pictures(1080, 498));
+    play("cat $F/upright >&3; await turn; cat $F/turned >&3; exec sleep 1000");
+    const WinInfo window = awaitWindow();
+    EXPECT_EQ(window.title, "Desk");
+    EXPECT_TRUE(window.isBare);
     EXPECT_EQ(receiver->status().state, State::mirroring);
     EXPECT_EQ(receiver->isOn(), true);
-    WindowWatch watch;
-    const auto stream = receiver->open(window->id, watch.events());
-    ASSERT_TRUE(stream);
     EXPECT_TRUE(watch.awaitFrame(498, 1080, kGrey));
-    std::ofstream(folder.path() / "turn").put('\n');
+    put("turn", {});
     EXPECT_TRUE(watch.awaitFrame(1080, 498, kGrey));
-    EXPECT_EQ(receiver->all()->front().id, window->id);
+    EXPECT_EQ(receiver->all()->front().id, window.id);
     EXPECT_EQ(receiver->all()->front().frame.width, 1080);
 }
 
 TEST_F(Receiver, OnButNotMirroringIsAStateOfItsOwn) {
-    play("echo Initialized; exec sleep 1000");
-    EXPECT_TRUE(awaitState(State::waiting));
-    EXPECT_TRUE(receiver->all()->empty());
-    EXPECT_EQ(receiver->open(0xf0000001, {}).error().message, "window 4026531841 is gone");
-}
-
-TEST_F(Receiver, ASilentProgramThatGoesOnIsOn) {
-    play("exec sleep 1000");
-    EXPECT_TRUE(awaitState(State::waiting));
+    for (const char* words : {"echo Initialized; exec sleep 1000", "exec sleep 1000"}) {
+        play(words);
+        EXPECT_TRUE(awaitState(State::waiting)) << words;
+        EXPECT_TRUE(receiver->all()->empty());
+        EXPECT_EQ(receiver->open(0xf0000001, {}).error().message, "window 4026531841 is gone");
+    }
 }
 
 TEST_F(Receiver, APhoneThatLeavesEndsTheWindowAndTheNextOneIsAnother) {
-    stream("one", joined({gdp::caps(498, 1080), gdp::frame(498, 1080)}));
-    play(
-        "echo ready; cat $F/one >&3; while [ ! -e $F/next ]; do sleep 0.01; done; cat $F/one >&3; "
-        "exec sleep 1000");
-    const auto window = awaitWindow();
-    ASSERT_TRUE(window);
-    WindowWatch watch;
-    const auto stream = receiver->open(window->id, watch.events());
+    put("one", pictures(498, 1080));
+    play("cat $F/one >&3; await next; cat $F/one >&3; exec sleep 1000");
+    const WinInfo window = awaitWindow();
     connected = false;
     EXPECT_EQ(watch.awaitEnd(), "the iPhone stopped mirroring its screen");
     EXPECT_TRUE(awaitState(State::waiting));
     connected = true;
-    std::ofstream(folder.path() / "next").put('\n');
-    EXPECT_TRUE(awaitWindow(window->id)) << "it may be another phone";
+    put("next", {});
+    awaitWindow(window.id);
 }
 
 TEST_F(Receiver, ANewStreamOfTheSameFormIsAnotherPhones) {
-    stream("two", joined({gdp::caps(498, 1080), gdp::frame(498, 1080), gdp::caps(498, 1080)}));
-    stream("rest", gdp::frame(498, 1080));
-    play(
-        "cat $F/two >&3; while [ ! -e $F/next ]; do sleep 0.01; done; cat $F/rest >&3; exec sleep "
-        "1000");
-    std::ofstream(folder.path() / "next").put('\n');
-    EXPECT_TRUE(await([&] {
-        const auto all = *receiver->all();
-        return !all.empty() && all.front().id == 0xf0000002;
-    }));
+    put("one", pictures(498, 1080));
+    play("cat $F/one >&3; await next; cat $F/one >&3; exec sleep 1000");
+    const WinInfo window = awaitWindow();
+    put("next", {});
+    EXPECT_EQ(watch.awaitEnd(), "the iPhone stopped mirroring its screen");
+    awaitWindow(window.id);
 }
 
-TEST_F(Receiver, WhatEndsIsStartedAgainAndItsLastErrorIsTold) {
-    play("echo hello; echo '*** ERROR: no network'; echo Stopping...; exit 1");
-    EXPECT_TRUE(await([&] { return starts() >= 3; }));
-    EXPECT_TRUE(awaitState(State::failed));
-    EXPECT_EQ(receiver->status().error, "the AirPlay receiver ended: *** ERROR: no network");
-}
-
-TEST_F(Receiver, AMissingProgramOrPartIsSaidWithTheCommandThatHelps) {
+TEST_F(Receiver, WhatEndsOrLacksAPartIsStartedAgainAndSaidWithTheCommandThatHelps) {
+    expectTrouble("echo hello; echo '*** ERROR: no network'; echo Stopping...; exit 1",
+                  State::failed, "the AirPlay receiver ended: *** ERROR: no network");
     const std::string install =
         "sudo apt install uxplay avahi-daemon gstreamer1.0-plugins-base gstreamer1.0-plugins-good "
         "gstreamer1.0-plugins-bad gstreamer1.0-libav";
-    program = "no-such-receiver";
-    play("");
-    EXPECT_TRUE(awaitState(State::missing));
-    EXPECT_EQ(receiver->status().error, "AirPlay needs the program no-such-receiver: " + install);
-    receiver.reset();
-    program.clear();
     const std::string lacks = "the AirPlay receiver lacks a part (";
     // What the real program says, and how it ends.
-    const struct {
-        const char* words;
-        std::string error;
-    } rows[] = {
-        {"echo \"Required gstreamer plugin 'libav' not found\"; "
-         "echo \"Missing plugin is contained in  '[GStreamer 1.x]-libav'\"; echo stopping; exit 1",
-         lacks + "Required gstreamer plugin 'libav' not found): " + install},
-        {"echo; echo '** (uxplay:15124): ERROR **: 15:27:26.055: get_parse_launch error (video) "
-         ":'; "
-         "echo ' no element \"gdppay\"'; kill -TRAP $$",
-         lacks + "no element \"gdppay\"): " + install},
-        {"echo 'No DNS-SD Server found (DNSServiceRegister call returned "
-         "kDNSServiceErr_Unknown)'; exit 0",
-         "iPhones cannot find the AirPlay receiver, since no avahi-daemon runs on this computer "
-         "(No DNS-SD Server found (DNSServiceRegister call returned kDNSServiceErr_Unknown)): sudo "
-         "apt install avahi-daemon && sudo systemctl start avahi-daemon"},
-    };
-    for (const auto& row : rows) {
-        play(row.words);
-        EXPECT_TRUE(awaitState(State::missing)) << row.words;
-        EXPECT_EQ(receiver->status().error, row.error);
-        receiver.reset();
-    }
+    expectTrouble(
+        "echo \"Required gstreamer plugin 'libav' not found\"; "
+        "echo \"Missing plugin is contained in  '[GStreamer 1.x]-libav'\"; echo stopping; exit 1",
+        State::missing, lacks + "Required gstreamer plugin 'libav' not found): " + install);
+    expectTrouble(
+        "echo; echo '** (uxplay:15124): ERROR **: 15:27:26.055: get_parse_launch error (video) :'; "
+        "echo ' no element \"gdppay\"'; kill -TRAP $$",
+        State::missing, lacks + "no element \"gdppay\"): " + install);
+    const std::string noServer =
+        "No DNS-SD Server found (DNSServiceRegister call returned kDNSServiceErr_Unknown)";
+    expectTrouble("echo '" + noServer + "'; exit 0", State::missing,
+                  "iPhones cannot find the AirPlay receiver, since no avahi-daemon runs on this "
+                  "computer (" +
+                      noServer +
+                      "): sudo apt install avahi-daemon && sudo systemctl start avahi-daemon");
+    program = "no-such-receiver";
+    expectTrouble("", State::missing, "AirPlay needs the program no-such-receiver: " + install);
 }
 
 TEST_F(Receiver, BrokenStreamsAreToldAndStartedAgain) {
     const Bytes frame = gdp::frame(498, 1080);
-    const struct {
-        const char* name;
-        Bytes stream;
-        const char* error;
-    } rows[] = {
-        {"nonsense", Bytes(500, 0x37), "what the receiver sends is no stream of frames"},
-        {"huge", gdp::caps(100'000, 100'000), "the receiver sends frames of no usable size"},
-        {"half a frame", joined({gdp::caps(498, 1080), {frame.begin(), frame.begin() + 1000}}),
-         "the AirPlay receiver got stuck in the middle of a frame"},
-        {"half a head",
-         {frame.begin(), frame.begin() + 30},
-         "the AirPlay receiver got stuck in the middle of a frame"},
+    const std::string stuck = "the AirPlay receiver got stuck in the middle of a frame";
+    const std::pair<Bytes, std::string> rows[] = {
+        {Bytes(500, 0x37), "what the receiver sends is no stream of frames"},
+        {gdp::caps(100'000, 100'000), "the receiver sends frames of no usable size"},
+        {pictures(498, 1080, 1000), stuck},
+        {{frame.begin(), frame.begin() + 30}, stuck},
     };
-    for (const auto& row : rows) {
-        stream("bad", row.stream);
-        play("cat $F/bad >&3; exec sleep 1000");
-        const auto before = starts();
-        EXPECT_TRUE(await([&] { return receiver->status().error == row.error; })) << row.name;
-        EXPECT_TRUE(await([&] { return starts() > before; })) << row.name;
-        receiver.reset();
+    for (const auto& [bytes, error] : rows) {
+        put("bad", bytes);
+        expectTrouble("cat $F/bad >&3; exec sleep 1000", State::failed, error);
     }
 }
 
 TEST_F(Receiver, DeathInMidFrameEndsTheWindow) {
-    const Bytes frame = gdp::frame(498, 1080);
-    stream("cut", joined({gdp::caps(498, 1080), frame, {frame.begin(), frame.begin() + 5000}}));
-    play("cat $F/cut >&3; while [ ! -e $F/die ]; do sleep 0.01; done");
-    const auto window = awaitWindow();
-    ASSERT_TRUE(window);
-    WindowWatch watch;
-    const auto stream = receiver->open(window->id, watch.events());
-    ASSERT_TRUE(stream);
-    std::ofstream(folder.path() / "die").put('\n');
+    put("cut", pictures(498, 1080, 5000));
+    play("cat $F/cut >&3; await die");
+    awaitWindow();
+    put("die", {});
     EXPECT_EQ(watch.awaitEnd(), "the iPhone stopped mirroring its screen");
 }
 
 TEST_F(Receiver, StopEndsTheProgramAndAllItStarted) {
     play("echo ready; echo $$ >$F/pid; sleep 1000 & wait");
     EXPECT_TRUE(awaitState(State::waiting));
-    ASSERT_TRUE(await([&] { return readFile(folder.path() / "pid", 100).value_or("") != ""; }));
+    ASSERT_TRUE(
+        eventually([&] { return readFile(folder.path() / "pid", 100).value_or("") != ""; }));
     const pid_t pid = std::stoi(*readFile(folder.path() / "pid", 100));
     receiver->stop();
     EXPECT_EQ(receiver->status().state, State::off);

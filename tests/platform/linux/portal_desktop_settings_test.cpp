@@ -13,28 +13,25 @@ TEST(PortalDesktopSettings, TellWhichColoursThePersonPrefers) {
     const EnvironmentVariable session("DBUS_SESSION_BUS_ADDRESS", bus.address());
     PortalDesktopSettings settings;
     EXPECT_EQ(settings.colorPreference(), ColorPreference::none) << "no portal";
-    struct Row {
+    const struct {
         const char* name;
-        sdbus::Variant answer;
+        std::optional<sdbus::Variant> answer;
         ColorPreference expected;
-    };
-    const Row rows[] = {
+    } rows[] = {
         {"no preference", FakePortal::wrapped(0), ColorPreference::none},
         {"dark", FakePortal::wrapped(1), ColorPreference::dark},
         {"light", FakePortal::wrapped(2), ColorPreference::light},
         {"dark, wrapped once", sdbus::Variant(std::uint32_t{1}), ColorPreference::dark},
         {"a number of the future", FakePortal::wrapped(77), ColorPreference::none},
         {"no number", sdbus::Variant(sdbus::Variant(std::string("dark"))), ColorPreference::none},
+        {"no such setting", std::nullopt, ColorPreference::none},
     };
-    for (const Row& row : rows) {
-        const FakePortal portal(bus.address(), [&] { return row.answer; });
-        EXPECT_EQ(settings.colorPreference(), row.expected) << row.name;
-    }
-    {
-        const FakePortal knowsNothing(bus.address(), []() -> sdbus::Variant {
-            throw sdbus::Error("org.freedesktop.portal.Error.NotFound", "no such setting");
+    for (const auto& row : rows) {
+        const FakePortal portal(bus.address(), [&] {
+            return row.answer ? *row.answer
+                              : throw sdbus::Error("test.NotFound", "no such setting");
         });
-        EXPECT_EQ(settings.colorPreference(), ColorPreference::none) << "no such setting";
+        EXPECT_EQ(settings.colorPreference(), row.expected) << row.name;
     }
     bus.stop();
     EXPECT_EQ(settings.colorPreference(), ColorPreference::none) << "no bus";

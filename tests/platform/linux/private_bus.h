@@ -1,5 +1,6 @@
 #pragma once
 
+#include <csignal>
 #include <fstream>
 #include <stdexcept>
 #include <string>

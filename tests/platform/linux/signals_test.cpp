@@ -10,96 +10,66 @@
 namespace tandrel {
 namespace {
 
-// Each case runs in a process of its own, since signals are the whole process's.
-class StopSignalsTest : public testing::Test {
- protected:
-    StopSignalsTest() { GTEST_FLAG_SET(death_test_style, "threadsafe"); }
+void raise(int signal) { ::kill(::getpid(), signal); }
 
-    static void raise(int signal) { ::kill(::getpid(), signal); }
-
-    [[noreturn]] static void runUntilStopped(StopSignals& signals, LinuxMainLoop& loop) {
-        if (!signals.deliver([&] { loop.quit(5); })) std::exit(99);
-        std::exit(loop.run());
-    }
-};
-
-TEST_F(StopSignalsTest, TheFirstSignalRunsStop) {
-    for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
-        EXPECT_EXIT(
-            {
-                StopSignals signals;
-                LinuxMainLoop loop;
-                loop.post([signal] { raise(signal); });
-                runUntilStopped(signals, loop);
-            },
-            testing::ExitedWithCode(5), "");
-    }
+void deliver(StopSignals& signals, const std::function<void()>& stop) {
+    if (!signals.deliver(stop)) std::exit(99);
 }
 
-TEST_F(StopSignalsTest, ASignalFromBeforeDeliveryCounts) {
-    EXPECT_EXIT(
-        {
-            StopSignals signals;
-            raise(SIGTERM);
-            LinuxMainLoop loop;
-            runUntilStopped(signals, loop);
-        },
-        testing::ExitedWithCode(5), "");
+void fromBeforeDelivery() {
+    std::signal(SIGHUP, SIG_DFL);
+    StopSignals signals;
+    raise(SIGHUP);
+    LinuxMainLoop loop;
+    deliver(signals, [&] { loop.quit(5); });
+    std::exit(loop.run());
 }
 
-TEST_F(StopSignalsTest, ASecondSignalCutsAHangingShutdownShort) {
-    EXPECT_EXIT(
-        {
-            StopSignals signals;
-            LinuxMainLoop loop;
-            const auto hang = [] {
-                raise(SIGTERM);
-                while (true) ::pause();
-            };
-            if (!signals.deliver([&] { loop.post(hang); })) std::exit(99);
-            raise(SIGINT);
-            std::exit(loop.run());
-        },
-        testing::ExitedWithCode(128 + SIGTERM), "second signal");
+void secondWhileShutdownHangs() {
+    StopSignals signals;
+    LinuxMainLoop loop;
+    const auto hang = [] {
+        raise(SIGTERM);
+        while (true) ::pause();
+    };
+    deliver(signals, [&] { loop.post(hang); });
+    raise(SIGINT);
+    std::exit(loop.run());
 }
 
-TEST_F(StopSignalsTest, AnIgnoredHangUpStaysIgnored) {
-    EXPECT_EXIT(
-        {
-            std::signal(SIGHUP, SIG_IGN);
-            StopSignals signals;
-            LinuxMainLoop loop;
-            raise(SIGHUP);
-            if (!signals.deliver([&] { loop.quit(5); })) std::exit(99);
-            loop.post([&] { loop.quit(6); });
-            std::exit(loop.run());
-        },
-        testing::ExitedWithCode(6), "");
+void ignoredHangUp() {
+    std::signal(SIGHUP, SIG_IGN);
+    StopSignals signals;
+    raise(SIGHUP);
+    sigset_t pending;
+    ::sigpending(&pending);
+    std::exit(::sigismember(&pending, SIGHUP) == 0 ? 6 : 5);
 }
 
-TEST_F(StopSignalsTest, AWriteToAPeerThatWentAwayIsAnErrorOnly) {
-    EXPECT_EXIT(
-        {
-            StopSignals signals;
-            int ends[2];
-            if (::pipe(ends) != 0) std::exit(99);
-            ::close(ends[0]);
-            std::exit(::write(ends[1], "x", 1) == -1 ? 0 : 1);
-        },
-        testing::ExitedWithCode(0), "");
+void writeToAPeerThatWentAway() {
+    StopSignals signals;
+    int ends[2];
+    if (::pipe(ends) != 0) std::exit(99);
+    ::close(ends[0]);
+    std::exit(::write(ends[1], "x", 1) == -1 ? 0 : 1);
 }
 
-TEST_F(StopSignalsTest, EndsItsThreadAndUnblocks) {
-    EXPECT_EXIT(
-        {
-            {
-                StopSignals signals;
-                if (!signals.deliver([] {})) std::exit(99);
-            }
-            raise(SIGTERM);
-            std::exit(0);
-        },
-        testing::KilledBySignal(SIGTERM), "");
+void afterItsEnd() {
+    deliver(*std::make_unique<StopSignals>(), [] {});
+    raise(SIGTERM);
+    std::exit(0);
+}
+
+// Each in a process of its own, since signals are the whole process's. That the first one stops the
+// program is the program's own test.
+TEST(StopSignals, EndAsTheyShould) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    EXPECT_EXIT(fromBeforeDelivery(), testing::ExitedWithCode(5), "");
+    EXPECT_EXIT(secondWhileShutdownHangs(), testing::ExitedWithCode(128 + SIGTERM),
+                "second signal");
+    EXPECT_EXIT(ignoredHangUp(), testing::ExitedWithCode(6), "");
+    EXPECT_EXIT(writeToAPeerThatWentAway(), testing::ExitedWithCode(0), "");
+    EXPECT_EXIT(afterItsEnd(), testing::KilledBySignal(SIGTERM), "");
 }
 
 }  // namespace

@@ -9,74 +9,43 @@
 namespace tandrel {
 namespace {
 
-using Way = PeerAnswer (*)(const LoopbackConnection&);
-
-struct NamedWay {
-    const char* name;
-    Way ask;
-};
+const PeerAnswer kGone{PeerLookup::gone, 0, {}};
 
 // Both ways of asking must give the same answers about real connections.
-class PeerIdentityTest : public testing::TestWithParam<NamedWay> {
- protected:
-    PeerAnswer ask(const LoopbackConnection& connection) { return GetParam().ask(connection); }
-    static PeerAnswer found(uid_t user) { return {PeerLookup::found, user, {}}; }
-    static PeerAnswer gone() { return {PeerLookup::gone, 0, {}}; }
-};
+void expectAnswer(const LoopbackConnection& connection, const PeerAnswer& expected) {
+    EXPECT_EQ(askSockDiag(connection), expected);
+    EXPECT_EQ(askProcNet(connection), expected);
+}
 
-INSTANTIATE_TEST_SUITE_P(Ways, PeerIdentityTest,
-                         testing::Values(NamedWay{"sockDiag", askSockDiag},
-                                         NamedWay{"procNet", askProcNet}),
-                         [](const auto& way) { return way.param.name; });
-
-TEST_P(PeerIdentityTest, TellsTheUserOfAnOpenPeer) {
+TEST(PeerIdentity, IsTheUserOfAPeerWhileItIsOpen) {
     for (const auto client : {LoopbackPair::Client::ipv4, LoopbackPair::Client::mapped}) {
-        const LoopbackPair pair(client);
-        EXPECT_EQ(ask(pair.asSeenByServer()), found(::geteuid()));
+        LoopbackPair pair(client);
+        const LoopbackConnection connection = pair.asSeenByServer();
+        expectAnswer(connection, {PeerLookup::found, ::geteuid(), {}});
+        ::shutdown(pair.client.get(), SHUT_WR);  // it has only finished sending
+        expectAnswer(connection, {PeerLookup::found, ::geteuid(), {}});
+        constexpr uid_t kOther = 65534;
+        if (::fchown(pair.client.get(), kOther, kOther) == 0) {  // root: as if it had made it
+            expectAnswer(connection, {PeerLookup::found, kOther, {}});
+        }
+        pair.client.reset();
+        pollfd end{pair.server.get(), POLLIN, 0};
+        ASSERT_EQ(::poll(&end, 1, 10'000), 1);
+        expectAnswer(connection, kGone);
     }
 }
 
-TEST_P(PeerIdentityTest, TellsAnotherUserApart) {
-    if (::geteuid() != 0) GTEST_SKIP() << "only root can make another user's socket";
-    constexpr uid_t kOther = 65534;
-    const LoopbackPair pair;
-    ASSERT_EQ(::fchown(pair.client.get(), kOther, kOther), 0);  // as if that user had made it
-    EXPECT_EQ(ask(pair.asSeenByServer()), found(kOther));
-}
-
-TEST_P(PeerIdentityTest, AClientThatOnlyFinishedSendingIsStillThere) {
-    const LoopbackPair pair;
-    ::shutdown(pair.client.get(), SHUT_WR);
-    EXPECT_EQ(ask(pair.asSeenByServer()), found(::geteuid()));
-}
-
-TEST_P(PeerIdentityTest, AClosedClientIsNobody) {
-    LoopbackPair pair;
-    pair.client.reset();
-    pollfd end{pair.server.get(), POLLIN, 0};
-    ASSERT_EQ(::poll(&end, 1, 10'000), 1);
-    EXPECT_EQ(ask(pair.asSeenByServer()), gone());
-}
-
-TEST_P(PeerIdentityTest, OneWrongPartOfTheTupleIsNobody) {
+TEST(PeerIdentity, OneWrongPartOfTheTupleIsNobody) {
     const LoopbackPair pair;
     const LoopbackConnection real = pair.asSeenByServer();
-    auto otherPeer = real;
-    otherPeer.peerAddress = 0x7F000002;
-    auto otherOwn = real;
-    otherOwn.ownAddress = 0x7F000002;
-    auto otherOwnPort = real;
-    otherOwnPort.ownPort = 1;
-    EXPECT_EQ(ask(otherPeer), gone());
-    EXPECT_EQ(ask(otherOwn), gone());
-    EXPECT_EQ(ask(otherOwnPort), gone());
-}
-
-// The kernel's look-up falls back to a listening socket on the peer's port.
-TEST_P(PeerIdentityTest, AListenerOnThePeersPortIsNotThePeer) {
-    const LoopbackPair pair;
-    const LoopbackConnection real = pair.asSeenByServer();
-    EXPECT_EQ(ask({real.ownAddress, real.ownPort, real.peerAddress, 1}), gone());
+    const LoopbackConnection wrong[] = {
+        {0x7F000002, real.peerPort, real.ownAddress, real.ownPort},
+        {real.peerAddress, real.peerPort, 0x7F000002, real.ownPort},
+        {real.peerAddress, real.peerPort, real.ownAddress, 1},
+        // The kernel's look-up falls back to a listening socket on the peer's port.
+        {real.ownAddress, real.ownPort, real.peerAddress, 1},
+    };
+    for (const auto& connection : wrong) expectAnswer(connection, kGone);
 }
 
 TEST(PeerIdentity, AnErrorSaysThatTheOtherEndIsGone) {
@@ -86,40 +55,33 @@ TEST(PeerIdentity, AnErrorSaysThatTheOtherEndIsGone) {
               (Error{"can't tell who is calling: the connection's other end is gone", 403}));
 }
 
-constexpr const char* kHead =
-    "  sl  local_address rem_address   st tx_queue rx_queue tr tm->when retrnsmt   uid  timeout "
-    "inode\n";
-
-struct TableCase {
-    const char* name;
-    std::string table;
-    PeerAnswer expected;
-};
-
 // 127.0.0.1:50000 (0xC350) called 127.0.0.1:7390 (0x1CDE); rows as a little-endian kernel prints.
 TEST(ProcNetTable, Rows) {
-    const PeerAnswer gone{PeerLookup::gone, 0, {}};
+    const PeerAnswer found{PeerLookup::found, 1000, {}};
     const std::string rest = " 01 00000000:00000000 00:00000000 00000000  1000        0 ";
-    const std::string row = "   4: 0100007F:C350 0100007F:1CDE" + rest;
-    const TableCase cases[] = {
+    const std::string ends = "   4: 0100007F:C350 0100007F:1CDE";
+    const std::string mapped = "0000000000000000FFFF00000100007F:";
+    const struct {
+        const char* name;
+        std::string table;
+        PeerAnswer expected;
+    } cases[] = {
         {"found among others",
-         kHead +
-             std::string("   0: 00000000:1CDE 00000000:0000 0A 00000000:00000000 00:00000000 "
-                         "00000000     0        0 17 1\n") +
-             row + "5071 1 0000 20 4 30 10 -1\n",
-         {PeerLookup::found, 1000, {}}},
-        {"last row without line end", row + "5071", {PeerLookup::found, 1000, {}}},
-        {"closed by its process", row + "0 3 0000\n", gone},
-        {"cut off before the inode", "   4: 0100007F:C350 0100007F:1CDE" + rest, gone},
-        {"the server's own end", "   4: 0100007F:1CDE 0100007F:C350" + rest + "5071 1\n", gone},
-        {"IPv4-mapped",
-         "   4: 0000000000000000FFFF00000100007F:C350 0000000000000000FFFF00000100007F:1CDE" +
-             rest + "5071 1\n",
-         {PeerLookup::found, 1000, {}}},
-        {"user is no number", "   4: 0100007F:C350 0100007F:1CDE 01 0:0 00:0 0 10x0 0 5071\n",
-         gone},
-        {"empty", "", gone},
-        {"only line ends", "\n\n\n", gone},
+         "  sl  local_address rem_address   st tx_queue rx_queue tr tm->when retrnsmt   uid  "
+         "timeout "
+         "inode\n   0: 00000000:1CDE 00000000:0000 0A 00000000:00000000 00:00000000 00000000     0 "
+         "  "
+         "     0 17 1\n" +
+             ends + rest + "5071 1 0000 20 4 30 10 -1\n",
+         found},
+        {"last row without line end", ends + rest + "5071", found},
+        {"closed by its process", ends + rest + "0 3 0000\n", kGone},
+        {"cut off before the inode", ends + rest, kGone},
+        {"the server's own end", "   4: 0100007F:1CDE 0100007F:C350" + rest + "5071 1\n", kGone},
+        {"IPv4-mapped", "   4: " + mapped + "C350 " + mapped + "1CDE" + rest + "5071 1\n", found},
+        {"user is no number", ends + " 01 0:0 00:0 0 10x0 0 5071\n", kGone},
+        {"empty", "", kGone},
+        {"only line ends", "\n\n\n", kGone},
     };
     for (const auto& [name, table, expected] : cases) {
         EXPECT_EQ(findInProcNet(table, {0x7F000001, 50000, 0x7F000001, 7390}), expected) << name;

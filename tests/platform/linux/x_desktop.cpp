@@ -1,19 +1,15 @@
 #include "platform/linux/x_desktop.h"
 
-#include <cstring>
 #include <filesystem>
 #include <stdexcept>
-#include <thread>
+
+#include "support/eventually.h"
 
 namespace tandrel {
 namespace {
 
 constexpr const char* kServer = "/usr/bin/Xvfb";
 constexpr const char* kManager = "/usr/bin/openbox";
-
-std::string displayName(const ChildProgram& server) {
-    return ":" + server.output().substr(0, server.output().find('\n'));
-}
 
 }  // namespace
 
@@ -28,13 +24,13 @@ std::unique_ptr<XDesktop> XDesktop::open(Manager manager, const std::string& siz
         std::make_unique<ChildProgram>(std::vector<std::string>{"/bin/sh", "-c", command},
                                        ChildProgram::Environment{{"PATH", "/usr/bin:/bin"}});
     if (!server->awaitOutput("\n")) return nullptr;
-    std::string name = displayName(*server);
+    std::string name = ":" + server->output().substr(0, server->output().find('\n'));
     std::unique_ptr<XDesktop> desktop(new XDesktop(std::move(server), std::move(name)));
     if (!isManaged) return desktop;
     desktop->manager_ = std::make_unique<ChildProgram>(
         std::vector<std::string>{kManager},
         ChildProgram::Environment{{"PATH", "/usr/bin:/bin"}, {"DISPLAY", desktop->name_}});
-    const bool isUp = desktop->await([&] {
+    const bool isUp = eventually([&] {
         const XConnection& x = desktop->x();
         return !x.numbers(x.root(), x.atom("_NET_SUPPORTING_WM_CHECK")).empty();
     });
@@ -48,15 +44,6 @@ XDesktop::XDesktop(std::unique_ptr<ChildProgram> server, std::string name)
     x_ = *std::move(x);
 }
 
-bool XDesktop::await(const std::function<bool()>& fits) const {
-    const TimePoint end = systemClock().now() + std::chrono::seconds(10);
-    while (!fits()) {
-        if (systemClock().now() > end) return false;
-        std::this_thread::yield();
-    }
-    return true;
-}
-
 XTestWindow::XTestWindow(const XDesktop& desktop, const std::string& title, Place place)
     : desktop_(desktop),
       id_(xcb_generate_id(desktop.x().get())),
@@ -65,16 +52,20 @@ XTestWindow::XTestWindow(const XDesktop& desktop, const std::string& title, Plac
     xcb_create_window(c, XCB_COPY_FROM_PARENT, id_, desktop_.x().root(), place.x, place.y,
                       place.width, place.height, 0, XCB_WINDOW_CLASS_INPUT_OUTPUT,
                       XCB_COPY_FROM_PARENT, 0, nullptr);
-    xcb_change_property(c, XCB_PROP_MODE_REPLACE, id_, XCB_ATOM_WM_NAME, XCB_ATOM_STRING, 8,
-                        static_cast<std::uint32_t>(title.size()), title.data());
+    setText(XCB_ATOM_WM_NAME, title);
     xcb_create_gc(c, pen_, id_, 0, nullptr);
     // A window manager that is just coming up loses the first requests.
-    desktop_.await([&] {
+    eventually([&] {
         restore();
-        const auto state =
-            xReply(xcb_get_window_attributes_reply(c, xcb_get_window_attributes(c, id_), nullptr));
-        return state && state->map_state == XCB_MAP_STATE_VIEWABLE;
+        return isShown();
     });
+}
+
+bool XTestWindow::isShown() const {
+    xcb_connection_t* c = desktop_.x().get();
+    const auto state =
+        xReply(xcb_get_window_attributes_reply(c, xcb_get_window_attributes(c, id_), nullptr));
+    return state && state->map_state == XCB_MAP_STATE_VIEWABLE;
 }
 
 void XTestWindow::fill(std::uint32_t colour, Place area) {
@@ -82,69 +73,42 @@ void XTestWindow::fill(std::uint32_t colour, Place area) {
     xcb_change_gc(c, pen_, XCB_GC_FOREGROUND, &colour);
     const xcb_rectangle_t rectangle{area.x, area.y, area.width, area.height};
     xcb_poly_fill_rectangle(c, id_, pen_, 1, &rectangle);
-    flush();
+    desktop_.x().sync();
 }
 
-void XTestWindow::move(std::int16_t x, std::int16_t y) {
-    const std::uint32_t values[] = {static_cast<std::uint32_t>(std::int32_t{x}),
-                                    static_cast<std::uint32_t>(std::int32_t{y})};
-    xcb_configure_window(desktop_.x().get(), id_, XCB_CONFIG_WINDOW_X | XCB_CONFIG_WINDOW_Y,
-                         values);
-    flush();
+void XTestWindow::configure(std::uint16_t what, std::vector<int> values) {
+    xcb_configure_window(desktop_.x().get(), id_, what, values.data());
+    desktop_.x().sync();
 }
-
-void XTestWindow::resize(std::uint16_t width, std::uint16_t height) {
-    const std::uint32_t values[] = {width, height};
-    xcb_configure_window(desktop_.x().get(), id_,
-                         XCB_CONFIG_WINDOW_WIDTH | XCB_CONFIG_WINDOW_HEIGHT, values);
-    flush();
-}
-
-void XTestWindow::raise() {
-    const std::uint32_t above = XCB_STACK_MODE_ABOVE;
-    xcb_configure_window(desktop_.x().get(), id_, XCB_CONFIG_WINDOW_STACK_MODE, &above);
-    flush();
-}
-
-void XTestWindow::minimise() {
-    constexpr std::uint32_t kIconicState = 3;  // ICCCM 4.1.4
-    ask("WM_CHANGE_STATE", kIconicState);
-}
-
-void XTestWindow::moveToDesktop(std::uint32_t number) { ask("_NET_WM_DESKTOP", number); }
 
 void XTestWindow::ask(const char* what, std::uint32_t value) {
     const XConnection& x = desktop_.x();
-    const auto reply = xReply(xcb_intern_atom_reply(
-        x.get(), xcb_intern_atom(x.get(), 0, static_cast<std::uint16_t>(std::strlen(what)), what),
-        nullptr));
     xcb_client_message_event_t message{};
     message.response_type = XCB_CLIENT_MESSAGE;
     message.format = 32;
     message.window = id_;
-    message.type = reply->atom;
+    message.type = x.atom(what);
     message.data.data32[0] = value;
     xcb_send_event(x.get(), 0, x.root(),
                    XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT | XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY,
                    reinterpret_cast<const char*>(&message));
-    flush();
+    desktop_.x().sync();
 }
 
 void XTestWindow::restore() {
     xcb_map_window(desktop_.x().get(), id_);
-    flush();
+    desktop_.x().sync();
 }
 
 void XTestWindow::close() {
     xcb_destroy_window(desktop_.x().get(), id_);
-    flush();
+    desktop_.x().sync();
 }
 
-void XTestWindow::setClass(const std::string& instance, const std::string& name) {
-    const std::string both = instance + '\0' + name + '\0';
-    xcb_change_property(desktop_.x().get(), XCB_PROP_MODE_REPLACE, id_, XCB_ATOM_WM_CLASS,
-                        XCB_ATOM_STRING, 8, static_cast<std::uint32_t>(both.size()), both.data());
-    flush();
+void XTestWindow::setText(xcb_atom_t property, const std::string& text) {
+    xcb_change_property(desktop_.x().get(), XCB_PROP_MODE_REPLACE, id_, property, XCB_ATOM_STRING,
+                        8, static_cast<std::uint32_t>(text.size()), text.data());
+    desktop_.x().sync();
 }
 
 }  // namespace tandrel

@@ -1,11 +1,10 @@
 #pragma once
 
 #include <cstdint>
-#include <functional>
 #include <memory>
 #include <string>
+#include <vector>
 
-#include "base/clock.h"
 #include "platform/linux/x_connection.h"
 #include "support/child_program.h"
 #include "support/environment_variable.h"
@@ -23,9 +22,6 @@ class XDesktop {
     const std::string& name() const { return name_; }
     // The server ends as if it had crashed.
     void kill() { server_->signal(9); }
-
-    // Waits, reading the display's state anew each time, until `fits`; false after ten seconds.
-    bool await(const std::function<bool()>& fits) const;
 
  private:
     XDesktop(std::unique_ptr<ChildProgram> server, std::string name);
@@ -49,19 +45,22 @@ class XTestWindow {
     XTestWindow(const XDesktop& desktop, const std::string& title, Place place);
 
     std::uint32_t id() const { return id_; }
+    bool isShown() const;
     void fill(std::uint32_t colour, Place area = {0, 0, 4000, 4000});
-    void move(std::int16_t x, std::int16_t y);
-    void resize(std::uint16_t width, std::uint16_t height);
-    void raise();
+    void move(int x, int y) { configure(XCB_CONFIG_WINDOW_X | XCB_CONFIG_WINDOW_Y, {x, y}); }
+    void resize(int width, int height) {
+        configure(XCB_CONFIG_WINDOW_WIDTH | XCB_CONFIG_WINDOW_HEIGHT, {width, height});
+    }
+    void raise() { configure(XCB_CONFIG_WINDOW_STACK_MODE, {XCB_STACK_MODE_ABOVE}); }
     // These two ask the window manager, which takes its time.
-    void minimise();
-    void moveToDesktop(std::uint32_t number);
+    void minimise() { ask("WM_CHANGE_STATE", 3); }  // IconicState, ICCCM 4.1.4
+    void moveToDesktop(std::uint32_t number) { ask("_NET_WM_DESKTOP", number); }
     void restore();
     void close();
-    void setClass(const std::string& instance, const std::string& name);
+    void setText(xcb_atom_t property, const std::string& text);
 
  private:
-    void flush() { desktop_.x().sync(); }
+    void configure(std::uint16_t what, std::vector<int> values);
     void ask(const char* what, std::uint32_t value);
 
     const XDesktop& desktop_;

@@ -8,8 +8,6 @@ namespace tandrel {
 namespace {
 
 using test::hex;
-using testing::ElementsAre;
-using testing::IsEmpty;
 
 constexpr CharacteristicId kKeyboard = 11;
 constexpr CharacteristicId kAbsolute = 12;
@@ -20,57 +18,42 @@ GattReadReply notFound(CharacteristicId) {
     return {.error = AttError::attributeNotFound, .value = {}};
 }
 
-class HidHostTest : public testing::Test {
- protected:
-    std::vector<InputEvent> send(CharacteristicId report, std::string_view bytes) {
-        return host_.receive(report, hex(bytes));
+TEST(HidHost, SubscribesToInputReportsBatteryAndServiceChanged) {
+    EXPECT_THAT(HidHost::discover(test::hidServices(), notFound)->subscriptions(),
+                testing::ElementsAre(40, 11, 12, 13, 14, 30));
+}
+
+TEST(HidHost, TellsWhatEachReportChanges) {
+    HidHost host = *HidHost::discover(test::hidServices(), notFound);
+    using Events = std::vector<InputEvent>;
+    const struct {
+        const char* what;
+        CharacteristicId report;
+        const char* bytes;
+        Events events;
+    } rows[] = {
+        {"a place", kAbsolute, "00 00 40 ff 7f", {PointerTo{{16384 / 32767.0, 1.0}}}},
+        {"down", kRelative, "01 00 00 00", {ButtonEvent::down}},
+        {"held in both reports", kAbsolute, "01 00 00 00 00", {PointerTo{{0, 0}}}},
+        {"up in one", kRelative, "00 00 00 00", {ButtonEvent::up}},
+        {"up still", kRelative, "00 00 00 00", {}},
+        {"motion is signed", kRelative, "00 81 05 00", {PointerBy{-127, 5}}},
+        {"a modifier alone", kKeyboard, "02 00 00 00 00 00 00 00", {}},
+        {"a key with it", kKeyboard, "02 00 0b 00 00 00 00 00", {KeyEvent{0x0B, 2}}},
+        {"the key held", kKeyboard, "02 00 0b 00 00 00 00 00", {}},
+        {"all up", kKeyboard, "00 00 00 00 00 00 00 00", {}},
+        {"two", kKeyboard, "00 00 0b 0c 00 00 00 00", {KeyEvent{0x0B, 0}, KeyEvent{0x0C, 0}}},
+        {"a control", kConsumer, "23 02", {ConsumerEvent{0x223}}},
+        {"none", kConsumer, "00 00", {}},
+        {"a short report", kKeyboard, "00 00 0d", {}},
+        {"the two still", kKeyboard, "00 00 0b 0c 00 00 00 00", {}},
+        {"an empty one", kAbsolute, "", {}},
+        {"the battery's level", 30, "64", {}},
+        {"no characteristic", 99, "01 00 00 00", {}},
+    };
+    for (const auto& row : rows) {
+        EXPECT_EQ(host.receive(row.report, hex(row.bytes)), row.events) << row.what;
     }
-
-    HidHost host_ = *HidHost::discover(test::hidServices(), notFound);
-};
-
-TEST_F(HidHostTest, SubscribesToInputReportsBatteryAndServiceChanged) {
-    EXPECT_THAT(host_.subscriptions(), ElementsAre(40, 11, 12, 13, 14, 30));
-}
-
-TEST_F(HidHostTest, TapIsPlaceThenButton) {
-    EXPECT_THAT(send(kAbsolute, "00 00 40 ff 7f"),
-                ElementsAre(InputEvent(PointerTo{{16384 / 32767.0, 1.0}})));
-    EXPECT_THAT(send(kRelative, "01 00 00 00"), ElementsAre(InputEvent(ButtonEvent::down)));
-    EXPECT_THAT(send(kRelative, "00 00 00 00"), ElementsAre(InputEvent(ButtonEvent::up)));
-    EXPECT_THAT(send(kRelative, "00 00 00 00"), IsEmpty());
-}
-
-TEST_F(HidHostTest, ButtonHeldInBothReportsStaysDownUntilOneSaysUp) {
-    send(kRelative, "01 00 00 00");
-    EXPECT_THAT(send(kAbsolute, "01 00 00 00 00"), ElementsAre(InputEvent(PointerTo{{0, 0}})));
-    EXPECT_THAT(send(kRelative, "00 00 00 00"), ElementsAre(InputEvent(ButtonEvent::up)));
-}
-
-TEST_F(HidHostTest, MotionIsSignedCounts) {
-    EXPECT_THAT(send(kRelative, "00 81 05 00"), ElementsAre(InputEvent(PointerBy{-127, 5})));
-}
-
-TEST_F(HidHostTest, KeyGoesDownOnceWithItsModifiers) {
-    EXPECT_THAT(send(kKeyboard, "02 00 00 00 00 00 00 00"), IsEmpty());
-    EXPECT_THAT(send(kKeyboard, "02 00 0b 00 00 00 00 00"),
-                ElementsAre(InputEvent(KeyEvent{0x0B, 2})));
-    EXPECT_THAT(send(kKeyboard, "02 00 0b 00 00 00 00 00"), IsEmpty());
-    EXPECT_THAT(send(kKeyboard, "00 00 00 00 00 00 00 00"), IsEmpty());
-    EXPECT_THAT(send(kKeyboard, "00 00 0b 0c 00 00 00 00"),
-                ElementsAre(InputEvent(KeyEvent{0x0B, 0}), InputEvent(KeyEvent{0x0C, 0})));
-}
-
-TEST_F(HidHostTest, ControlIsItsUsage) {
-    EXPECT_THAT(send(kConsumer, "23 02"), ElementsAre(InputEvent(ConsumerEvent{0x223})));
-    EXPECT_THAT(send(kConsumer, "00 00"), IsEmpty());
-}
-
-TEST_F(HidHostTest, ShortReportsAndOtherCharacteristicsTellNothing) {
-    EXPECT_THAT(send(kKeyboard, "00 00 0b"), IsEmpty());
-    EXPECT_THAT(host_.receive(kAbsolute, Bytes{}), IsEmpty());
-    EXPECT_THAT(send(30, "64"), IsEmpty());
-    EXPECT_THAT(send(99, "01 00 00 00"), IsEmpty());
 }
 
 TEST(HidHost, ReadsTheReportMapWhereItHasNoStaticValue) {

@@ -11,7 +11,6 @@ namespace {
 
 using test::hex;
 using testing::ElementsAre;
-using testing::IsEmpty;
 
 constexpr std::uint32_t kX = 0x10030;
 constexpr std::uint32_t kY = 0x10031;
@@ -20,41 +19,40 @@ constexpr std::uint32_t kWheel = 0x10038;
 HidReportMap map() { return *HidReportMap::parse(test::keyboardAndPointers()); }
 
 TEST(HidReportMap, KnowsTheLengthOfEachReport) {
-    const auto read = map();
-    EXPECT_EQ(read.reportBytes(1), 8u);
-    EXPECT_EQ(read.reportBytes(2), 5u);
-    EXPECT_EQ(read.reportBytes(3), 4u);
-    EXPECT_EQ(read.reportBytes(4), 2u);
-    EXPECT_EQ(read.reportBytes(5), 0u);
+    std::vector<std::size_t> lengths;
+    for (std::uint8_t id = 1; id <= 5; ++id) lengths.push_back(map().reportBytes(id));
+    EXPECT_THAT(lengths, ElementsAre(8, 5, 4, 2, 0));
 }
 
 // Usage and value of each field that is not zero, in the order of the report.
-std::vector<std::pair<std::uint32_t, int>> nonZero(std::uint8_t id, std::string_view report) {
-    std::vector<std::pair<std::uint32_t, int>> values;
+using Values = std::vector<std::pair<std::uint32_t, int>>;
+Values nonZero(std::uint8_t id, std::string_view report) {
+    Values values;
     for (const HidValue& value : map().decode(id, hex(report))) {
         if (value.value != 0) values.emplace_back(value.usage, value.value);
     }
     return values;
 }
 
-TEST(HidReportMap, DecodesReports) {
-    EXPECT_THAT(nonZero(1, "02 00 0b 00 00 00 00 00"),
-                ElementsAre(std::pair(0x700E1u, 1), std::pair(0x7000Bu, 1)));
-    EXPECT_THAT(nonZero(1, "00 ff 00 00 00 00 00 65"), ElementsAre(std::pair(0x70065u, 1)));
-    EXPECT_THAT(nonZero(2, "00 00 40 ff 7f"),
-                ElementsAre(std::pair(kX, 16384), std::pair(kY, 32767)));
-    EXPECT_THAT(nonZero(3, "01 81 7f ff"), ElementsAre(std::pair(0x90001u, 1), std::pair(kX, -127),
-                                                       std::pair(kY, 127), std::pair(kWheel, -1)));
-    EXPECT_THAT(nonZero(4, "23 02"), ElementsAre(std::pair(0xC0223u, 1)));
-}
-
-TEST(HidReportMap, LeavesOutNullValuesAndUnknownReports) {
-    EXPECT_THAT(nonZero(1, "00 00 66 00 00 00 00 00"), IsEmpty());  // past the key usages
-    EXPECT_THAT(nonZero(2, "00 00 80 00 00"), IsEmpty());           // X past its maximum
-    EXPECT_THAT(nonZero(3, "00 80 00 00"), IsEmpty());              // -128 below the minimum
-    EXPECT_THAT(nonZero(4, "00 04"), IsEmpty());
-    EXPECT_THAT(nonZero(2, "01 00 00 00"), IsEmpty());  // a byte short
-    EXPECT_THAT(nonZero(9, "01 00 00 00"), IsEmpty());
+TEST(HidReportMap, DecodesReportsWithoutNullValuesAndUnknownReports) {
+    const struct {
+        std::uint8_t id;
+        const char* report;
+        Values values;
+    } rows[] = {
+        {1, "02 00 0b 00 00 00 00 00", {{0x700E1, 1}, {0x7000B, 1}}},
+        {1, "00 ff 00 00 00 00 00 65", {{0x70065, 1}}},
+        {2, "00 00 40 ff 7f", {{kX, 16384}, {kY, 32767}}},
+        {3, "01 81 7f ff", {{0x90001, 1}, {kX, -127}, {kY, 127}, {kWheel, -1}}},
+        {4, "23 02", {{0xC0223, 1}}},
+        {1, "00 00 66 00 00 00 00 00", {}},  // past the key usages
+        {2, "00 00 80 00 00", {}},           // X past its maximum
+        {3, "00 80 00 00", {}},              // -128 below the minimum
+        {4, "00 04", {}},
+        {2, "01 00 00 00", {}},  // a byte short
+        {9, "01 00 00 00", {}},
+    };
+    for (const auto& row : rows) EXPECT_EQ(nonZero(row.id, row.report), row.values) << row.report;
 }
 
 TEST(HidReportMap, PushedStateComesBack) {
@@ -75,33 +73,30 @@ TEST(HidReportMap, RangeMayEndAtTheLargestUsage) {
 }
 
 TEST(HidReportMap, RefusesWhatItCannotTrust) {
-    struct Row {
+    const struct {
         const char* name;
         const char* bytes;
-        const char* error;
+        std::string error;  // after "report map, byte "
+    } rows[] = {
+        {"cut off", "05", "0: the last item is cut off"},
+        {"cut off later", "05 01 26 ff", "2: the last item is cut off"},
+        {"long item", "fe 01 00 00", "0: long items are not in use"},
+        {"report id 0", "85 00", "0: a report id is from 1 to 255"},
+        {"no size", "95 01 81 02", "2: a field has no size"},
+        {"33 bits", "75 21 95 01 81 02", "4: a field has no size"},
+        {"long report", "75 20 95 11 81 02", "4: a report is too long"},
+        {"endless report", "75 20 97 ff ff ff ff 81 02", "7: a report is too long"},
+        {"end without begin", "c0", "0: a collection ends that did not begin"},
+        {"begin without end", "a1 01", "2: a collection does not end"},
+        {"pop without push", "b4", "0: pop without push"},
+        {"range backwards", "19 05 29 01", "2: a usage range ends before it begins"},
+        {"huge range", "1b 00 00 00 00 2b ff ff ff ff", "5: too many usages"},
+        {"range without start", "29 05", "0: a usage maximum without a minimum"},
     };
-    const Row rows[] = {
-        {"cut off", "05", "report map, byte 0: the last item is cut off"},
-        {"cut off later", "05 01 26 ff", "report map, byte 2: the last item is cut off"},
-        {"long item", "fe 01 00 00", "report map, byte 0: long items are not in use"},
-        {"report id 0", "85 00", "report map, byte 0: a report id is from 1 to 255"},
-        {"no size", "95 01 81 02", "report map, byte 2: a field has no size"},
-        {"33 bits", "75 21 95 01 81 02", "report map, byte 4: a field has no size"},
-        {"long report", "75 20 95 11 81 02", "report map, byte 4: a report is too long"},
-        {"endless report", "75 20 97 ff ff ff ff 81 02",
-         "report map, byte 7: a report is too long"},
-        {"end without begin", "c0", "report map, byte 0: a collection ends that did not begin"},
-        {"begin without end", "a1 01", "report map, byte 2: a collection does not end"},
-        {"pop without push", "b4", "report map, byte 0: pop without push"},
-        {"range backwards", "19 05 29 01",
-         "report map, byte 2: a usage range ends before it begins"},
-        {"huge range", "1b 00 00 00 00 2b ff ff ff ff", "report map, byte 5: too many usages"},
-        {"range without start", "29 05", "report map, byte 0: a usage maximum without a minimum"},
-    };
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
         const auto read = HidReportMap::parse(hex(row.bytes));
         ASSERT_FALSE(read) << row.name;
-        EXPECT_EQ(read.error().message, row.error) << row.name;
+        EXPECT_EQ(read.error().message, "report map, byte " + row.error) << row.name;
     }
     EXPECT_FALSE(HidReportMap::parse(Bytes(4097, 0xC0)));
 }

@@ -1,8 +1,6 @@
 #include "platform/virtual/virtual_phone.h"
 
 #include <atomic>
-#include <condition_variable>
-#include <mutex>
 
 #include <gmock/gmock.h>
 
@@ -15,7 +13,7 @@ namespace {
 using namespace std::chrono_literals;
 using View = VirtualPhone::View;
 
-const std::string kPages = R"([
+const std::string kTimedPages = R"([
   {"name": "home", "kind": "home", "items": [{"kind": "icons", "icons": [
     {"label": "Wait", "tap": {"go": "wait"}},
     {"label": "Unplug", "tap": {"trouble": "unplug", "seconds": 5}},
@@ -52,7 +50,7 @@ class VirtualPhoneTest : public testing::Test {
     }
 
     ManualClock clock_;
-    VirtualPhone phone_{test::scenario(kPages), clock_};
+    VirtualPhone phone_{test::scenario(kTimedPages), clock_};
 };
 
 TEST_F(VirtualPhoneTest, SameFrameComesAgainOnEveryTickWhileNothingChanges) {
@@ -154,13 +152,6 @@ TEST_F(VirtualPhoneTest, LinksAreToldAtOnceAndOnChangeOnly) {
                 testing::ElementsAre(PhoneLinks{true, true, true}, PhoneLinks{true, false, true}));
 }
 
-TEST_F(VirtualPhoneTest, EachRefusalCountsOnce) {
-    phone_.refuseNextUpdates(2);
-    EXPECT_TRUE(phone_.takeRefusal());
-    EXPECT_TRUE(phone_.takeRefusal());
-    EXPECT_FALSE(phone_.takeRefusal());
-}
-
 TEST_F(VirtualPhoneTest, RecordAndFrameCanBeAwaited) {
     EXPECT_FALSE(phone_.awaitRecord([](const auto& record) { return record.typed == "a"; }, 0.01));
     std::jthread typist([this] { phone_.receive({KeyEvent{0x04, 0}}); });
@@ -179,7 +170,7 @@ TEST_F(VirtualPhoneTest, TouchIsTimed) {
 
 TEST(VirtualPhoneUnpaired, StaysAwayFromBluetooth) {
     ManualClock clock;
-    VirtualPhone phone(test::scenario(kPages, R"("paired": false)"), clock);
+    VirtualPhone phone(test::scenario(kTimedPages, R"("paired": false)"), clock);
     phone.connectBluetooth();
     phone.vanish();
     phone.comeBack();
@@ -188,7 +179,7 @@ TEST(VirtualPhoneUnpaired, StaysAwayFromBluetooth) {
 
 // Many threads at once, for the sanitizers and for deadlocks.
 TEST(VirtualPhoneThreads, EverythingAtOnce) {
-    VirtualPhone phone(test::scenario(kPages), systemClock());
+    VirtualPhone phone(test::scenario(kTimedPages), systemClock());
     std::vector<std::jthread> threads;
     threads.emplace_back([&] {
         for (int i = 0; i < 200; ++i)

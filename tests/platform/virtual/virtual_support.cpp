@@ -47,40 +47,28 @@ Scenario scenario(const std::string& pages, const std::string& phone) {
 namespace {
 
 GattCharacteristic report(CharacteristicId id, const char* reference) {
-    return {.id = id,
-            .uuid = "2A4D",
-            .properties = {.read = true, .notify = true},
-            .permissions = {.readNeedsEncryption = true},
-            .value = std::nullopt,
-            .descriptors = {{"2908", hex(reference)}}};
+    return {id,
+            "2A4D",
+            {.read = true, .notify = true},
+            {.readNeedsEncryption = true},
+            std::nullopt,
+            {{"2908", hex(reference)}}};
 }
 
 GattCharacteristic notifying(CharacteristicId id, const char* uuid) {
-    return {.id = id,
-            .uuid = uuid,
-            .properties = {.read = true, .notify = true},
-            .permissions = {.readable = true},
-            .value = std::nullopt,
-            .descriptors = {}};
+    return {id, uuid, {.read = true, .notify = true}, {.readable = true}, std::nullopt, {}};
 }
 
 }  // namespace
 
 std::vector<GattService> hidServices() {
-    GattCharacteristic map{.id = 1,
-                           .uuid = "2A4B",
-                           .properties = {.read = true},
-                           .permissions = {.readNeedsEncryption = true},
-                           .value = keyboardAndPointers(),
-                           .descriptors = {}};
+    const GattCharacteristic map{
+        1, "2A4B", {.read = true}, {.readNeedsEncryption = true}, keyboardAndPointers(), {}};
     GattCharacteristic leds = report(15, "01 02");
     leds.properties = {.read = true, .write = true, .writeWithoutResponse = true};
-    GattCharacteristic controlPoint{.id = 20,
-                                    .uuid = "2A4C",
-                                    .properties = {.writeWithoutResponse = true},
-                                    .permissions = {.writeNeedsEncryption = true},
-                                    .value = std::nullopt,
-                                    .descriptors = {}};
+    const GattCharacteristic controlPoint{
+        20,           "2A4C", {.writeWithoutResponse = true}, {.writeNeedsEncryption = true},
+        std::nullopt, {}};
     return {{"00001801-0000-1000-8000-00805F9B34FB", {notifying(40, "2A05")}},
             {"00001812-0000-1000-8000-00805F9B34FB",
              {map, controlPoint, report(11, "01 01"), report(12, "02 01"), report(13, "03 01"),
