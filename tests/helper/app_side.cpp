@@ -42,18 +42,18 @@ AppSide::AppSide(CallTimes times) {
 
 AppSide::AppSide(const Environment& environment) {
     const HelpersEnds ends = openPipes();
-    std::vector<std::string> texts = {TANDREL_BIN_DIR "/tandrel", "mcp"};
+    std::vector<std::string> texts = {"/usr/bin/env", "-i"};
     for (const auto& [name, value] : environment) texts.push_back(name + "=" + value);
-    std::vector<char*> words = {texts[0].data(), texts[1].data(), nullptr};
-    std::vector<char*> settings;
-    for (std::size_t i = 2; i < texts.size(); ++i) settings.push_back(texts[i].data());
-    settings.push_back(nullptr);
+    texts.insert(texts.end(), {TANDREL_BIN_DIR "/tandrel", "mcp"});
+    std::vector<char*> words;
+    for (std::string& text : texts) words.push_back(text.data());
+    words.push_back(nullptr);
     posix_spawn_file_actions_t actions;
     posix_spawn_file_actions_init(&actions);
     posix_spawn_file_actions_adddup2(&actions, ends.input, STDIN_FILENO);
     posix_spawn_file_actions_adddup2(&actions, ends.output, STDOUT_FILENO);
     const int error =
-        ::posix_spawn(&program_, words.front(), &actions, nullptr, words.data(), settings.data());
+        ::posix_spawn(&program_, words.front(), &actions, nullptr, words.data(), environ);
     posix_spawn_file_actions_destroy(&actions);
     ::close(ends.input);
     ::close(ends.output);
