@@ -94,10 +94,11 @@ class MadeUpApplications final : public RunningApplications {
  public:
     std::vector<RunningApplication> others() override { return running; }
     bool terminate(const RunningApplication& application) override {
-        std::erase_if(running, [&](const auto& one) { return one.pid == application.pid; });
-        return true;
+        return application.name != "Tandrel" && forceTerminate(application);
     }
-    bool forceTerminate(const RunningApplication&) override { return false; }
+    bool forceTerminate(const RunningApplication& application) override {
+        return std::erase_if(running, [&](const auto& one) { return one.pid == application.pid; });
+    }
     std::vector<RunningApplication> running;
 };
 
@@ -122,9 +123,10 @@ TEST_F(OwnerSideTest, QuittingOthersNamesThemAndStartsAfresh) {
     EXPECT_EQ(reopened, 0);
     others.running = {{1, "Tandrel Mirror", "com.mossgate.tandrel-mirror"},
                       {2, "Editor", "org.example.editor"},
-                      {3, "PocketLink", "ai.far-reach.pocketlink"}};
-    EXPECT_EQ(quit(),
-              (OwnerActions::Outcome{true, "Quit Tandrel Mirror, PocketLink. Reopening Tandrel…"}));
+                      {3, "PocketLink", "ai.far-reach.pocketlink"},
+                      {4, "Tandrel", "com.mossgate.tandrel"}};  // refuses, so it is forced
+    EXPECT_EQ(quit(), (OwnerActions::Outcome{
+                          true, "Quit Tandrel Mirror, PocketLink, Tandrel. Reopening Tandrel…"}));
     EXPECT_EQ(reopened, 1);
     EXPECT_EQ(others.running.size(), 1U);
 }
