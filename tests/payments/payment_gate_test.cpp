@@ -281,30 +281,24 @@ TEST_F(PaymentGateTest, AClickIsJudgedWhereThePointerIs) {
     screens_ = {transfer()};
     owner_.react = [](const auto&, auto) { return kTimeout; };  // a denied one is not asked again
     const auto click = [](int dx) { return post("/nudge", {{"click", true}, {"dx", dx}}); };
-    const struct {
-        const char* name;
-        std::optional<PlaceOnScreen> pointer;
-        int dx;
-        const char* why;  // empty: not asked
-    } cases[] = {
-        {"on the button", PlaceOnScreen{0.5, 470.0 / 1300}, 0,
-         "\"Confirm\" on a payment screen showing €25.00"},
-        {"on a harmless line, which it hides", PlaceOnScreen{0.5, 170.0 / 1300}, 0,
-         "an unlabelled spot on a payment screen showing €25.00"},
-        {"unknown", std::nullopt, 0, "an unlabelled spot on a payment screen showing €25.00"},
-        {"away from a harmless line", PlaceOnScreen{0.5, 170.0 / 1300}, 40,
-         "an unlabelled spot on a payment screen showing €25.00"},
-        {"from the button", PlaceOnScreen{0.5, 470.0 / 1300}, 1,
-         "\"Confirm\" on a payment screen showing €25.00"},
-    };
-    for (const auto& c : cases) {
+    const std::string onConfirm = "\"Confirm\" on a payment screen showing €25.00";
+    const std::string nowhere = "an unlabelled spot on a payment screen showing €25.00";
+    const PlaceOnScreen button{0.5, 470.0 / 1300};
+    const PlaceOnScreen harmless{0.5, 170.0 / 1300};  // a line that the pointer hides
+    const std::tuple<std::optional<PlaceOnScreen>, int, std::string> cases[] = {
+        {button, 0, onConfirm},
+        {button, 1, onConfirm},
+        {harmless, 0, nowhere},
+        {harmless, 40, nowhere},
+        {std::nullopt, 0, nowhere}};
+    for (const auto& [pointer, dx, why] : cases) {
         owner_.asked.clear();
-        pointer_ = c.pointer;
-        run(click(c.dx));
-        EXPECT_EQ(owner_.asked.empty() ? "" : owner_.asked[0].why, c.why) << c.name;
+        pointer_ = pointer;
+        run(click(dx));
+        EXPECT_EQ(owner_.asked.at(0).why, why);
     }
     // A click that strays from a harmless line is not shown as one on that line.
-    pointer_ = PlaceOnScreen{0.5, 170.0 / 1300};
+    pointer_ = harmless;
     run(click(40));
     EXPECT_EQ(owner_.asked.back().what, "tap the screen");
     EXPECT_EQ(owner_.asked.back().place, std::nullopt);

@@ -108,21 +108,17 @@ TEST_F(PaymentLogTest, NoPlaceToWriteHoldsNobodyUp) {
 }
 
 TEST_F(PaymentLogTest, PrintsATableNewestLast) {
-    write(
-        "{\"at\":\"2026-01-31T09:15:00Z\",\"detail\":\"tap “Pay”: €5\",\"event\":\"asked\","
-        "\"why\":\"a payment button\"}\n"
-        "\n"
-        "{\"at\":\"2026-01-31T09:15:20Z\",\"detail\":\"tap “Pay”: €5\",\"event\":\"timed out\"}\n");
+    const std::string asked =
+        R"({"at":"2026-01-31T09:15:00Z","detail":"tap “Pay”: €5","event":"asked","why":"it pays"})";
+    const std::string timedOut =
+        R"({"at":"2026-01-31T09:15:20Z","detail":"tap “Pay”: €5","event":"timed out"})";
+    write(asked + "\n\n" + timedOut + "\n");
     EXPECT_EQ(print(ApprovalsFormat::table),
               "TIME (UTC)            EVENT      WHAT\n"
-              "2026-01-31T09:15:00Z  asked      tap “Pay”: €5 (a payment button)\n"
+              "2026-01-31T09:15:00Z  asked      tap “Pay”: €5 (it pays)\n"
               "2026-01-31T09:15:20Z  timed out  tap “Pay”: €5\n");
     EXPECT_EQ(print(ApprovalsFormat::json),
-              "{\"approvals\":[\n"
-              "{\"at\":\"2026-01-31T09:15:00Z\",\"detail\":\"tap “Pay”: €5\",\"event\":\"asked\","
-              "\"why\":\"a payment button\"},\n"
-              "{\"at\":\"2026-01-31T09:15:20Z\",\"detail\":\"tap “Pay”: €5\",\"event\":\"timed "
-              "out\"}],\"unreadable\":0}\n");
+              "{\"approvals\":[\n" + asked + ",\n" + timedOut + "],\"unreadable\":0}\n");
 }
 
 TEST_F(PaymentLogTest, PrintsAroundWhatIsNoRecord) {
