@@ -10,23 +10,19 @@ namespace {
 using testing::HasSubstr;
 using testing::StartsWith;
 
-const std::string kProgram = TANDREL_BIN_DIR "/tandrel";
-
 TEST(Program, KnowsItsArguments) {
-    struct Case {
-        std::vector<std::string> arguments;
-        int status;
-        const char* says;
-    };
-    for (const Case& row :
-         {Case{{"--version"}, 0, "tandrel "}, Case{{"--help"}, 0, "usage:"}, Case{{}, 2, "usage:"},
-          Case{{"mpc"}, 2, "usage:"}, Case{{"mcp", "x"}, 2, "usage:"}, Case{{"mcp"}, 0, ""}}) {
-        std::vector<std::string> words = {kProgram};
-        words.insert(words.end(), row.arguments.begin(), row.arguments.end());
+    const auto run = [](const std::vector<std::string>& arguments) {
+        std::vector<std::string> words = {TANDREL_BIN_DIR "/tandrel"};
+        words.insert(words.end(), arguments.begin(), arguments.end());
         const auto [status, output] = runProgramToEnd(words, {});
-        EXPECT_EQ(status, row.status) << output;
-        EXPECT_THAT(output, StartsWith(row.says));
-    }
+        return std::to_string(status) + " " + output;
+    };
+    EXPECT_THAT(run({"--version"}), StartsWith("0 tandrel "));
+    EXPECT_THAT(run({"--help"}), StartsWith("0 usage:"));
+    EXPECT_EQ(run({"mcp"}), "0 ");
+    EXPECT_THAT(run({}), StartsWith("2 usage:"));
+    EXPECT_THAT(run({"mpc"}), StartsWith("2 usage:"));
+    EXPECT_THAT(run({"mcp", "x"}), StartsWith("2 usage:"));
 }
 
 TEST(Program, EndsWhenTheAppClosesEitherSide) {

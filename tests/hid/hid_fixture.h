@@ -4,7 +4,6 @@
 #include <vector>
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include "hid/fake_bluetooth.h"
 #include "hid/hid_peripheral.h"
