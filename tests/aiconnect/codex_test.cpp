@@ -65,11 +65,6 @@ TEST_F(CodexTest, LinksAreFollowed) {
     EXPECT_EQ(textOf(home() / "dotfiles/codex.toml"), std::string("a = 1\n\n") + kEntry);
     EXPECT_THAT(namesIn(home() / "dotfiles"), ElementsAre("codex.toml"));
     EXPECT_TRUE(fs::exists(backupOf(codexFile())));
-
-    fs::remove(home() / "dotfiles/codex.toml");
-    EXPECT_EQ(connect().codexLink(), Link::notAdded);
-    EXPECT_EQ(connect().addToCodex().message, kAddedFirst);
-    EXPECT_EQ(textOf(home() / "dotfiles/codex.toml"), kEntry);
 }
 
 TEST_F(CodexTest, WhatCannotBeReadOrWrittenSaysWhyAndIsLeft) {

@@ -49,6 +49,8 @@ class HidFixture : public testing::Test {
         hid.send(id, bytes, FakeBluetooth::phone(phone));
     }
 
+    std::vector<std::string> sent() { return bluetooth.transcript(); }
+
     FakeBluetooth bluetooth;
     HIDPeripheral hid;
 };

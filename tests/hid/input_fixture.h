@@ -52,7 +52,7 @@ class InputFixture : private ClockFirst<PacedClock>, public HidFixture {
         bluetooth.clearTranscript();
         start_ = clock.now();
         const Result<void> result = action();
-        std::vector<std::string> lines = bluetooth.transcript();
+        std::vector<std::string> lines = sent();
         lines.push_back(result ? std::to_string(elapsedMilliseconds()) : result.error().message);
         return lines;
     }

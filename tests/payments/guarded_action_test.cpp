@@ -121,11 +121,7 @@ TEST(GuardedAction, UnreadAreasMatterNearTheAction) {
         return GuardedAction{.action = {.kind = Kind::tap, .x = px / 600, .y = py / 1300}};
     };
     const auto swipe = [](double px, double py, double px2, double py2) {
-        return GuardedAction{.action = {.kind = Kind::swipe,
-                                        .x = px / 600,
-                                        .y = py / 1300,
-                                        .x2 = px2 / 600,
-                                        .y2 = py2 / 1300}};
+        return GuardedAction{.action = {Kind::swipe, px / 600, py / 1300, px2 / 600, py2 / 1300}};
     };
     const struct {
         const char* name;
