@@ -94,12 +94,15 @@ class MadeUpApplications final : public RunningApplications {
  public:
     std::vector<RunningApplication> others() override { return running; }
     bool terminate(const RunningApplication& application) override {
-        return application.name != "Tandrel" && forceTerminate(application);
-    }
-    bool forceTerminate(const RunningApplication& application) override {
+        if (application.name == "Tandrel") return false;
         return std::erase_if(running, [&](const auto& one) { return one.pid == application.pid; });
     }
+    bool forceTerminate(const RunningApplication& application) override {
+        forced.push_back(application.pid);
+        return true;
+    }
     std::vector<RunningApplication> running;
+    std::vector<int> forced;
 };
 
 TEST_F(OwnerSideTest, QuittingOthersNamesThemAndStartsAfresh) {
@@ -128,7 +131,8 @@ TEST_F(OwnerSideTest, QuittingOthersNamesThemAndStartsAfresh) {
     EXPECT_EQ(quit(), (OwnerActions::Outcome{
                           true, "Quit Tandrel Mirror, PocketLink, Tandrel. Reopening Tandrel…"}));
     EXPECT_EQ(reopened, 1);
-    EXPECT_EQ(others.running.size(), 1U);
+    EXPECT_EQ(others.running.size(), 2U) << "the editor, and the one that had to be forced";
+    EXPECT_EQ(others.forced, std::vector<int>{4});
 }
 
 TEST_F(OwnerSideTest, TheWindowsTestReportsOnTheMainThreadAndToTheModel) {

@@ -1,5 +1,6 @@
 #include "hid/fake_bluetooth.h"
 
+#include <algorithm>
 #include <condition_variable>
 #include <mutex>
 #include <stdexcept>
