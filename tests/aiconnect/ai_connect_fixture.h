@@ -49,6 +49,8 @@ class FakeDesktop final : public RunningApplications, public InstalledApplicatio
 // AI apps in a home folder of their own.
 class AIConnectTest : public testing::Test {
  protected:
+    using Outcome = AIConnect::Outcome;
+
     AIConnectTest() { places.system.clear(); }
 
     AIConnect connect() { return {kHelper, places, {processes, desktop, desktop, clock}}; }
@@ -80,6 +82,10 @@ class AIConnectTest : public testing::Test {
     std::filesystem::path codexFile() const { return home() / ".codex/config.toml"; }
     std::filesystem::path desktopFile() const {
         return home() / ".config/Claude/claude_desktop_config.json";
+    }
+    // The backup that an edit leaves beside a file.
+    static std::filesystem::path backupOf(const std::filesystem::path& file) {
+        return file.string() + ".backup-2025-12-18T00-00-00Z";
     }
 
     static constexpr const char* kHelper = "/opt/Tandrel/bin/tandrel";

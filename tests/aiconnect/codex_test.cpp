@@ -19,7 +19,7 @@ constexpr const char* kAddedFirst = "Added. Start a new Codex session to use it.
 
 TEST_F(CodexTest, AMissingFileIsCreatedHoldingOnlyTheEntry) {
     EXPECT_EQ(connect().codexLink(), Link::notAdded);
-    EXPECT_EQ(connect().addToCodex(), (AIConnect::Outcome{true, kAddedFirst}));
+    EXPECT_EQ(connect().addToCodex(), (Outcome{true, kAddedFirst}));
     EXPECT_EQ(textOf(codexFile()), kEntry);
     EXPECT_EQ(connect().codexLink(), Link::addedHere);
     EXPECT_THAT(namesIn(codexFile().parent_path()), ElementsAre("config.toml"));
@@ -30,27 +30,27 @@ TEST_F(CodexTest, AnOldEntryIsUpdatedAndTheFileBackedUpBeside) {
     put(codexFile(), old);
     fs::permissions(codexFile(), fs::perms(0640));
     EXPECT_EQ(connect().codexLink(), Link::addedElsewhere);
-    EXPECT_EQ(connect().addToCodex(), (AIConnect::Outcome{true, kAdded}));
+    EXPECT_EQ(connect().addToCodex(), (Outcome{true, kAdded}));
     EXPECT_EQ(textOf(codexFile()), std::string("model = \"o4\"\n\n") + kEntry);
     EXPECT_EQ(fs::status(codexFile()).permissions(), fs::perms(0640));
-    EXPECT_EQ(textOf(codexFile().string() + ".backup-2025-12-18T00-00-00Z"), old);
+    EXPECT_EQ(textOf(backupOf(codexFile())), old);
 
     // A second edit in the same second keeps the first one's backup.
     EXPECT_TRUE(connect().addToCodex().ok);
     EXPECT_THAT(namesIn(codexFile().parent_path()),
                 ElementsAre("config.toml", "config.toml.backup-2025-12-18T00-00-00Z",
                             "config.toml.backup-2025-12-18T00-00-00Z-2"));
-    EXPECT_EQ(textOf(codexFile().string() + ".backup-2025-12-18T00-00-00Z"), old);
+    EXPECT_EQ(textOf(backupOf(codexFile())), old);
 }
 
 TEST_F(CodexTest, AFormThatCannotBeEditedIsLeftAndTheOwnerToldWhatToPaste) {
     put(codexFile(), "mcp_servers = {}\n");
-    EXPECT_EQ(connect().addToCodex(),
-              (AIConnect::Outcome{
-                  false,
-                  "Codex's settings file lists its tools in a way Tandrel can't safely edit. Copy "
-                  "the setup below and paste it at the end of " +
-                      codexFile().string()}));
+    EXPECT_EQ(
+        connect().addToCodex(),
+        (Outcome{false,
+                 "Codex's settings file lists its tools in a way Tandrel can't safely edit. Copy "
+                 "the setup below and paste it at the end of " +
+                     codexFile().string()}));
     EXPECT_EQ(textOf(codexFile()), "mcp_servers = {}\n");
     EXPECT_EQ(connect().codexSnippet() + "\n", kEntry);
     EXPECT_THAT(namesIn(codexFile().parent_path()), ElementsAre("config.toml"));
@@ -64,67 +64,43 @@ TEST_F(CodexTest, LinksAreFollowed) {
     EXPECT_TRUE(fs::is_symlink(codexFile()));
     EXPECT_EQ(textOf(home() / "dotfiles/codex.toml"), std::string("a = 1\n\n") + kEntry);
     EXPECT_THAT(namesIn(home() / "dotfiles"), ElementsAre("codex.toml"));
-    EXPECT_TRUE(fs::exists(codexFile().string() + ".backup-2025-12-18T00-00-00Z"));
-
-    fs::remove(home() / "dotfiles/codex.toml");
-    EXPECT_EQ(connect().codexLink(), Link::notAdded);
-    EXPECT_EQ(connect().addToCodex().message, kAddedFirst);
-    EXPECT_EQ(textOf(home() / "dotfiles/codex.toml"), kEntry);
+    EXPECT_TRUE(fs::exists(backupOf(codexFile())));
 }
 
 TEST_F(CodexTest, WhatCannotBeReadOrWrittenSaysWhyAndIsLeft) {
-    struct Row {
-        const char* name;
-        std::function<void()> prepare;
-        std::string beginning;
+    const auto putWith = [&](int fileMode, int folderMode) {
+        put(codexFile(), "a = 1\n");
+        fs::permissions(codexFile(), fs::perms(fileMode));
+        fs::permissions(codexFile().parent_path(), fs::perms(folderMode));
     };
-    const Row rows[] = {
-        {"a folder", [&] { fs::create_directories(codexFile() / "x"); },
+    const std::pair<std::function<void()>, std::string> rows[] = {
+        {[&] { fs::create_directories(codexFile() / "x"); },
          "Couldn't back up Codex's settings: can't read " + codexFile().string() +
              ": it is a folder"},
-        {"huge", [&] { put(codexFile(), std::string(1024 * 1024 + 1, '#')); },
+        {[&] { put(codexFile(), std::string(1024 * 1024 + 1, '#')); },
          "Couldn't back up Codex's settings: can't read " + codexFile().string() +
              ": it is larger"},
-        {"a ring of links",
-         [&] {
-             fs::create_directories(codexFile().parent_path());
-             fs::create_symlink("config.toml", codexFile());
-         },
+        {[&] { put(home() / ".codex", "a file where the folder should be"); },
          "Couldn't back up Codex's settings: can't read "},
-        {"a file where the folder should be", [&] { put(home() / ".codex", "x"); },
-         "Couldn't back up Codex's settings: can't read "},
-        {"read-only",
-         [&] {
-             put(codexFile(), "a = 1\n");
-             fs::permissions(codexFile(), fs::perms(0444));
-             fs::permissions(codexFile().parent_path(), fs::perms(0777));
-         },
-         "Couldn't write Codex's settings: Permission denied"},
-        {"a folder that is read-only",
-         [&] {
-             put(codexFile(), "a = 1\n");
-             fs::permissions(codexFile(), fs::perms(0666));
-             fs::permissions(codexFile().parent_path(), fs::perms(0555));
-         },
-         "Couldn't back up Codex's settings: can't write beside "},
-        {"a home that is read-only", [&] { fs::permissions(home(), fs::perms(0555)); },
+        {[&] { putWith(0444, 0777); }, "Couldn't write Codex's settings: Permission denied"},
+        {[&] { putWith(0666, 0555); }, "Couldn't back up Codex's settings: can't write beside "},
+        {[&] { fs::permissions(home(), fs::perms(0555)); },
          "Couldn't write Codex's settings: can't create "},
     };
-    for (const Row& row : rows) {
-        row.prepare();
+    for (const auto& [prepare, beginning] : rows) {
+        prepare();
         fs::permissions(home(), fs::perms::group_exec | fs::perms::others_exec,
                         fs::perm_options::add);
-        AIConnect::Outcome outcome;
+        Outcome outcome;
         {
             const AsNobody nobody;
             outcome = connect().addToCodex();
         }
-        EXPECT_FALSE(outcome.ok) << row.name;
-        EXPECT_THAT(outcome.message, StartsWith(row.beginning)) << row.name;
-        std::error_code ring;
-        if (fs::is_regular_file(codexFile(), ring)) {
-            EXPECT_EQ(textOf(codexFile()).find("tandrel"), std::string::npos) << row.name;
-            EXPECT_THAT(namesIn(codexFile().parent_path()), ElementsAre("config.toml")) << row.name;
+        EXPECT_FALSE(outcome.ok) << beginning;
+        EXPECT_THAT(outcome.message, StartsWith(beginning));
+        if (fs::is_regular_file(codexFile())) {
+            EXPECT_EQ(textOf(codexFile()).find("tandrel"), std::string::npos) << beginning;
+            EXPECT_THAT(namesIn(codexFile().parent_path()), ElementsAre("config.toml"));
         }
         fs::permissions(home(), fs::perms::owner_all);
         fs::remove_all(home() / ".codex");

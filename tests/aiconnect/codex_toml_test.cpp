@@ -12,11 +12,7 @@ const std::string kEntry =
 const std::string kHelper = "/opt/Tandrel/bin/tandrel";
 
 TEST(TomlHeader, IsTheNormalisedNameOfAHeaderLineOnly) {
-    struct Row {
-        const char* line;
-        std::optional<std::string> name;
-    };
-    const Row rows[] = {
+    const std::pair<const char*, const char*> headers[] = {
         {"[a]", "a"},
         {"  [\"mcp_servers\".'tandrel']  # comment", "mcp_servers.tandrel"},
         {"[[mcp_servers.tandrel]]", "mcp_servers.tandrel"},
@@ -24,19 +20,12 @@ TEST(TomlHeader, IsTheNormalisedNameOfAHeaderLineOnly) {
         {"\t[[ a-b_9 ]]\t#", "a-b_9"},
         {"[a b]", "a b"},
         {"[ ]", ""},
-        {"args = [\"mcp\"]", std::nullopt},
-        {"[\"mcp\"],", std::nullopt},
-        {"[a] b", std::nullopt},
-        {"[a]]]", std::nullopt},
-        {"[[[a]]]", std::nullopt},
-        {"[]", std::nullopt},
-        {"[a", std::nullopt},
-        {"[a\tb]", std::nullopt},
-        {"[a\\u0062]", std::nullopt},
-        {"# [a]", std::nullopt},
-        {"", std::nullopt},
     };
-    for (const Row& row : rows) EXPECT_EQ(tomlHeader(row.line), row.name) << row.line;
+    for (const auto& [line, name] : headers) EXPECT_EQ(tomlHeader(line), name) << line;
+    for (const char* line : {"args = [\"mcp\"]", "[\"mcp\"],", "[a] b", "[a]]]", "[[[a]]]", "[]",
+                             "[a", "[a\tb]", "[a\\u0062]", "# [a]", ""}) {
+        EXPECT_EQ(tomlHeader(line), std::nullopt) << line;
+    }
 }
 
 TEST(MergeCodex, TakesOurTablesOutAndKeepsEveryOtherLine) {
@@ -74,11 +63,8 @@ TEST(MergeCodex, TakesOurTablesOutAndKeepsEveryOtherLine) {
          "\xEF\xBB\xBF[b]\n\n"},
     };
     for (const Row& row : rows) {
-        EXPECT_EQ(mergeCodex(row.before, kHelper), row.kept + kEntry) << row.name;
-        const auto safe = mergeCodexSafely(row.before, kHelper);
-        ASSERT_TRUE(safe) << row.name << ": " << safe.error().message;
-        EXPECT_EQ(*safe, row.kept + kEntry) << row.name;
-        EXPECT_EQ(mergeCodexSafely(*safe, kHelper), *safe) << row.name;
+        EXPECT_EQ(mergeCodexSafely(row.before, kHelper), row.kept + kEntry) << row.name;
+        EXPECT_EQ(mergeCodexSafely(row.kept + kEntry, kHelper), row.kept + kEntry) << row.name;
     }
 }
 
@@ -94,6 +80,8 @@ TEST(MergeCodex, EscapesThePath) {
 }
 
 TEST(MergeCodex, RefusesWhatItWouldDamage) {
+    std::string deepKey = "a";
+    for (int i = 0; i < 100'000; ++i) deepKey += ".a";
     const std::pair<const char*, std::string> rows[] = {
         {"inline table of servers", "mcp_servers = { other = { command = \"x\" } }"},
         {"the same, indented", "a = 1\n  mcp_servers={}\n"},
@@ -114,15 +102,8 @@ TEST(MergeCodex, RefusesWhatItWouldDamage) {
         {"another table twice", "[a]\n[a]\n"},
         {"not TOML", "hello"},
         {"not text", std::string("a = \"\xff\xfe\0\"\n", 10)},
-        {"UTF-16", std::string("\xff\xfe"
-                               "a\0=\0",
-                               6)},
-        {"keys that nest very deeply",
-         [] {
-             std::string deep = "a";
-             for (int i = 0; i < 100'000; ++i) deep += ".a";
-             return deep + " = 1\n";
-         }()},
+        {"UTF-16", std::string("\xff\xfe=\0a\0", 6)},
+        {"keys that nest very deeply", deepKey + " = 1\n"},
         {"values that nest very deeply", "a = " + std::string(100'000, '[')},
     };
     for (const auto& [name, text] : rows) EXPECT_FALSE(mergeCodexSafely(text, kHelper)) << name;

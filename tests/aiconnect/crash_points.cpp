@@ -22,10 +22,10 @@ bool isFile(int fd) {
     return ::fstat(fd, &info) == 0 && (S_ISREG(info.st_mode) || S_ISDIR(info.st_mode));
 }
 
-template <typename Call>
-auto between(Call call) {
+template <typename Call, typename... Arguments>
+auto between(Call call, Arguments... arguments) {
     pass();
-    const auto result = call();
+    const auto result = call(arguments...);
     const int code = errno;
     pass();
     errno = code;
@@ -60,34 +60,22 @@ int __real_fchown(int, uid_t, gid_t);
 // Half of it first: a write may be cut short by a crash.
 ssize_t __wrap_write(int fd, const void* bytes, size_t size) {
     if (!tandrel::isFile(fd)) return __real_write(fd, bytes, size);
-    const size_t half = size > 1 ? size / 2 : size;
-    return between([&] { return __real_write(fd, bytes, half); });
+    return between(__real_write, fd, bytes, size > 1 ? size / 2 : size);
 }
 // A killed process loses nothing that the system holds, so the disk need not turn.
 int __wrap_fsync(int) {
     return between([] { return 0; });
 }
-int __wrap_rename(const char* from, const char* to) {
-    return between([&] { return __real_rename(from, to); });
+int __wrap_rename(const char* from, const char* to) { return between(__real_rename, from, to); }
+int __wrap_renameat2(int folder, const char* from, int toFolder, const char* to, unsigned flags) {
+    return between(__real_renameat2, folder, from, toFolder, to, flags);
 }
-int __wrap_renameat2(int fromFolder, const char* from, int toFolder, const char* to,
-                     unsigned flags) {
-    return between([&] { return __real_renameat2(fromFolder, from, toFolder, to, flags); });
-}
-int __wrap_link(const char* from, const char* to) {
-    return between([&] { return __real_link(from, to); });
-}
-int __wrap_unlink(const char* path) {
-    return between([&] { return __real_unlink(path); });
-}
-int __wrap_mkostemp(char* name, int flags) {
-    return between([&] { return __real_mkostemp(name, flags); });
-}
-int __wrap_fchmod(int fd, mode_t mode) {
-    return between([&] { return __real_fchmod(fd, mode); });
-}
+int __wrap_link(const char* from, const char* to) { return between(__real_link, from, to); }
+int __wrap_unlink(const char* path) { return between(__real_unlink, path); }
+int __wrap_mkostemp(char* name, int flags) { return between(__real_mkostemp, name, flags); }
+int __wrap_fchmod(int fd, mode_t mode) { return between(__real_fchmod, fd, mode); }
 int __wrap_fchown(int fd, uid_t user, gid_t group) {
-    return between([&] { return __real_fchown(fd, user, group); });
+    return between(__real_fchown, fd, user, group);
 }
 }
 // NOLINTEND(bugprone-reserved-identifier)

@@ -68,9 +68,8 @@ TEST_F(CrashTest, KilledAtAnyMomentTheFileIsWholeOldOrNew) {
                         << app.name << " at " << moment;
                     ++oldFound;
                 }
-                const fs::path backup = app.file.string() + ".backup-2025-12-18T00-00-00Z";
-                if (fs::exists(backup)) {
-                    EXPECT_EQ(textOf(backup), before) << "a part of a backup";
+                if (fs::exists(backupOf(app.file))) {
+                    EXPECT_EQ(textOf(backupOf(app.file)), before) << "a part of a backup";
                 }
             }
             // Two moments at least for each of: create, mode, write, sync, put in place, sync.
@@ -87,13 +86,12 @@ TEST_F(CrashTest, WhatAnotherProgramWritesAtAnyMomentIsKept) {
     for (const App& app : apps()) {
         const bool json = app.name != std::string("Codex");
         const std::string theirs = json ? R"({"theirs":1})" : "theirs = 1\n";
-        using Write = std::function<void()>;
-        const Write byRenaming = [&] {
+        const auto byRenaming = [&] {
             put(other, theirs);
             fs::rename(other, app.file);
         };
-        const Write inPlace = [&] { put(app.file, theirs); };
-        for (const Write& write : {byRenaming, inPlace}) {
+        const auto inPlace = [&] { put(app.file, theirs); };
+        for (const std::function<void()>& write : {std::function<void()>(byRenaming), {inPlace}}) {
             for (const auto& before : {std::optional(app.before), std::optional<std::string>()}) {
                 start(app, before);
                 CrashPoints::at(0, {});

@@ -90,11 +90,15 @@ class MadeUpApplications final : public RunningApplications {
  public:
     std::vector<RunningApplication> others() override { return running; }
     bool terminate(const RunningApplication& application) override {
-        std::erase_if(running, [&](const auto& one) { return one.pid == application.pid; });
+        if (application.name == "Tandrel") return false;
+        return std::erase_if(running, [&](const auto& one) { return one.pid == application.pid; });
+    }
+    bool forceTerminate(const RunningApplication& application) override {
+        forced.push_back(application.pid);
         return true;
     }
-    bool forceTerminate(const RunningApplication&) override { return false; }
     std::vector<RunningApplication> running;
+    std::vector<int> forced;
 };
 
 TEST_F(OwnerSideTest, QuittingOthersNamesThemAndStartsAfresh) {
@@ -118,11 +122,13 @@ TEST_F(OwnerSideTest, QuittingOthersNamesThemAndStartsAfresh) {
     EXPECT_EQ(reopened, 0);
     others.running = {{1, "Tandrel Mirror", "com.mossgate.tandrel-mirror"},
                       {2, "Editor", "org.example.editor"},
-                      {3, "PocketLink", "ai.far-reach.pocketlink"}};
-    EXPECT_EQ(quit(),
-              (OwnerActions::Outcome{true, "Quit Tandrel Mirror, PocketLink. Reopening Tandrel…"}));
+                      {3, "PocketLink", "ai.far-reach.pocketlink"},
+                      {4, "Tandrel", "com.mossgate.tandrel"}};  // refuses, so it is forced
+    EXPECT_EQ(quit(), (OwnerActions::Outcome{
+                          true, "Quit Tandrel Mirror, PocketLink, Tandrel. Reopening Tandrel…"}));
     EXPECT_EQ(reopened, 1);
-    EXPECT_EQ(others.running.size(), 1U);
+    EXPECT_EQ(others.running.size(), 2U) << "the editor, and the one that had to be forced";
+    EXPECT_EQ(others.forced, std::vector<int>{4});
 }
 
 TEST_F(OwnerSideTest, TheWindowsTestReportsOnTheMainThreadAndToTheModel) {

@@ -79,6 +79,7 @@ TEST_F(SleepTest, TheComputerSleepsOnlyWhenTheButtonIsReleased) {
     EXPECT_EQ(engine_.phone().record().touches.size(), 1U) << "up before the computer slept";
     dragging.join();
     EXPECT_EQ(drag.status, 503);
+    EXPECT_EQ(engine_.post("/home", Json::object()).status, 200) << "later actions work";
 }
 
 TEST_F(SleepTest, APhoneThatIsNotBackTenSecondsAfterWakingIsReconnected) {

@@ -65,6 +65,15 @@ std::string RunningEngine::errorOf(const ClientResponse& reply, int status) {
     return std::to_string(reply.status) + " " + toText(reply.body);
 }
 
+std::string RunningEngine::refusal(const std::string& target, const Json& body, int status) {
+    return errorOf(post(target, body), status);
+}
+
+bool RunningEngine::awaitPage(const std::string& page, std::size_t index) {
+    return phone(index).awaitRecord(
+        [&](const VirtualPhoneRecord& record) { return record.page == page; });
+}
+
 VirtualPhone& RunningEngine::phone(std::size_t index) {
     return *wiring_->backends().virtualPhones->phones()[index];
 }

@@ -38,6 +38,9 @@ class RunningEngine {
     ClientResponse post(const std::string& target, const Json& body);
     // The "error" of a reply with this status; anything else is told as it came.
     static std::string errorOf(const ClientResponse& reply, int status);
+    std::string refusal(const std::string& target, const Json& body, int status = 400);
+    // Blocks until a phone shows this page; false when it does not come to that.
+    bool awaitPage(const std::string& page, std::size_t index = 0);
 
     // Blocks until every virtual phone is a connected host with a frame.
     void awaitPhones();
@@ -62,5 +65,8 @@ class RunningEngine {
     std::unique_ptr<Wiring> wiring_;
     LoopbackUrl url_;
 };
+
+// The middle of an icon on the default phone's home screen.
+inline Json settingsIcon() { return {{"x", 0.616}, {"y", 0.243}, {"fraction", true}}; }
 
 }  // namespace tandrel

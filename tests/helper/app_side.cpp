@@ -4,7 +4,6 @@
 #include <stdexcept>
 
 #include <fcntl.h>
-#include <gtest/gtest.h>
 #include <poll.h>
 #include <spawn.h>
 #include <sys/wait.h>
@@ -25,38 +24,39 @@ std::array<int, 2> makePipe() {
 
 }  // namespace
 
-AppSide::AppSide(CallTimes times) {
+AppSide::HelpersEnds AppSide::openPipes() {
     const auto input = makePipe();
     const auto output = makePipe();
     toHelper_ = input[1];
     fromHelper_ = output[0];
-    helper_ = std::jthread([in = input[0], out = output[1], times] {
-        converse(in, out, "1.2.3", times);
-        ::close(in);
-        ::close(out);
+    return {input[0], output[1]};
+}
+
+AppSide::AppSide(CallTimes times) {
+    helper_ = std::jthread([ends = openPipes(), times] {
+        converse(ends.input, ends.output, "1.2.3", times);
+        ::close(ends.input);
+        ::close(ends.output);
     });
 }
 
 AppSide::AppSide(const Environment& environment) {
-    const auto input = makePipe();
-    const auto output = makePipe();
-    toHelper_ = input[1];
-    fromHelper_ = output[0];
-    std::vector<std::string> texts = {TANDREL_BIN_DIR "/tandrel", "mcp"};
+    const HelpersEnds ends = openPipes();
+    std::vector<std::string> texts = {"/usr/bin/env", "-i"};
     for (const auto& [name, value] : environment) texts.push_back(name + "=" + value);
-    std::vector<char*> words = {texts[0].data(), texts[1].data(), nullptr};
-    std::vector<char*> settings;
-    for (std::size_t i = 2; i < texts.size(); ++i) settings.push_back(texts[i].data());
-    settings.push_back(nullptr);
+    texts.insert(texts.end(), {TANDREL_BIN_DIR "/tandrel", "mcp"});
+    std::vector<char*> words;
+    for (std::string& text : texts) words.push_back(text.data());
+    words.push_back(nullptr);
     posix_spawn_file_actions_t actions;
     posix_spawn_file_actions_init(&actions);
-    posix_spawn_file_actions_adddup2(&actions, input[0], STDIN_FILENO);
-    posix_spawn_file_actions_adddup2(&actions, output[1], STDOUT_FILENO);
+    posix_spawn_file_actions_adddup2(&actions, ends.input, STDIN_FILENO);
+    posix_spawn_file_actions_adddup2(&actions, ends.output, STDOUT_FILENO);
     const int error =
-        ::posix_spawn(&program_, words.front(), &actions, nullptr, words.data(), settings.data());
+        ::posix_spawn(&program_, words.front(), &actions, nullptr, words.data(), environ);
     posix_spawn_file_actions_destroy(&actions);
-    ::close(input[0]);
-    ::close(output[1]);
+    ::close(ends.input);
+    ::close(ends.output);
     if (error != 0) throw std::runtime_error("cannot start the helper");
 }
 
@@ -131,11 +131,16 @@ Json AppSide::call(std::string_view tool, const Json& arguments) {
     }
 }
 
-std::string AppSide::callForText(std::string_view tool, const Json& arguments, Outcome outcome) {
+std::string AppSide::done(std::string_view tool, const Json& arguments) {
     const Json result = call(tool, arguments);
-    const std::string text = result.at("content").at(0).at("text");
-    EXPECT_EQ(result.at("isError"), outcome == Outcome::refused) << text;
-    return text;
+    EXPECT_EQ(result.at("isError"), false) << result;
+    return result.at("content").at(0).at("text");
+}
+
+std::string AppSide::refused(std::string_view tool, const Json& arguments) {
+    const Json result = call(tool, arguments);
+    EXPECT_EQ(result.at("isError"), true) << result;
+    return result.at("content").at(0).at("text");
 }
 
 Json request(const Json& id, std::string_view method, const Json& params) {
@@ -144,6 +149,12 @@ Json request(const Json& id, std::string_view method, const Json& params) {
 
 Json callRequest(const Json& id, std::string_view tool, const Json& arguments) {
     return request(id, "tools/call", {{"name", tool}, {"arguments", arguments}});
+}
+
+Json cancelled(const Json& id) {
+    return {{"jsonrpc", "2.0"},
+            {"method", "notifications/cancelled"},
+            {"params", {{"requestId", id}, {"reason", "changed my mind"}}}};
 }
 
 }  // namespace tandrel

@@ -6,6 +6,7 @@
 #include <thread>
 #include <vector>
 
+#include <gmock/gmock.h>
 #include <sys/types.h>
 
 #include "helper/tool.h"
@@ -41,12 +42,18 @@ class AppSide {
 
     // Calls a tool and returns its result, leaving other messages aside.
     Json call(std::string_view tool, const Json& arguments = Json::object());
-    // The same, the text of the result's only or first block. Fails the test when the result's
-    // isError is not `isError`.
-    enum class Outcome { done, refused };
-    std::string callForText(std::string_view tool, const Json& arguments, Outcome outcome);
+    // The same, the text of the result's only or first block. Fails the test when the tool refused,
+    // and when it did not.
+    std::string done(std::string_view tool, const Json& arguments = Json::object());
+    std::string refused(std::string_view tool, const Json& arguments = Json::object());
 
  private:
+    struct HelpersEnds {
+        int input;
+        int output;
+    };
+    HelpersEnds openPipes();
+
     int toHelper_ = -1;
     int fromHelper_ = -1;
     std::string received_;
@@ -58,5 +65,7 @@ class AppSide {
 // A request in the older generation.
 Json request(const Json& id, std::string_view method, const Json& params = Json::object());
 Json callRequest(const Json& id, std::string_view tool, const Json& arguments = Json::object());
+// The app no longer wants the answer to that request.
+Json cancelled(const Json& id);
 
 }  // namespace tandrel

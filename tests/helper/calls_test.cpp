@@ -4,9 +4,6 @@
 #include <future>
 #include <set>
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include "helper/app_side.h"
 #include "helper/fake_engine.h"
 
@@ -15,13 +12,6 @@ namespace {
 
 using testing::HasSubstr;
 using testing::IsEmpty;
-using Outcome = AppSide::Outcome;
-
-Json cancelled(const Json& id) {
-    return {{"jsonrpc", "2.0"},
-            {"method", "notifications/cancelled"},
-            {"params", {{"requestId", id}, {"reason", "changed my mind"}}}};
-}
 
 Json callWithToken(const Json& id, std::string_view tool, const Json& token) {
     Json message = callRequest(id, tool);
@@ -55,47 +45,45 @@ class UnderWay : public testing::Test {
     FakeEngine engine_;
 };
 
-TEST_F(UnderWay, CallsAreAnsweredAsTheyFinish) {
+TEST_F(UnderWay, CallsAreAnsweredAsTheyFinishAndAnIdIsFreeAgainOnlyThen) {
     hold("/home");
     AppSide app;
     app.send(callRequest("slow", "iphone_go_home"));
     engine_.await("/home");
+    app.send(callRequest("slow", "iphone_get_status"));
+    EXPECT_EQ(app.receive().at("error").at("code"), -32600);
     app.send(callRequest("quick", "iphone_get_status"));
     app.send(request("list", "tools/list"));
     const Json ids = {app.receive().at("id"), app.receive().at("id")};
     EXPECT_THAT(ids, testing::UnorderedElementsAre("quick", "list"));
     release();
     EXPECT_EQ(app.receive().at("id"), "slow");
+    app.send(callRequest("slow", "iphone_get_status"));
+    EXPECT_TRUE(app.receive().contains("result"));
 }
 
-TEST_F(UnderWay, MoreCallsThanThreadsAreAllAnsweredOnce) {
+TEST_F(UnderWay, TooManyCallsAreRefusedAtOnceAndTheOthersAnsweredOnce) {
     hold("/home");
     AppSide app;
-    for (int i = 0; i < 40; ++i) app.send(callRequest(i, "iphone_go_home"));
-    engine_.await("/home", WorkerThreads::kMostThreads);
-    app.send(request("still there", "ping"));
-    EXPECT_EQ(app.receive().at("id"), "still there");
-    release();
-    std::set<int> ids;
-    for (int i = 0; i < 40; ++i) ids.insert(app.receive().at("id").get<int>());
-    EXPECT_EQ(ids.size(), 40U);
-    app.endInput();
-    EXPECT_THAT(app.receiveRest(), IsEmpty());
-}
-
-TEST_F(UnderWay, TooManyCallsAreRefusedAtOnce) {
-    hold("/home");
-    AppSide app;
-    const int most = static_cast<int>(WorkerThreads::kMostThreads + WorkerThreads::kMostWaiting);
-    for (int i = 0; i < most + 1; ++i) {
+    constexpr int kThreads = WorkerThreads::kMostThreads;
+    constexpr int kMost = kThreads + static_cast<int>(WorkerThreads::kMostWaiting);
+    for (int i = 0; i < kMost + 1; ++i) {
         app.send(callRequest(i, "iphone_go_home"));
-        if (i + 1 == static_cast<int>(WorkerThreads::kMostThreads)) engine_.await("/home", 16);
+        if (i + 1 == kThreads) engine_.await("/home", kThreads);
     }
     const Json refusal = app.receive();
-    EXPECT_EQ(refusal.at("id"), most);
+    EXPECT_EQ(refusal.at("id"), kMost);
     EXPECT_EQ(refusal.at("result").at("isError"), true);
     release();
-    for (int i = 0; i < most; ++i) EXPECT_EQ(app.receive().at("result").at("isError"), false);
+    std::set<int> ids;
+    for (int i = 0; i < kMost; ++i) {
+        const Json answer = app.receive();
+        EXPECT_EQ(answer.at("result").at("isError"), false);
+        ids.insert(answer.at("id").get<int>());
+    }
+    EXPECT_EQ(ids.size(), static_cast<std::size_t>(kMost));
+    app.endInput();
+    EXPECT_THAT(app.receiveRest(), IsEmpty());
 }
 
 TEST_F(UnderWay, CancellingClosesTheRequestAndIsNotAnswered) {
@@ -128,18 +116,6 @@ TEST_F(UnderWay, ACancelledCallThatWaitsForAThreadIsNeverSent) {
     EXPECT_THAT(engine_.requests("/type"), IsEmpty());
 }
 
-TEST_F(UnderWay, AnIdIsFreeAgainOnlyOnceItIsAnswered) {
-    hold("/home");
-    AppSide app;
-    app.send(callRequest(1, "iphone_go_home"));
-    app.send(callRequest(1, "iphone_get_status"));
-    EXPECT_EQ(app.receive().at("error").at("code"), -32600);
-    release();
-    EXPECT_TRUE(app.receive().contains("result"));
-    app.send(callRequest(1, "iphone_get_status"));
-    EXPECT_TRUE(app.receive().contains("result"));
-}
-
 TEST_F(UnderWay, ProgressCountsTheOwnersSecondsDown) {
     hold("/home");
     std::atomic<int> count = 0;
@@ -156,54 +132,49 @@ TEST_F(UnderWay, ProgressCountsTheOwnersSecondsDown) {
     EXPECT_EQ(message.at("id"), 1);
     ASSERT_GE(told.size(), 2U);
     double last = -1;
-    for (const Json& progress : told) {
-        EXPECT_EQ(progress.at("method"), "notifications/progress");
-        EXPECT_FALSE(progress.contains("id"));
-        EXPECT_EQ(progress.at("params").at("progressToken"), "token-1");
-        EXPECT_GT(progress.at("params").at("progress").get<double>(), last);
-        last = progress.at("params").at("progress");
-        EXPECT_GT(progress.at("params").at("total").get<double>(), last);
+    for (int left = 42; const Json& one : told) {
+        EXPECT_EQ(one.at("method"), "notifications/progress");
+        EXPECT_FALSE(one.contains("id"));
+        const Json& progress = one.at("params");
+        EXPECT_EQ(progress.at("progressToken"), "token-1");
+        EXPECT_GT(progress.at("progress").get<double>(), last);
+        last = progress.at("progress");
+        EXPECT_GT(progress.at("total").get<double>(), last);
+        EXPECT_THAT(progress.at("message").get<std::string>(),
+                    HasSubstr(std::to_string(left--) + " s left"));
     }
-    EXPECT_THAT(told[0].at("params").at("message").get<std::string>(), HasSubstr("42 s left"));
-    EXPECT_THAT(told[1].at("params").at("message").get<std::string>(), HasSubstr("41 s left"));
     app.endInput();
     EXPECT_THAT(app.receiveRest(), IsEmpty());
 }
 
 TEST_F(UnderWay, NothingIsToldUnlessTheAppAskedAndTheOwnerIsAsked) {
-    struct Case {
-        const char* name;
-        Json token;
-        Json status;
-    };
-    for (const Case& row : {Case{"no token", nullptr, {{"asking", 40}}},
-                            Case{"token of a wrong kind", 1.5, {{"asking", 40}}},
-                            Case{"nobody asked", "t", {{"paused", false}}}}) {
-        SCOPED_TRACE(row.name);
+    const std::pair<Json, Json> tokensAndStatus[] = {
+        {nullptr, {{"asking", 40}}}, {1.5, {{"asking", 40}}}, {"t", {{"paused", false}}}};
+    for (const auto& [token, status] : tokensAndStatus) {
+        SCOPED_TRACE(token);
         std::promise<void> polled;
         std::atomic<int> count = 0;
         engine_.answer("/status", [&](const HTTPRequest&) {
             if (++count == 3) polled.set_value();
-            return HTTPResponse::json(row.status);
+            return HTTPResponse::json(status);
         });
         engine_.answer("/home", [&](const HTTPRequest&) {
             polled.get_future().wait();
             return HTTPResponse::json({{"ok", true}});
         });
         AppSide app(CallTimes{.betweenStatus = std::chrono::milliseconds(1)});
-        app.send(callWithToken(1, "iphone_go_home", row.token));
+        app.send(callWithToken(1, "iphone_go_home", token));
         EXPECT_EQ(app.receive().value("id", Json()), 1);
     }
 }
 
 TEST_F(UnderWay, AnOwnerWhoDoesNotAnswerInTimeMeansNo) {
     holdUntilClosed("/home");
-    engine_.answer("/status",
-                   [](const HTTPRequest&) { return HTTPResponse::json({{"asking", 1.0}}); });
+    engine_.answer("/status", Json{{"asking", 1.0}});
     AppSide app(CallTimes{.longest = std::chrono::seconds(2),
                           .betweenStatus = std::chrono::milliseconds(1)});
     EXPECT_EQ(
-        app.callForText("iphone_go_home", Json::object(), Outcome::refused),
+        app.refused("iphone_go_home"),
         "Not done: the owner didn't answer the payment request on their Mac within 2 seconds, "
         "so it counts as a no. Repeat the action only if the owner asks you to.");
     awaitClosed();
@@ -213,14 +184,14 @@ TEST_F(UnderWay, AnEngineThatDoesNotAnswerInTimeIsNotTheOwner) {
     holdUntilClosed("/home");
     AppSide app(CallTimes{.longest = std::chrono::milliseconds(200),
                           .betweenStatus = std::chrono::milliseconds(1)});
-    EXPECT_THAT(app.callForText("iphone_go_home", Json::object(), Outcome::refused),
+    EXPECT_THAT(app.refused("iphone_go_home"),
                 HasSubstr("look at the screen before you repeat it"));
     awaitClosed();
 }
 
 TEST_F(UnderWay, ACallWhoseTimeIsOverBeforeItsTurnIsNotSent) {
     AppSide app(CallTimes{.longest = Duration::zero()});
-    EXPECT_THAT(app.callForText("iphone_type", {{"text", "x"}}, Outcome::refused),
+    EXPECT_THAT(app.refused("iphone_type", {{"text", "x"}}),
                 HasSubstr("Not done: too many other calls"));
     EXPECT_THAT(engine_.requests("/type"), IsEmpty());
 }

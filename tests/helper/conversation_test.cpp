@@ -4,9 +4,6 @@
 #include <random>
 #include <set>
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include "helper/app_side.h"
 #include "helper/fake_engine.h"
 
@@ -33,7 +30,7 @@ class RandomTalk {
     }
 
     std::multiset<std::string> requested;  // ids as JSON
-    std::set<std::string> cancelled;
+    std::set<std::string> withdrawn;
     std::size_t broken = 0;  // lines that can only be answered under the id null
 
  private:
@@ -43,28 +40,18 @@ class RandomTalk {
 
     void addLine(int i) {
         const Json id = number(0, 1) == 0 ? Json(i) : Json("id " + std::to_string(i));
-        switch (number(0, 9)) {
-            case 0:
-                return addBroken(request(id, "ping").dump());
-            case 1:
-                return addNotification(i);
-            case 2:
-                return add(request(id, "initialize", {{"protocolVersion", "2025-06-18"}}));
-            case 3:
-                return add(request(id, "tools/list"));
-            case 4:
-                return add(request(id, "no/such\nmethod"));
-            case 5:
-                return add(callRequest(id, "no_such_tool"));
-            case 6:
-                return add(callRequest(id, "iphone_tap", {{"x", "far"}, {"y", Json::array()}}));
-            case 7:
-                return add(callRequest(id, "iphone_look"));
-            case 8:
-                return add(request(id, "tools/call", {{"name", 5}, {"arguments", id}}));
-            default:
-                return add(callRequest(id, "iphone_get_status"));
-        }
+        const Json requests[] = {
+            request(id, "initialize", {{"protocolVersion", "2025-06-18"}}),
+            request(id, "tools/list"),
+            request(id, "no/such\nmethod"),
+            callRequest(id, "no_such_tool"),
+            callRequest(id, "iphone_tap", {{"x", "far"}, {"y", Json::array()}}),
+            callRequest(id, "iphone_look"),
+            request(id, "tools/call", {{"name", 5}, {"arguments", id}}),
+            callRequest(id, "iphone_get_status")};
+        const auto kind = static_cast<std::size_t>(number(0, 9));
+        if (kind < std::size(requests)) return add(requests[kind]);
+        kind == 8 ? addBroken(request(id, "ping").dump()) : addNotification(i);
     }
 
     void add(const Json& message) {
@@ -85,12 +72,8 @@ class RandomTalk {
 
     void addNotification(int i) {
         const Json id = number(0, std::max(i - 1, 0));
-        cancelled.insert(id.dump());
-        text_ += Json({{"jsonrpc", "2.0"},
-                       {"method", "notifications/cancelled"},
-                       {"params", {{"requestId", id}}}})
-                     .dump() +
-                 "\n\n";
+        withdrawn.insert(id.dump());
+        text_ += cancelled(id).dump() + "\n\n";
     }
 
     std::mt19937 random_;
@@ -113,7 +96,7 @@ TEST(Conversation, EveryRequestIsAnsweredOnceWhateverStandsAroundIt) {
         answers.erase("null");
         for (const std::string& id : talk.requested) {
             const std::size_t count = answers[id];
-            EXPECT_TRUE(count == 1 || (count == 0 && talk.cancelled.contains(id)))
+            EXPECT_TRUE(count == 1 || (count == 0 && talk.withdrawn.contains(id)))
                 << id << " was answered " << count << " times";
         }
         for (const auto& [id, count] : answers) EXPECT_TRUE(talk.requested.contains(id)) << id;

@@ -4,6 +4,8 @@
 #include <future>
 #include <stdexcept>
 
+#include "base/base64.h"
+
 namespace tandrel {
 namespace {
 
@@ -17,22 +19,15 @@ FakeEngine::FakeEngine()
         const std::string phone = textMember(request.body, "device").value_or("PHONE-A");
         return HTTPResponse::json({{"ok", true}, {"device", phone}});
     };
-    for (const char* path : {"/tap", "/swipe", "/move", "/nudge", "/type", "/key", "/home"}) {
-        handlers_[path] = done;
+    for (const char* path :
+         {"/tap", "/swipe", "/move", "/nudge", "/type", "/key", "/home", "/match", "/pair"}) {
+        answer(path, done);
     }
-    handlers_["/look"] = [](const HTTPRequest& request) {
-        return HTTPResponse::json(
-            lookReply(3, {{"mimeType", "image/" + request.query.at("format")}}));
-    };
-    handlers_["/status"] = [](const HTTPRequest&) {
-        return HTTPResponse::json({{"app", "Tandrel"}, {"paused", false}});
-    };
-    handlers_["/devices"] = [](const HTTPRequest&) {
-        return HTTPResponse::json(
-            {{"devices",
-              {{{"id", "PHONE-A"}, {"name", "Anna's iPhone"}, {"frameAge", 0.2}},
-               {{"id", "PHONE-B"}, {"name", "Ben's iPhone"}, {"frameAge", 1.5}}}}});
-    };
+    answerLook(Json::object());
+    answer("/status", Json{{"app", "Tandrel"}, {"paused", false}});
+    answer("/devices", Json::parse(R"({"devices":[
+        {"id":"PHONE-A","name":"Anna's iPhone","frameAge":0.2},
+        {"id":"PHONE-B","name":"Ben's iPhone","frameAge":1.5}]})"));
     if (!server_.start()) throw std::runtime_error("no port for the fake engine");
     ::setenv("TANDREL_ENGINE_URL", url().c_str(), 1);
 }
@@ -44,14 +39,18 @@ void FakeEngine::answer(const std::string& path, Handler handler) {
     handlers_[path] = std::move(handler);
 }
 
-std::string FakeEngine::url() const { return "http://127.0.0.1:" + std::to_string(port()); }
+void FakeEngine::answer(const std::string& path, const Json& reply) {
+    answer(path, [reply](const HTTPRequest&) { return HTTPResponse::json(reply); });
+}
+
+std::vector<FakeEngine::Request> FakeEngine::requests() const {
+    std::lock_guard lock(mutex_);
+    return requests_;
+}
 
 std::vector<FakeEngine::Request> FakeEngine::requests(const std::string& path) const {
-    std::lock_guard lock(mutex_);
-    std::vector<Request> found;
-    for (const Request& request : requests_) {
-        if (request.path == path) found.push_back(request);
-    }
+    std::vector<Request> found = requests();
+    std::erase_if(found, [&](const Request& request) { return request.path != path; });
     return found;
 }
 
@@ -79,14 +78,12 @@ HTTPResponse FakeEngine::handle(const HTTPRequest& request) {
     return handler ? handler(request) : HTTPResponse::error("not found", 404);
 }
 
-Json lookReply(std::size_t bytes, const Json& more) {
-    std::string image((bytes + 2) / 3 * 4, 'A');
-    for (std::size_t i = bytes; i % 3 != 0; ++i) image[image.size() - 1 - (i - bytes)] = '=';
-    Json reply = {{"image", image},         {"mimeType", "image/png"}, {"ocr", Json::array()},
-                  {"lines", Json::array()}, {"unread", Json::array()}, {"frameAge", 0.25},
-                  {"X-Device", "PHONE-A"},  {"X-Image-Width", 723},    {"X-Image-Height", 1568},
-                  {"X-Screen-Width", 1179}, {"X-Screen-Height", 2556}};
-    reply.update(more);
+Json FakeEngine::lookReply(const Json& other, std::size_t bytes) {
+    Json reply = Json::parse(R"({"mimeType":"image/png","ocr":[],"lines":[],"unread":[],
+        "frameAge":0.25,"X-Device":"PHONE-A","X-Image-Width":723,"X-Image-Height":1568,
+        "X-Screen-Width":1179,"X-Screen-Height":2556})");
+    reply["image"] = base64(Bytes(bytes));
+    reply.update(other);
     return reply;
 }
 

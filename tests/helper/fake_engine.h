@@ -23,8 +23,13 @@ class FakeEngine {
 
     // What GET or POST of this path is answered by from now on.
     void answer(const std::string& path, Handler handler);
+    // By this JSON, and of a look by its usual reply with these other members.
+    void answer(const std::string& path, const Json& reply);
+    void answerLook(const Json& other) { answer("/look", lookReply(other)); }
+    // A look's reply: a picture of `bytes` bytes, 723 x 1568 pixels unless `other` says otherwise.
+    static Json lookReply(const Json& other, std::size_t bytes = 3);
 
-    std::string url() const;
+    std::string url() const { return "http://127.0.0.1:" + std::to_string(port()); }
     std::uint16_t port() const { return server_.port(); }
 
     struct Request {
@@ -33,8 +38,9 @@ class FakeEngine {
         std::map<std::string, std::string> query;
         Json body;
     };
-    // The requests of this path so far, oldest first.
+    // The requests of this path so far, oldest first; of every path.
     std::vector<Request> requests(const std::string& path) const;
+    std::vector<Request> requests() const;
     // Blocks until there have been `count` requests of this path.
     void await(const std::string& path, std::size_t count = 1);
 
@@ -47,9 +53,6 @@ class FakeEngine {
     std::vector<Request> requests_;
     HTTPServer server_;
 };
-
-// A look's reply: a picture of `bytes` bytes, 723 x 1568 pixels unless `reply` says otherwise.
-Json lookReply(std::size_t bytes = 3, const Json& more = Json::object());
 
 // Blocks until the client has gone.
 void awaitClientGone(const HTTPRequest& request);

@@ -2,13 +2,10 @@
 
 #include <vector>
 
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 namespace tandrel {
 namespace {
-
-using testing::ElementsAre;
 
 // The lines of the pieces, a line that is too long as "!".
 std::vector<std::string> linesOf(const std::vector<std::string>& pieces) {
@@ -23,24 +20,21 @@ std::vector<std::string> linesOf(const std::vector<std::string>& pieces) {
     return lines;
 }
 
-TEST(LineReader, CutsWhereverThePiecesEnd) {
-    EXPECT_THAT(linesOf({"a\nbc\n"}), ElementsAre("a", "bc"));
-    EXPECT_THAT(linesOf({"a", "\n", "b", "c", "\n"}), ElementsAre("a", "bc"));
-    EXPECT_THAT(linesOf({"a\r", "\nb"}), ElementsAre("a", "b"));
-    EXPECT_THAT(linesOf({"a\rb\n"}), ElementsAre("a\rb"));
-    EXPECT_THAT(linesOf({std::string("a\0b\n", 4)}), ElementsAre(std::string("a\0b", 3)));
-}
-
-TEST(LineReader, PassesOverBlankLines) {
-    EXPECT_THAT(linesOf({"\n\r\n \t\n"}), ElementsAre());
-    EXPECT_THAT(linesOf({}), ElementsAre());
-}
-
-TEST(LineReader, TellsOfAnOverlongLineOnceAndGoesOn) {
-    EXPECT_THAT(linesOf({"12345678\n"}), ElementsAre("12345678"));
-    EXPECT_THAT(linesOf({"123456789\nab\n"}), ElementsAre("!", "ab"));
-    EXPECT_THAT(linesOf({"1234", "56789", "0123456789", "\nab"}), ElementsAre("!", "ab"));
-    EXPECT_THAT(linesOf({"123456789"}), ElementsAre("!"));
+TEST(LineReader, CutsWhereverThePiecesEndAndTellsOfAnOverlongLineOnce) {
+    const struct {
+        std::vector<std::string> pieces;
+        std::vector<std::string> lines;
+    } rows[] = {
+        {{"a", "\n", "b", "c", "\n"}, {"a", "bc"}},
+        {{"a\r", "\nb"}, {"a", "b"}},
+        {{"a\rb\n"}, {"a\rb"}},
+        {{std::string("a\0b\n", 4)}, {std::string("a\0b", 3)}},
+        {{"\n\r\n \t\n"}, {}},
+        {{"12345678\n"}, {"12345678"}},
+        {{"1234", "56789", "0123456789", "\nab"}, {"!", "ab"}},
+        {{"123456789"}, {"!"}},
+    };
+    for (const auto& row : rows) EXPECT_EQ(linesOf(row.pieces), row.lines);
 }
 
 }  // namespace

@@ -1,6 +1,3 @@
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include "base/file.h"
 #include "helper/app_side.h"
 #include "helper/fake_engine.h"
@@ -12,39 +9,30 @@ namespace {
 
 using testing::HasSubstr;
 using testing::StartsWith;
-using Outcome = AppSide::Outcome;
-
-const std::string kProgram = TANDREL_BIN_DIR "/tandrel";
 
 TEST(Program, KnowsItsArguments) {
-    struct Case {
-        std::vector<std::string> arguments;
-        int status;
-        const char* says;
-    };
-    for (const Case& row :
-         {Case{{"--version"}, 0, "tandrel "}, Case{{"--help"}, 0, "usage:"}, Case{{}, 2, "usage:"},
-          Case{{"mpc"}, 2, "usage:"}, Case{{"mcp", "x"}, 2, "usage:"}, Case{{"mcp"}, 0, ""}}) {
-        std::vector<std::string> words = {kProgram};
-        words.insert(words.end(), row.arguments.begin(), row.arguments.end());
+    const auto run = [](const std::vector<std::string>& arguments) {
+        std::vector<std::string> words = {TANDREL_BIN_DIR "/tandrel"};
+        words.insert(words.end(), arguments.begin(), arguments.end());
         const auto [status, output] = runProgramToEnd(words, {});
-        EXPECT_EQ(status, row.status) << output;
-        EXPECT_THAT(output, StartsWith(row.says));
-    }
+        return std::to_string(status) + " " + output;
+    };
+    EXPECT_THAT(run({"--version"}), StartsWith("0 tandrel "));
+    EXPECT_THAT(run({"--help"}), StartsWith("0 usage:"));
+    EXPECT_EQ(run({"mcp"}), "0 ");
+    EXPECT_THAT(run({}), StartsWith("2 usage:"));
+    EXPECT_THAT(run({"mpc"}), StartsWith("2 usage:"));
+    EXPECT_THAT(run({"mcp", "x"}), StartsWith("2 usage:"));
 }
 
 TEST(Program, EndsWhenTheAppClosesEitherSide) {
-    AppSide first(AppSide::Environment{});
-    first.send(request(1, "ping"));
-    EXPECT_EQ(first.receive().at("id"), 1);
-    first.endInput();
-    EXPECT_EQ(first.wait(), 0);
-
-    AppSide second(AppSide::Environment{});
-    second.send(request(1, "ping"));
-    EXPECT_EQ(second.receive().at("id"), 1);
-    second.endOutput();
-    EXPECT_EQ(second.wait(), 0);
+    for (void (AppSide::*close)() : {&AppSide::endInput, &AppSide::endOutput}) {
+        AppSide app(AppSide::Environment{});
+        app.send(request(1, "ping"));
+        EXPECT_EQ(app.receive().at("id"), 1);
+        (app.*close)();
+        EXPECT_EQ(app.wait(), 0);
+    }
 }
 
 class FindingTheEngine : public testing::Test {
@@ -55,10 +43,16 @@ class FindingTheEngine : public testing::Test {
     std::string statePort() const {
         return R"({"port":)" + std::to_string(engine_.port()) + R"(,"pid":1,"version":"1"})";
     }
-    std::string status(const AppSide::Environment& more, Outcome outcome) {
-        AppSide::Environment environment = {{"HOME", home_.path().string()}};
-        environment.insert(more.begin(), more.end());
-        return AppSide(environment).callForText("iphone_get_status", Json::object(), outcome);
+    AppSide::Environment withHome(AppSide::Environment more = {}) {
+        more["HOME"] = home_.path().string();
+        return more;
+    }
+    // Whether a helper in this environment finds the engine.
+    bool finds(const AppSide::Environment& more) {
+        return AppSide(withHome(more)).call("iphone_get_status").at("isError") == false;
+    }
+    std::string refusal(const AppSide::Environment& more) {
+        return AppSide(withHome(more)).refused("iphone_get_status");
     }
 
     TemporaryFolder home_;
@@ -66,74 +60,45 @@ class FindingTheEngine : public testing::Test {
     const std::string port_ = std::to_string(engine_.port());
 };
 
-TEST_F(FindingTheEngine, NeedsNothingButHome) {
+TEST_F(FindingTheEngine, LooksInTheStateFolderUnlessTheEnvironmentNamesAnother) {
     writeState(".local/state", statePort());
-    EXPECT_THAT(status({}, Outcome::done), HasSubstr("Tandrel"));
-}
-
-TEST_F(FindingTheEngine, LooksInTheStateFolderThatTheEnvironmentNames) {
-    writeState("state", statePort());
-    EXPECT_THAT(status({{"XDG_STATE_HOME", (home_.path() / "state").string()}}, Outcome::done),
-                HasSubstr("Tandrel"));
-}
-
-TEST_F(FindingTheEngine, PrefersTheEnvironment) {
+    EXPECT_TRUE(finds({})) << "it needs nothing but HOME";
     writeState(".local/state", R"({"port":1})");
-    EXPECT_THAT(status({}, Outcome::refused), HasSubstr("127.0.0.1:1."));
-    EXPECT_THAT(status({{"TANDREL_ENGINE_PORT", port_}}, Outcome::done), HasSubstr("Tandrel"));
-    EXPECT_THAT(status({{"TANDREL_ENGINE_PORT", "1"}, {"TANDREL_ENGINE_URL", engine_.url()}},
-                       Outcome::done),
-                HasSubstr("Tandrel"));
-}
-
-TEST_F(FindingTheEngine, NamesASettingThatIsWrong) {
-    EXPECT_THAT(status({{"TANDREL_ENGINE_PORT", "70000"}}, Outcome::refused),
-                HasSubstr("TANDREL_ENGINE_PORT"));
-    EXPECT_THAT(status({{"TANDREL_ENGINE_URL", "http://example.org:80"}}, Outcome::refused),
+    writeState("state", statePort());
+    EXPECT_TRUE(finds({{"XDG_STATE_HOME", (home_.path() / "state").string()}}));
+    EXPECT_TRUE(finds({{"TANDREL_ENGINE_PORT", port_}}));
+    EXPECT_TRUE(finds({{"TANDREL_ENGINE_PORT", "1"}, {"TANDREL_ENGINE_URL", engine_.url()}}));
+    EXPECT_THAT(refusal({}), HasSubstr("127.0.0.1:1."));
+    EXPECT_THAT(refusal({{"TANDREL_ENGINE_PORT", "70000"}}), HasSubstr("TANDREL_ENGINE_PORT"));
+    EXPECT_THAT(refusal({{"TANDREL_ENGINE_URL", "http://example.org:80"}}),
                 HasSubstr("TANDREL_ENGINE_URL"));
 }
 
 TEST_F(FindingTheEngine, SaysHowToStartItAndFindsItOnceItRuns) {
     writeState(".local/state", R"({"port":1})");
-    AppSide app({{"HOME", home_.path().string()}});
+    AppSide app(withHome());
     for (const char* tool : {"iphone_get_status", "iphone_look", "iphone_go_home"}) {
-        EXPECT_THAT(app.callForText(tool, Json::object(), Outcome::refused),
+        EXPECT_THAT(app.refused(tool),
                     testing::AllOf(HasSubstr("not running"), HasSubstr("tandrel-app")));
     }
     writeState(".local/state", statePort());
-    app.callForText("iphone_go_home", Json::object(), Outcome::done);
+    app.done("iphone_go_home");
 }
 
 TEST_F(FindingTheEngine, TellsAStrangerFromTheEngine) {
-    engine_.answer("/status", [](const HTTPRequest&) {
-        HTTPResponse page;
-        page.contentType = "text/html";
-        page.body = toBytes("<html>");
-        return page;
-    });
-    engine_.answer("/home", [](const HTTPRequest&) {
-        HTTPResponse page;
-        page.status = 500;
-        page.body = toBytes("oops");
-        return page;
-    });
+    const auto page = [](int status, const char* text) {
+        return [=](const HTTPRequest&) {
+            HTTPResponse response;
+            response.status = status;
+            response.body = toBytes(text);
+            return response;
+        };
+    };
+    engine_.answer("/status", page(200, "<html>"));
+    engine_.answer("/home", page(500, "oops"));
     AppSide app({{"TANDREL_ENGINE_PORT", port_}});
-    EXPECT_THAT(app.callForText("iphone_get_status", Json::object(), Outcome::refused),
-                HasSubstr("could not be understood"));
-    EXPECT_THAT(app.callForText("iphone_go_home", Json::object(), Outcome::refused),
-                HasSubstr("status 500"));
-}
-
-TEST(Program, TwoHelpersAtOnceDoNotMix) {
-    FakeEngine engine;
-    const AppSide::Environment environment = {{"TANDREL_ENGINE_URL", engine.url()}};
-    AppSide first(environment);
-    AppSide second(environment);
-    first.call("iphone_look");
-    EXPECT_THAT(second.callForText("iphone_tap", {{"x", 5}, {"y", 5}}, Outcome::refused),
-                HasSubstr("iphone_look"));
-    first.callForText("iphone_tap", {{"x", 5}, {"y", 5}}, Outcome::done);
-    EXPECT_EQ(engine.requests("/tap").size(), 1U);
+    EXPECT_THAT(app.refused("iphone_get_status"), HasSubstr("could not be understood"));
+    EXPECT_THAT(app.refused("iphone_go_home"), HasSubstr("status 500"));
 }
 
 }  // namespace

@@ -1,13 +1,11 @@
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include "helper/app_side.h"
 
 namespace tandrel {
 namespace {
 
-Json statelessMeta(const char* version = "2026-07-28") {
-    return {{"io.modelcontextprotocol/protocolVersion", version},
+Json statelessMeta() {
+    return {{"io.modelcontextprotocol/protocolVersion", "2026-07-28"},
             {"io.modelcontextprotocol/clientCapabilities", Json::object()}};
 }
 
@@ -18,29 +16,6 @@ struct Exchange {
     const char* expected;
 };
 
-void PrintTo(const Exchange& exchange, std::ostream* out) { *out << exchange.name; }
-
-class OneLine : public testing::TestWithParam<Exchange> {};
-
-TEST_P(OneLine, IsAnsweredAtOnce) {
-    AppSide app;
-    app.sendText(std::string(GetParam().line) + "\n");
-    const Json answer = app.receive();
-    const Json expected = Json::parse(GetParam().expected);
-    EXPECT_EQ(answer.at("jsonrpc"), "2.0");
-    EXPECT_EQ(answer.at("id"), expected.at("id")) << answer;
-    if (expected.contains("code")) {
-        EXPECT_EQ(answer.at("error").at("code"), expected["code"]) << answer;
-        EXPECT_THAT(answer.at("error").at("message").get<std::string>(),
-                    testing::HasSubstr(expected.value("says", "")));
-        EXPECT_EQ(answer.at("error").value("data", Json()), expected.value("data", Json()));
-    } else {
-        Json merged = answer.at("result");
-        merged.merge_patch(expected.at("result"));
-        EXPECT_EQ(answer.at("result"), merged);
-    }
-}
-
 // clang-format off
 constexpr Exchange kExchanges[] = {
     {"not JSON", R"({"jsonrpc")", R"({"id":null,"code":-32700})"},
@@ -49,19 +24,15 @@ constexpr Exchange kExchanges[] = {
     {"no version", R"({"id":1,"method":"ping"})", R"({"id":1,"code":-32600,"says":"jsonrpc"})"},
     {"version 1", R"({"jsonrpc":"1.0","id":"a","method":"ping"})", R"({"id":"a","code":-32600})"},
     {"no method", R"({"jsonrpc":"2.0","id":1})", R"({"id":1,"code":-32600,"says":"method"})"},
-    {"method is no text", R"({"jsonrpc":"2.0","id":1,"method":5})", R"({"id":1,"code":-32600})"},
     {"id null", R"({"jsonrpc":"2.0","id":null,"method":"ping"})", R"({"id":null,"code":-32600,"says":"id"})"},
     {"id fraction", R"({"jsonrpc":"2.0","id":1.5,"method":"ping"})", R"({"id":null,"code":-32600,"says":"id"})"},
-    {"id object", R"({"jsonrpc":"2.0","id":{},"method":"ping"})", R"({"id":null,"code":-32600,"says":"id"})"},
     {"id zero", R"({"jsonrpc":"2.0","id":0,"method":"ping"})", R"({"id":0,"result":{}})"},
     {"id largest", R"({"jsonrpc":"2.0","id":9223372036854775807,"method":"ping"})", R"({"id":9223372036854775807,"result":{}})"},
     {"id empty text", R"({"jsonrpc":"2.0","id":"","method":"ping"})", R"({"id":"","result":{}})"},
     {"params is a list", R"({"jsonrpc":"2.0","id":1,"method":"ping","params":[]})", R"({"id":1,"code":-32602})"},
     {"params is null", R"({"jsonrpc":"2.0","id":1,"method":"ping","params":null})", R"({"id":1,"result":{}})"},
-    {"carriage return", "{\"jsonrpc\":\"2.0\",\"id\":1,\"method\":\"ping\"}\r", R"({"id":1,"result":{}})"},
 
     {"unknown method before the handshake", R"({"jsonrpc":"2.0","id":"p","method":"resources/list"})", R"({"id":"p","code":-32601,"says":"resources/list"})"},
-    {"unknown method, stateless", R"({"jsonrpc":"2.0","id":1,"method":"prompts/list","params":{"_meta":{"io.modelcontextprotocol/protocolVersion":"2026-07-28","io.modelcontextprotocol/clientCapabilities":{}}}})", R"({"id":1,"code":-32601})"},
     {"ping is gone from the stateless version", R"({"jsonrpc":"2.0","id":1,"method":"ping","params":{"_meta":{"io.modelcontextprotocol/protocolVersion":"2026-07-28","io.modelcontextprotocol/clientCapabilities":{}}}})", R"({"id":1,"code":-32601})"},
     {"discover without metadata", R"({"jsonrpc":"2.0","id":1,"method":"server/discover"})", R"({"id":1,"code":-32601})"},
     {"metadata without a version", R"({"jsonrpc":"2.0","id":1,"method":"server/discover","params":{"_meta":{"io.modelcontextprotocol/clientCapabilities":{}}}})", R"({"id":1,"code":-32602,"says":"protocolVersion"})"},
@@ -69,6 +40,7 @@ constexpr Exchange kExchanges[] = {
     {"version of the future", R"({"jsonrpc":"2.0","id":1,"method":"server/discover","params":{"_meta":{"io.modelcontextprotocol/protocolVersion":"2099-01-01","io.modelcontextprotocol/clientCapabilities":{}}}})", R"({"id":1,"code":-32022,"data":{"supported":["2026-07-28"],"requested":"2099-01-01"}})"},
     {"handshake's version without a handshake", R"({"jsonrpc":"2.0","id":1,"method":"tools/list","params":{"_meta":{"io.modelcontextprotocol/protocolVersion":"2025-11-25","io.modelcontextprotocol/clientCapabilities":{}}}})", R"({"id":1,"code":-32022,"data":{"supported":["2026-07-28"],"requested":"2025-11-25"}})"},
 
+    {"discover", R"({"jsonrpc":"2.0","id":"probe","method":"server/discover","params":{"_meta":{"io.modelcontextprotocol/protocolVersion":"2026-07-28","io.modelcontextprotocol/clientCapabilities":{}}}})", R"({"id":"probe","result":{"resultType":"complete","supportedVersions":["2026-07-28"],"capabilities":{"tools":{"listChanged":false}},"ttlMs":300000,"cacheScope":"public","_meta":{"io.modelcontextprotocol/serverInfo":{"version":"1.2.3"}}}})"},
     {"handshake 2024", R"({"jsonrpc":"2.0","id":1,"method":"initialize","params":{"protocolVersion":"2024-11-05"}})", R"({"id":1,"result":{"protocolVersion":"2024-11-05","capabilities":{"tools":{"listChanged":false}},"serverInfo":{"name":"tandrel","version":"1.2.3"}}})"},
     {"handshake March 2025", R"({"jsonrpc":"2.0","id":1,"method":"initialize","params":{"protocolVersion":"2025-03-26"}})", R"({"id":1,"result":{"protocolVersion":"2025-03-26"}})"},
     {"handshake June 2025", R"({"jsonrpc":"2.0","id":1,"method":"initialize","params":{"protocolVersion":"2025-06-18"}})", R"({"id":1,"result":{"protocolVersion":"2025-06-18"}})"},
@@ -84,25 +56,41 @@ constexpr Exchange kExchanges[] = {
 };
 // clang-format on
 
-INSTANTIATE_TEST_SUITE_P(Protocol, OneLine, testing::ValuesIn(kExchanges));
+TEST(Protocol, AnswersALineAsItsRowSays) {
+    for (const Exchange& row : kExchanges) {
+        SCOPED_TRACE(row.name);
+        AppSide app;
+        app.sendText(std::string(row.line) + "\n");
+        const Json answer = app.receive();
+        const Json expected = Json::parse(row.expected);
+        EXPECT_EQ(answer.at("jsonrpc"), "2.0");
+        EXPECT_EQ(answer.at("id"), expected.at("id")) << answer;
+        if (expected.contains("result")) {
+            Json merged = answer.at("result");
+            merged.merge_patch(expected["result"]);
+            EXPECT_EQ(answer.at("result"), merged);
+            continue;
+        }
+        const Json& error = answer.at("error");
+        EXPECT_EQ(error.at("code"), expected["code"]) << answer;
+        EXPECT_THAT(error.at("message").get<std::string>(),
+                    testing::HasSubstr(expected.value("says", "")));
+        EXPECT_EQ(error.value("data", Json()), expected.value("data", Json()));
+    }
+}
 
 TEST(Protocol, NotificationsAndRepliesAreNotAnswered) {
     AppSide app;
-    app.sendText("\n \t\r\n");
-    app.sendText(R"({"jsonrpc":"2.0","method":"notifications/initialized"})"
-                 "\n");
-    app.sendText(R"({"jsonrpc":"2.0","method":"notifications/unheard-of","params":[]})"
-                 "\n");
-    app.sendText(R"({"jsonrpc":"2.0","method":"notifications/cancelled","params":{"requestId":9}})"
-                 "\n");
-    app.sendText(R"({"jsonrpc":"2.0","method":"notifications/cancelled"})"
-                 "\n");
-    app.sendText(R"({"jsonrpc":"2.0","method":"tools/call","params":{"name":"iphone_go_home"}})"
-                 "\n");
-    app.sendText(R"({"jsonrpc":"2.0","id":3,"result":{}})"
-                 "\n");
-    app.sendText(R"({"jsonrpc":"2.0","id":3,"error":{"code":1,"message":"no"}})"
-                 "\n");
+    for (const char* line :
+         {"", " \t\r", R"({"jsonrpc":"2.0","method":"notifications/initialized"})",
+          R"({"jsonrpc":"2.0","method":"notifications/unheard-of","params":[]})",
+          R"({"jsonrpc":"2.0","method":"notifications/cancelled","params":{"requestId":9}})",
+          R"({"jsonrpc":"2.0","method":"notifications/cancelled"})",
+          R"({"jsonrpc":"2.0","method":"tools/call","params":{"name":"iphone_go_home"}})",
+          R"({"jsonrpc":"2.0","id":3,"result":{}})",
+          R"({"jsonrpc":"2.0","id":3,"error":{"code":1,"message":"no"}})"}) {
+        app.sendText(std::string(line) + "\n");
+    }
     app.send(request(4, "ping"));
     EXPECT_EQ(app.receive(), Json::parse(R"({"jsonrpc":"2.0","id":4,"result":{}})"));
     app.endInput();
@@ -117,31 +105,18 @@ TEST(Protocol, AnOverlongLineIsRefusedAndTheNextOneServed) {
     EXPECT_EQ(app.receive().at("id"), 2);
 }
 
-TEST(Protocol, DiscoverSaysWhatIsServed) {
-    AppSide app;
-    app.send(request("probe", "server/discover", {{"_meta", statelessMeta()}}));
-    const Json answer = app.receive();
-    EXPECT_EQ(answer.at("id"), "probe");
-    const Json& result = answer.at("result");
-    EXPECT_EQ(result.at("resultType"), "complete");
-    EXPECT_EQ(result.at("supportedVersions"), Json::parse(R"(["2026-07-28"])"));
-    EXPECT_EQ(result.at("capabilities"), Json::parse(R"({"tools":{"listChanged":false}})"));
-    EXPECT_EQ(result.at("ttlMs"), 300000);
-    EXPECT_EQ(result.at("cacheScope"), "public");
-    EXPECT_EQ(result.at("_meta").at("io.modelcontextprotocol/serverInfo").at("version"), "1.2.3");
-}
-
 TEST(Protocol, ListsDifferOnlyInWhatTheStatelessVersionAdds) {
     AppSide app;
     app.send(request(1, "tools/list"));
     app.send(request(2, "tools/list", {{"_meta", statelessMeta()}}));
     const Json old = app.receive().at("result");
     Json stateless = app.receive().at("result");
+    stateless.erase("_meta");
     EXPECT_EQ(old.size(), 1U);
-    EXPECT_EQ(stateless.at("resultType"), "complete");
-    EXPECT_EQ(stateless.at("ttlMs"), 300000);
-    EXPECT_EQ(stateless.at("cacheScope"), "public");
-    EXPECT_EQ(stateless.at("tools"), old.at("tools"));
+    EXPECT_EQ(stateless, Json({{"tools", old.at("tools")},
+                               {"resultType", "complete"},
+                               {"ttlMs", 300000},
+                               {"cacheScope", "public"}}));
 }
 
 TEST(Protocol, BothGenerationsAreServedSideBySide) {

@@ -1,8 +1,5 @@
 #include <cmath>
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include "helper/app_side.h"
 #include "helper/fake_engine.h"
 #include "helper/screen_memory.h"
@@ -11,7 +8,6 @@ namespace tandrel {
 namespace {
 
 using testing::HasSubstr;
-using Outcome = AppSide::Outcome;
 
 class Tools : public testing::Test {
  protected:
@@ -28,21 +24,6 @@ struct Action {
     const char* body;
 };
 
-void PrintTo(const Action& action, std::ostream* out) { *out << action.name; }
-
-class ActionTable : public Tools, public testing::WithParamInterface<Action> {};
-
-TEST_P(ActionTable, IsForwarded) {
-    app_.call("iphone_look");
-    const std::string text =
-        app_.callForText(GetParam().tool, Json::parse(GetParam().arguments), Outcome::done);
-    EXPECT_THAT(text, HasSubstr("PHONE-A"));
-    const auto requests = engine_.requests(GetParam().path);
-    ASSERT_EQ(requests.size(), 1U);
-    EXPECT_EQ(requests[0].method, "POST");
-    EXPECT_EQ(requests[0].body, Json::parse(GetParam().body));
-}
-
 // clang-format off
 constexpr Action kActions[] = {
     {"tap in pixels", "iphone_tap", R"({"x":361.5,"y":392})", "/tap", R"({"x":0.5,"y":0.25,"fraction":true,"device":"PHONE-A"})"},
@@ -52,7 +33,6 @@ constexpr Action kActions[] = {
     {"tap, phone by name", "iphone_tap", R"({"x":361.5,"y":392,"device":"anna's IPHONE"})", "/tap", R"({"x":0.5,"y":0.25,"fraction":true,"device":"PHONE-A"})"},
     {"tap, device null", "iphone_tap", R"({"x":361.5,"y":392,"device":null})", "/tap", R"({"x":0.5,"y":0.25,"fraction":true,"device":"PHONE-A"})"},
     {"long press", "iphone_long_press", R"({"x":361.5,"y":392,"seconds":"1.5"})", "/tap", R"({"x":0.5,"y":0.25,"hold":1.5,"fraction":true,"device":"PHONE-A"})"},
-    {"long press of usual length", "iphone_long_press", R"({"x":361.5,"y":392})", "/tap", R"({"x":0.5,"y":0.25,"hold":1.0,"fraction":true,"device":"PHONE-A"})"},
     {"swipe", "iphone_swipe", R"({"x1":361.5,"y1":1176,"x2":361.5,"y2":392})", "/swipe", R"({"x1":0.5,"y1":0.75,"x2":0.5,"y2":0.25,"duration":0.3,"fraction":true,"device":"PHONE-A"})"},
     {"move", "iphone_move", R"({"x":361.5,"y":392})", "/move", R"({"x":0.5,"y":0.25,"fraction":true,"device":"PHONE-A"})"},
     {"nudge", "iphone_nudge", R"({"dx":-5,"dy":"7"})", "/nudge", R"({"dx":-5,"dy":7,"click":false,"device":"PHONE-A"})"},
@@ -62,10 +42,22 @@ constexpr Action kActions[] = {
     {"key without modifiers", "iphone_press_key", R"({"key":"space","modifiers":[]})", "/key", R"({"key":"space","device":"PHONE-A"})"},
     {"key with modifiers", "iphone_press_key", R"({"key":"h","modifiers":["cmd","shift"]})", "/key", R"({"key":"h","modifiers":["cmd","shift"],"device":"PHONE-A"})"},
     {"home", "iphone_go_home", R"({})", "/home", R"({"device":"PHONE-A"})"},
+    {"match", "iphone_match", R"({"force":true})", "/match", R"({"force":true,"probe":false})"},
+    {"pair", "iphone_pair", R"({"host":"11111111-2222-3333-4444-555555555555","device":"PHONE-A"})", "/pair", R"({"host":"11111111-2222-3333-4444-555555555555","device":"PHONE-A"})"},
 };
 // clang-format on
 
-INSTANTIATE_TEST_SUITE_P(Tools, ActionTable, testing::ValuesIn(kActions));
+TEST_F(Tools, ActionsAreForwarded) {
+    app_.call("iphone_look");
+    for (const auto& [name, tool, arguments, path, body] : kActions) {
+        SCOPED_TRACE(name);
+        EXPECT_THAT(app_.done(tool, Json::parse(arguments)), HasSubstr("PHONE-A"));
+        const auto asked = engine_.requests(path).back();
+        EXPECT_EQ(asked.method, "POST");
+        EXPECT_EQ(asked.body, Json::parse(body));
+    }
+    EXPECT_EQ(engine_.requests("/home").size(), 1U) << "each is sent once";
+}
 
 // A call that never reaches the engine, and what the assistant is told.
 struct Refusal {
@@ -74,20 +66,6 @@ struct Refusal {
     const char* arguments;
     const char* says;
 };
-
-void PrintTo(const Refusal& refusal, std::ostream* out) { *out << refusal.name; }
-
-class RefusalTable : public Tools, public testing::WithParamInterface<Refusal> {};
-
-TEST_P(RefusalTable, SaysWhatToDo) {
-    app_.call("iphone_look");
-    EXPECT_THAT(
-        app_.callForText(GetParam().tool, Json::parse(GetParam().arguments), Outcome::refused),
-        HasSubstr(GetParam().says));
-    for (const char* path : {"/tap", "/swipe", "/move", "/nudge", "/type", "/key", "/pair"}) {
-        EXPECT_EQ(engine_.requests(path).size(), 0U) << path;
-    }
-}
 
 // clang-format off
 constexpr Refusal kRefusals[] = {
@@ -99,10 +77,8 @@ constexpr Refusal kRefusals[] = {
     {"fraction over 1", "iphone_tap", R"({"x":1.01,"y":0.5,"units":"fractions"})", "0 to 1"},
     {"unknown unit", "iphone_tap", R"({"x":1,"y":1,"units":"percent"})", R"("units" takes one of "pixels", "fractions", not "percent".)"},
     {"no y", "iphone_tap", R"({"x":1})", R"(iphone_tap needs "y")"},
-    {"y null", "iphone_tap", R"({"x":1,"y":null})", R"(iphone_tap needs "y")"},
     {"text that is no number", "iphone_tap", R"({"x":"12px","y":1})", R"("x" takes a number from 0 to 1568, not "12px".)"},
     {"infinity as text", "iphone_tap", R"({"x":"inf","y":1})", R"(not "inf")"},
-    {"empty text", "iphone_tap", R"({"x":"","y":1})", R"(not "")"},
     {"unknown parameter", "iphone_tap", R"({"x":1,"y":1,"finger":2})", R"(has no parameter "finger"; it takes x, y, units, device.)"},
     {"a parameter where none is", "iphone_get_status", R"({"all":true})", R"(it takes none)"},
     {"hold too long", "iphone_long_press", R"({"x":1,"y":1,"seconds":11})", "from 0.3 to 10, not 11"},
@@ -111,105 +87,78 @@ constexpr Refusal kRefusals[] = {
     {"nudge too far", "iphone_nudge", R"({"dx":0,"dy":2001})", "-2000 to 2000"},
     {"click maybe", "iphone_nudge", R"({"dx":0,"dy":0,"click":1})", "true or false"},
     {"nothing to type", "iphone_type", R"({"text":""})", "1 to 400 characters"},
-    {"number to type", "iphone_type", R"({"text":5})", "not 5"},
     {"modifiers as text", "iphone_press_key", R"({"key":"a","modifiers":"cmd"})", "a list of"},
     {"unknown modifier", "iphone_press_key", R"({"key":"a","modifiers":["hyper"]})", "hyper"},
     {"device no text", "iphone_go_home", R"({"device":7})", R"("device" takes text)"},
+    {"picture too large", "iphone_look", R"({"longest_edge":1569})", "from 200 to 1568, not 1569"},
     {"host too short", "iphone_pair", R"({"host":"abc"})", "36"},
 };
 // clang-format on
 
-INSTANTIATE_TEST_SUITE_P(Tools, RefusalTable, testing::ValuesIn(kRefusals));
+TEST_F(Tools, RefusalsSayWhatToDoAndSendNothing) {
+    app_.call("iphone_look");
+    for (const auto& [name, tool, arguments, says] : kRefusals) {
+        EXPECT_THAT(app_.refused(tool, Json::parse(arguments)), HasSubstr(says)) << name;
+    }
+    EXPECT_EQ(engine_.requests().size(), 1U) << "the look";
+}
 
 TEST_F(Tools, TextIsCountedInCharacters) {
     std::string text;
     for (int i = 0; i < 400; ++i) text += "é";
-    app_.callForText("iphone_type", {{"text", text}}, Outcome::done);
-    app_.callForText("iphone_type", {{"text", text + "e"}}, Outcome::refused);
+    app_.done("iphone_type", {{"text", text}});
+    app_.refused("iphone_type", {{"text", text + "e"}});
 }
 
 TEST_F(Tools, PixelsNeedAPictureOfThatPhone) {
     const Json point = {{"x", 10}, {"y", 10}};
-    EXPECT_THAT(app_.callForText("iphone_tap", point, Outcome::refused), HasSubstr("iphone_look"));
-    app_.callForText("iphone_tap", {{"x", 0.5}, {"y", 0.5}, {"units", "fractions"}}, Outcome::done);
+    EXPECT_THAT(app_.refused("iphone_tap", point), HasSubstr("iphone_look"));
+    app_.done("iphone_tap", {{"x", 0.5}, {"y", 0.5}, {"units", "fractions"}});
     EXPECT_FALSE(engine_.requests("/tap").at(0).body.contains("device"));
 
     app_.call("iphone_look");
-    EXPECT_THAT(app_.callForText("iphone_tap", {{"x", 10}, {"y", 10}, {"device", "Ben's iPhone"}},
-                                 Outcome::refused),
+    EXPECT_THAT(app_.refused("iphone_tap", {{"x", 10}, {"y", 10}, {"device", "Ben's iPhone"}}),
                 HasSubstr("iphone_look"));
-    app_.callForText("iphone_tap", point, Outcome::done);
+    app_.done("iphone_tap", point);
 }
 
 TEST_F(Tools, WithPicturesOfTwoPhonesAnActionMustNameOne) {
     app_.call("iphone_look");
-    engine_.answer("/look", [](const HTTPRequest&) {
-        return HTTPResponse::json(lookReply(
-            3, {{"X-Device", "PHONE-B"}, {"X-Image-Width", 100}, {"X-Image-Height", 200}}));
-    });
+    engine_.answerLook({{"X-Device", "PHONE-B"}, {"X-Image-Width", 100}, {"X-Image-Height", 200}});
     app_.call("iphone_look", {{"device", "PHONE-B"}});
-    for (const char* tool : {"iphone_go_home", "iphone_tap"}) {
-        Json arguments = Json::object();
-        if (std::string(tool) == "iphone_tap") arguments = {{"x", 1}, {"y", 1}};
-        EXPECT_THAT(app_.callForText(tool, arguments, Outcome::refused),
-                    HasSubstr(R"(("PHONE-A", "PHONE-B"))"));
-    }
-    app_.callForText("iphone_tap", {{"x", 50}, {"y", 50}, {"device", "PHONE-B"}}, Outcome::done);
+    const auto whichOne = HasSubstr(R"(("PHONE-A", "PHONE-B"))");
+    EXPECT_THAT(app_.refused("iphone_go_home"), whichOne);
+    EXPECT_THAT(app_.refused("iphone_tap", {{"x", 1}, {"y", 1}}), whichOne);
+    app_.done("iphone_tap", {{"x", 50}, {"y", 50}, {"device", "PHONE-B"}});
     EXPECT_EQ(engine_.requests("/tap").at(0).body,
               Json::parse(R"({"x":0.5,"y":0.25,"fraction":true,"device":"PHONE-B"})"));
 }
 
 TEST_F(Tools, AnEnginesRefusalIsPassedOnUnchanged) {
-    const std::string sentence =
-        "The owner denied this on their Mac (tap “Pay €12.50”: €12.50 to Shop). Don't retry this "
-        "payment.";
-    for (const int status : {400, 403, 409, 423, 500, 503}) {
+    const std::string sentence = "The owner denied this on their Mac (tap “Pay €12.50”).";
+    for (const int status : {400, 403, 503}) {
         engine_.answer("/home",
                        [&](const HTTPRequest&) { return HTTPResponse::error(sentence, status); });
-        EXPECT_EQ(app_.callForText("iphone_go_home", Json::object(), Outcome::refused), sentence);
+        EXPECT_EQ(app_.refused("iphone_go_home"), sentence);
     }
 }
 
 TEST_F(Tools, StatusAndDevicesAreTheEnginesOwn) {
-    EXPECT_EQ(app_.callForText("iphone_get_status", Json::object(), Outcome::done),
-              R"({"app":"Tandrel","paused":false})");
-    EXPECT_THAT(app_.callForText("iphone_list_devices", Json::object(), Outcome::done),
-                HasSubstr(R"("name":"Ben's iPhone")"));
+    EXPECT_EQ(app_.done("iphone_get_status"), R"({"app":"Tandrel","paused":false})");
+    EXPECT_THAT(app_.done("iphone_list_devices"), HasSubstr(R"("name":"Ben's iPhone")"));
 }
-
-TEST_F(Tools, MatchAndPairGoThrough) {
-    const auto ok = [](const HTTPRequest&) { return HTTPResponse::json({{"devices", "..."}}); };
-    engine_.answer("/match", ok);
-    engine_.answer("/pair", ok);
-    app_.callForText("iphone_match", {{"force", true}}, Outcome::done);
-    EXPECT_EQ(engine_.requests("/match").at(0).body,
-              Json::parse(R"({"force":true,"probe":false})"));
-    const char* host = "11111111-2222-3333-4444-555555555555";
-    app_.callForText("iphone_pair", {{"host", host}, {"device", "PHONE-A"}}, Outcome::done);
-    EXPECT_EQ(engine_.requests("/pair").at(0).body, Json({{"host", host}, {"device", "PHONE-A"}}));
-}
-
-struct Wait {
-    const char* name;
-    const char* reply;
-    const char* says;
-};
 
 TEST_F(Tools, WaitingTellsWhatTheScreenDid) {
-    for (const auto& [name, reply, says] : {
-             Wait{"settled", R"({"settled":true,"changes":3,"waited_ms":1230,"still_ms":260})",
-                  "The screen changed and has been still for 0.3 s."},
-             Wait{"nothing", R"({"settled":true,"changes":0,"waited_ms":900,"still_ms":900})",
-                  "The screen has not changed for 0.9 s."},
-             Wait{"video", R"({"settled":false,"changes":90,"waited_ms":5000,"still_ms":10})",
-                  "still changing after 5.0 s"},
-         }) {
-        engine_.answer("/settle", [reply](const HTTPRequest&) {
-            return HTTPResponse::json(Json::parse(reply));
-        });
-        EXPECT_THAT(app_.callForText("iphone_wait_until_settled", {{"longest", 2}}, Outcome::done),
-                    HasSubstr(says))
-            << name;
+    const std::pair<const char*, const char*> rows[] = {
+        {R"({"settled":true,"changes":3,"waited_ms":1230,"still_ms":260})",
+         "The screen changed and has been still for 0.3 s."},
+        {R"({"settled":true,"changes":0,"waited_ms":900,"still_ms":900})",
+         "The screen has not changed for 0.9 s."},
+        {R"({"settled":false,"changes":90,"waited_ms":5000,"still_ms":10})",
+         "still changing after 5.0 s"}};
+    for (const auto& [reply, says] : rows) {
+        engine_.answer("/settle", Json::parse(reply));
+        EXPECT_THAT(app_.done("iphone_wait_until_settled", {{"longest", 2}}), HasSubstr(says));
     }
     const auto query = engine_.requests("/settle").at(0).query;
     EXPECT_EQ(query.at("max"), "2000");
@@ -220,10 +169,8 @@ TEST_F(Tools, WaitingCountsFromTheLastAction) {
     const double before = millisecondsNow();
     app_.call("iphone_go_home");
     const double after = millisecondsNow();
-    engine_.answer("/settle", [](const HTTPRequest&) {
-        return HTTPResponse::json({{"settled", true}, {"changes", 1}, {"still_ms", 400}});
-    });
-    EXPECT_EQ(app_.callForText("iphone_wait_until_settled", {{"longest", 1}}, Outcome::done),
+    engine_.answer("/settle", Json{{"settled", true}, {"changes", 1}, {"still_ms", 400}});
+    EXPECT_EQ(app_.done("iphone_wait_until_settled", {{"longest", 1}}),
               "The screen changed after your last action and has been still for 0.4 s.");
     const auto query = engine_.requests("/settle").at(0).query;
     const double since = std::stod(query.at("since"));
@@ -238,37 +185,29 @@ TEST_F(Tools, WaitingCountsFromTheLastAction) {
 }
 
 // What every app may rely on, whatever the tool.
-TEST_F(Tools, EveryToolIsFullyDescribed) {
+TEST_F(Tools, AreFullyDescribedAndOnlyLookingIsReadOnly) {
     app_.send(request(1, "tools/list"));
     const Json list = app_.receive().at("result").at("tools");
     EXPECT_EQ(list.size(), 15U);
+    std::vector<std::string> readOnly;
+    std::vector<std::string> reachingOut;
     for (const Json& tool : list) {
         SCOPED_TRACE(tool.at("name"));
         EXPECT_THAT(tool.at("name").get<std::string>(), testing::MatchesRegex("iphone_[a-z_]+"));
         // Apps cut longer descriptions.
         EXPECT_LE(tool.at("description").get<std::string>().size(), 2048U);
         EXPECT_FALSE(tool.contains("outputSchema"));
-        for (const char* hint :
-             {"readOnlyHint", "destructiveHint", "idempotentHint", "openWorldHint"}) {
-            EXPECT_TRUE(tool.at("annotations").at(hint).is_boolean()) << hint;
-        }
-        EXPECT_EQ(tool.at("inputSchema").at("type"), "object");
-        EXPECT_EQ(tool.at("inputSchema").at("additionalProperties"), false);
-        for (const auto& [name, property] : tool.at("inputSchema").at("properties").items()) {
+        const Json& hints = tool.at("annotations");
+        EXPECT_TRUE(hints.at("idempotentHint").is_boolean());
+        EXPECT_EQ(hints.at("openWorldHint"), hints.at("destructiveHint"));
+        if (hints.at("readOnlyHint") == true) readOnly.push_back(tool["name"]);
+        if (hints.at("openWorldHint") == true) reachingOut.push_back(tool["name"]);
+        const Json& schema = tool.at("inputSchema");
+        EXPECT_EQ(schema.at("type"), "object");
+        EXPECT_EQ(schema.at("additionalProperties"), false);
+        for (const auto& [name, property] : schema.at("properties").items()) {
             EXPECT_TRUE(property.contains("type") && property.contains("description")) << name;
         }
-    }
-}
-
-TEST_F(Tools, OnlyLookingIsReadOnlyAndOnlyWhatCanPayReachesOut) {
-    app_.send(request(1, "tools/list"));
-    std::vector<std::string> readOnly;
-    std::vector<std::string> reachingOut;
-    const Json answer = app_.receive();
-    for (const Json& tool : answer.at("result").at("tools")) {
-        if (tool["annotations"]["readOnlyHint"] == true) readOnly.push_back(tool["name"]);
-        if (tool["annotations"]["openWorldHint"] == true) reachingOut.push_back(tool["name"]);
-        EXPECT_EQ(tool["annotations"]["openWorldHint"], tool["annotations"]["destructiveHint"]);
     }
     EXPECT_THAT(readOnly, testing::ElementsAre("iphone_look", "iphone_take_screenshot",
                                                "iphone_wait_until_settled", "iphone_get_status",

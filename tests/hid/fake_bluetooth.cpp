@@ -1,5 +1,6 @@
 #include "hid/fake_bluetooth.h"
 
+#include <algorithm>
 #include <condition_variable>
 #include <mutex>
 #include <stdexcept>
@@ -35,21 +36,20 @@ struct FakeBluetooth::World {
     int made = 0;
 
     CharacteristicId find(const std::string& key) const {
-        for (const GattService& service : services) {
-            for (const GattCharacteristic& one : service.characteristics) {
-                if (keyOf(one) == key) return one.id;
-            }
-        }
-        throw std::runtime_error("nobody published " + key);
+        return where([&](const GattCharacteristic& one) { return keyOf(one) == key; }).id;
     }
 
     std::string keyOf(CharacteristicId id) const {
+        return keyOf(where([&](const GattCharacteristic& one) { return one.id == id; }));
+    }
+
+    template <typename Fits>
+    const GattCharacteristic& where(Fits fits) const {
         for (const GattService& service : services) {
-            for (const GattCharacteristic& one : service.characteristics) {
-                if (one.id == id) return keyOf(one);
-            }
+            const auto found = std::ranges::find_if(service.characteristics, fits);
+            if (found != service.characteristics.end()) return *found;
         }
-        return "unpublished";
+        throw std::runtime_error("nobody published it");
     }
 
     static std::string keyOf(const GattCharacteristic& characteristic) {
@@ -120,9 +120,7 @@ class FakeBluetooth::Peripheral final : public BluetoothPeripheral {
     World& world_;
 };
 
-std::shared_ptr<FakeBluetooth::World> FakeBluetooth::makeWorld() {
-    return std::make_shared<World>();
-}
+FakeBluetooth::FakeBluetooth() : world_(std::make_shared<World>()) {}
 
 MakeBluetoothPeripheral FakeBluetooth::maker() {
     return [this](BluetoothPeripheralDelegate& delegate,
@@ -190,39 +188,26 @@ void FakeBluetooth::awaitAccepted(int count) { world_->await(&World::accepted, c
 
 void FakeBluetooth::awaitRefused(int count) { world_->await(&World::refused, count); }
 
-std::vector<std::string> FakeBluetooth::transcript() {
-    std::vector<std::string> lines;
-    act([&](World& world) { lines = world.transcript; });
-    return lines;
+template <typename T>
+T FakeBluetooth::now(T World::* member) {
+    T value{};
+    act([&](World& world) { value = world.*member; });
+    return value;
 }
+
+std::vector<std::string> FakeBluetooth::transcript() { return now(&World::transcript); }
 
 void FakeBluetooth::clearTranscript() {
     act([](World& world) { world.transcript.clear(); });
 }
 
-std::vector<GattService> FakeBluetooth::services() {
-    std::vector<GattService> services;
-    act([&](World& world) { services = world.services; });
-    return services;
-}
+std::vector<GattService> FakeBluetooth::services() { return now(&World::services); }
 
-std::string FakeBluetooth::advertising() {
-    std::string advertising;
-    act([&](World& world) { advertising = world.advertising; });
-    return advertising;
-}
+std::string FakeBluetooth::advertising() { return now(&World::advertising); }
 
-int FakeBluetooth::peripheralsMade() {
-    int made = 0;
-    act([&](World& world) { made = world.made; });
-    return made;
-}
+int FakeBluetooth::peripheralsMade() { return now(&World::made); }
 
-bool FakeBluetooth::hasPeripheral() {
-    bool has = false;
-    act([&](World& world) { has = world.delegate != nullptr; });
-    return has;
-}
+bool FakeBluetooth::hasPeripheral() { return now(&World::delegate) != nullptr; }
 
 Uuid FakeBluetooth::phone(const std::string& name) {
     std::array<std::uint8_t, 16> bytes{};

@@ -18,6 +18,8 @@ namespace tandrel {
 // does, so the database must have been added.
 class FakeBluetooth {
  public:
+    FakeBluetooth();
+
     // What lines of the transcript begin with.
     std::function<std::string()> stamp = [] { return std::string(); };
     // Adding services or advertising fails with these while they are set.
@@ -59,8 +61,11 @@ class FakeBluetooth {
     // Runs the verb on the program's queue, and waits for what it led to there.
     void act(const std::function<void(World&)>& verb);
 
-    const std::shared_ptr<World> world_ = makeWorld();
-    static std::shared_ptr<World> makeWorld();
+    // How this is once the program has dealt with all that came before.
+    template <typename T>
+    T now(T World::* member);
+
+    const std::shared_ptr<World> world_;
 };
 
 }  // namespace tandrel

@@ -4,7 +4,6 @@
 #include <vector>
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include "hid/fake_bluetooth.h"
 #include "hid/hid_peripheral.h"
@@ -49,6 +48,8 @@ class HidFixture : public testing::Test {
     void send(ReportID id, std::vector<std::uint8_t> bytes, const std::string& phone) {
         hid.send(id, bytes, FakeBluetooth::phone(phone));
     }
+
+    std::vector<std::string> sent() { return bluetooth.transcript(); }
 
     FakeBluetooth bluetooth;
     HIDPeripheral hid;

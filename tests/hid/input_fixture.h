@@ -31,7 +31,7 @@ class PacedClock final : public Clock {
     ManualClock turned_{ManualClock::Sleep::passes};
 };
 
-// The phone "A" listens. A transcript line is "<milliseconds since the start> A <report>: <bytes>".
+// The phone "A" listens. A transcript line is "<milliseconds> A <report>: <bytes>".
 class InputFixture : private ClockFirst<PacedClock>, public HidFixture {
  protected:
     InputFixture() : HidFixture(clock), input(hid, FakeBluetooth::phone("A"), clock) {}
@@ -47,10 +47,12 @@ class InputFixture : private ClockFirst<PacedClock>, public HidFixture {
         return std::chrono::round<std::chrono::milliseconds>(clock.now() - start_).count();
     }
 
-    // What the action made of the reports, ending with the time at which it returned.
+    // What the action made of the reports, from its beginning to the time at which it returned.
     std::vector<std::string> timed(const std::function<Result<void>()>& action) {
+        bluetooth.clearTranscript();
+        start_ = clock.now();
         const Result<void> result = action();
-        std::vector<std::string> lines = bluetooth.transcript();
+        std::vector<std::string> lines = sent();
         lines.push_back(result ? std::to_string(elapsedMilliseconds()) : result.error().message);
         return lines;
     }
@@ -59,7 +61,7 @@ class InputFixture : private ClockFirst<PacedClock>, public HidFixture {
     Input input;
 
  private:
-    const TimePoint start_ = clock.now();
+    TimePoint start_ = clock.now();
 };
 
 }  // namespace tandrel

@@ -26,7 +26,6 @@ TEST(ReadApprovals, GivesTheNewestInTheLogsOrderAndCountsTheRest) {
     const auto all = readApprovals(log, 100).value();
     EXPECT_EQ(all.newest.size(), 6);
     EXPECT_EQ(all.newest.front().detail, "tap 1");
-    EXPECT_EQ(all.newest.front().why, std::nullopt);
     EXPECT_EQ(all.older, 0);
     EXPECT_EQ(all.unreadable, 2);
     const auto few = readApprovals(log, 2).value();

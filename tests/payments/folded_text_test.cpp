@@ -6,25 +6,23 @@ namespace tandrel::PaymentGuard {
 namespace {
 
 TEST(FoldedText, WhatLooksAlikeFoldsAlike) {
-    struct Row {
-        const char* written;
-        const char* meant;
+    const std::pair<const char*, const char*> rows[] = {
+        {"PAY NOW", "pay now"},
+        {"Ｐａｙ　ｎｏｗ", "pay now"},                // full-width forms
+        {"Pаy nоw", "pay now"},                       // Cyrillic а and о
+        {"C0nfirm", "Confirm"},                       // a digit for a letter
+        {"Confirrn", "Confirm"},                      // rn for m
+        {"Jetzt bezahlen\u00ad!", "jetzt bezahlen"},  // a soft hyphen
+        {"Überweisen", "U\u0308berweisen"},           // composed and decomposed
+        {"confirmer", "CONFIRMER"},                   //
+        {"ｶｰﾄﾞ", "カード"},                           // half-width kana
+        {"تأكيد الدَّفع", "تأكيد الدفع"},               // vowel signs
+        {"pay\u00a0now", "pay now"},                  // a no-break space
+        {"Pay — now…", "pay now"},                    // marks between words
     };
-    for (const Row& row : {
-             Row{"PAY NOW", "pay now"}, Row{"Ｐａｙ　ｎｏｗ", "pay now"},  // full-width forms
-             Row{"Pаy nоw", "pay now"},                                    // Cyrillic а and о
-             Row{"C0nfirm", "Confirm"},                                    // a digit for a letter
-             Row{"Confirrn", "Confirm"},                                   // rn for m
-             Row{"Jetzt bezahlen\u00ad!", "jetzt bezahlen"},               // a soft hyphen
-             Row{"Überweisen", "U\u0308berweisen"},  // composed and decomposed
-             Row{"confirmer", "CONFIRMER"},          //
-             Row{"ｶｰﾄﾞ", "カード"},                  // half-width kana
-             Row{"تأكيد الدَّفع", "تأكيد الدفع"},      // vowel signs
-             Row{"pay\u00a0now", "pay now"},         // a no-break space
-             Row{"Pay — now…", "pay now"},           // marks between words
-         }) {
-        EXPECT_EQ(folded(row.written), folded(row.meant)) << row.written;
-        EXPECT_FALSE(folded(row.written).empty()) << row.written;
+    for (const auto& [written, meant] : rows) {
+        EXPECT_EQ(folded(written), folded(meant)) << written;
+        EXPECT_FALSE(folded(written).empty()) << written;
     }
 }
 
@@ -48,21 +46,16 @@ TEST(FoldedText, NoBytesAreTooOdd) {
 }
 
 TEST(FoldedText, OnlyWordsThatPassThemselvesOffAsLatinAreSpelledInIt) {
-    struct Row {
-        const char* written;
-        const char* spelled;
+    const std::pair<const char*, const char*> rows[] = {
+        {"Pаy nоw", "pay now"},         {"C0nfirm", "confirm"}, {"5ubscribe", "subscribe"},
+        {"Βuy nοw", "Buy now"},        // a Greek capital, and a small letter
+        {"Оплатить", "Оплатить"},      // Russian, and it looks it
+        {"Pay 10 now", "Pay 10 now"},  // a number of its own
+        {"Πληρωμή", "Πληρωμή"},        // Greek
+        {"Total €5.00", "Total €5.00"},
     };
-    for (const Row& row : {
-             Row{"Pаy nоw", "pay now"},
-             Row{"C0nfirm", "confirm"},
-             Row{"5ubscribe", "subscribe"},
-             Row{"Βuy nοw", "Buy now"},        // a Greek capital, and a small letter
-             Row{"Оплатить", "Оплатить"},      // Russian, and it looks it
-             Row{"Pay 10 now", "Pay 10 now"},  // a number of its own
-             Row{"Πληρωμή", "Πληρωμή"},        // Greek
-             Row{"Total €5.00", "Total €5.00"},
-         }) {
-        EXPECT_EQ(unmasked(row.written), row.spelled);
+    for (const auto& [written, spelled] : rows) {
+        EXPECT_EQ(unmasked(written), spelled);
     }
 }
 

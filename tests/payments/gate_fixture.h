@@ -6,11 +6,10 @@
 #include <functional>
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
-#include <unistd.h>
 
 #include "payments/payment_gate.h"
 #include "support/manual_clock.h"
+#include "support/temporary_folder.h"
 
 namespace tandrel {
 
@@ -26,20 +25,14 @@ class FakeDefaults final : public UserDefaults {
  public:
     std::optional<bool> boolValue(std::string_view key) const override {
         if (key == "askWhenUnsure") return whenUnsure.load();
-        if (key != "askBeforePayments" || ask_ == 2) return std::nullopt;
-        return ask_ == 1;
+        return key == "askBeforePayments" ? ask.load() : std::nullopt;
     }
     std::optional<std::string> textValue(std::string_view) const override { return std::nullopt; }
-    Result<void> set(std::string_view, bool value) override {
-        ask_ = value ? 1 : 0;
-        return {};
-    }
+    Result<void> set(std::string_view, bool) override { return {}; }
     Result<void> set(std::string_view, std::string) override { return {}; }
 
     std::atomic<bool> whenUnsure = true;
-
- private:
-    std::atomic<int> ask_ = 2;
+    std::atomic<std::optional<bool>> ask;
 };
 
 // An owner who does what the test says.
@@ -84,12 +77,11 @@ inline GateFrame frameOf(const std::vector<std::string>& texts) {
 // after another, the last again and again.
 class PaymentGateTest : public testing::Test {
  protected:
-    std::filesystem::path folder_ =
-        testing::TempDir() + "/payment_gate." + std::to_string(getpid());
+    const TemporaryFolder folder_;
     ManualClock clock_;
     FakeDefaults defaults_;
     FakeOwner owner_;
-    PaymentLog log_{folder_ / "approvals.jsonl", clock_};
+    PaymentLog log_{folder_.path() / "approvals.jsonl", clock_};
     PaymentGate gate_{defaults_,
                       owner_,
                       log_,
@@ -101,11 +93,6 @@ class PaymentGateTest : public testing::Test {
     std::optional<PlaceOnScreen> pointer_;
     int reads_ = 0;
     std::atomic<int> performed_ = 0;
-
-    void TearDown() override {
-        log_.flush();
-        std::filesystem::remove_all(folder_);
-    }
 
     static GateFrame article() { return frameOf({"Markets", "Oil slips to $71.20"}); }
     static GateFrame transfer(const std::string& amount = "€25.00") {
@@ -143,6 +130,10 @@ class PaymentGateTest : public testing::Test {
     struct Reply {
         int status;
         std::string error;
+        bool operator==(const Reply&) const = default;
+        friend void PrintTo(const Reply& reply, std::ostream* out) {
+            *out << reply.status << " " << reply.error;
+        }
     };
     Reply run(const HTTPRequest& request) {
         const auto response = gate_.run(request, road());
@@ -154,7 +145,7 @@ class PaymentGateTest : public testing::Test {
     std::vector<std::string> events() {
         log_.flush();
         std::vector<std::string> result;
-        std::ifstream file(folder_ / "approvals.jsonl");
+        std::ifstream file(folder_.path() / "approvals.jsonl");
         for (std::string line; std::getline(file, line);) {
             const Json entry = Json::parse(line);
             result.push_back(

@@ -2,12 +2,16 @@
 
 #include <fstream>
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
-#include "base/file.h"
+#include "payments/printed.h"
+#include "support/temporary_folder.h"
 
 namespace tandrel::PaymentGuard {
 namespace {
+
+using testing::HasSubstr;
+using testing::StartsWith;
 
 const std::string kLines = R"("lines":[{"text":"Total €5","x":0,"y":0,"w":90,"h":10},)"
                            R"({"text":"Confirm","conf":0.9,"x":0,"y":100,"w":90,"h":10}])";
@@ -19,29 +23,15 @@ std::string fixture(const std::string& name, const std::string& expect) {
 
 class GuardCheck : public testing::Test {
  protected:
-    std::filesystem::path folder_ = testing::TempDir() + "/guard_check." + std::to_string(getpid());
-    std::filesystem::path file_ = folder_ / "cases.json";
+    const TemporaryFolder folder_;
+    const std::filesystem::path file_ = folder_.path() / "cases.json";
 
-    void SetUp() override { std::filesystem::create_directories(folder_); }
-    void TearDown() override { std::filesystem::remove_all(folder_); }
-
-    struct Outcome {
-        int status;
-        std::string printed;
-    };
-    Outcome check(const std::string& content) {
+    std::pair<int, std::string> check(const std::string& content) {
         std::ofstream(file_) << content;
         return checkFile();
     }
-    Outcome checkFile() {
-        char* text = nullptr;
-        std::size_t size = 0;
-        std::FILE* out = open_memstream(&text, &size);
-        const int status = checkFixtures(file_, out);
-        std::fclose(out);
-        Outcome outcome{status, std::string(text, size)};
-        free(text);
-        return outcome;
+    std::pair<int, std::string> checkFile() {
+        return printed([&](std::FILE* out) { return checkFixtures(file_, out); });
     }
 };
 
@@ -49,17 +39,16 @@ TEST_F(GuardCheck, PassesWhenEveryCaseDoes) {
     const auto one = fixture("a", R"({"paymentScreen":true,"title":"Approve a payment of €5?",)"
                                   R"("verdict":"\"Confirm\" on a payment screen showing €5"})");
     const auto two = fixture("b", "{}");
-    const auto outcome = check(R"({"cases":[)" + one + "," + two + "]}");
-    EXPECT_EQ(outcome.status, 0);
-    EXPECT_EQ(outcome.printed, "2 passed, 0 failed\n");
+    EXPECT_EQ(check(R"({"cases":[)" + one + "," + two + "]}"),
+              std::pair(0, std::string("2 passed, 0 failed\n")));
 }
 
 TEST_F(GuardCheck, NamesEveryDifference) {
     const auto wrong = fixture("till", R"({"paymentScreen":false,"verdict":null,"title":"Why?",)"
                                        R"("summary":"€5"})");
-    const auto outcome = check(R"({"cases":[)" + wrong + "," + fixture("b", "{}") + "]}");
-    EXPECT_EQ(outcome.status, 1);
-    EXPECT_EQ(outcome.printed,
+    const auto [status, text] = check(R"({"cases":[)" + wrong + "," + fixture("b", "{}") + "]}");
+    EXPECT_EQ(status, 1);
+    EXPECT_EQ(text,
               "till: paymentScreen: expected false, came true\n"
               "till: verdict: expected null, came \"\\\"Confirm\\\" on a payment screen showing "
               "€5\"\n"
@@ -68,81 +57,67 @@ TEST_F(GuardCheck, NamesEveryDifference) {
 }
 
 TEST_F(GuardCheck, RefusesWhatIsNotOfTheLayout) {
-    const auto withMember = [](std::string_view before, std::string_view after) {
+    const auto with = [](std::string_view before, std::string_view after) {
         std::string text = R"({"cases":[)" + fixture("a", "{}") + "]}";
         const auto at = text.find(before);
         EXPECT_NE(at, text.npos) << before;
         return text.replace(at, before.size(), after);
     };
-    const struct {
-        const char* name;
-        std::string content;
-        const char* reason;
-    } cases[] = {
-        {"empty", "", "parse error"},
-        {"not JSON", "{", "parse error"},
-        {"not UTF-8", "{\"cases\":[\"\xFF\"]}", "UTF-8"},
-        {"a list", "[]", "the file is not an object"},
-        {"no cases", "{}", "the file has no \"cases\""},
-        {"cases of another type", R"({"cases":{}})", "cases is not a list"},
-        {"an empty list", R"({"cases":[]})", "no cases"},
-        {"a case of another type", R"({"cases":[3]})", "cases[0] is not an object"},
-        {"name of another type", withMember(R"("name":"a")", R"("name":7)"),
-         "cases[0].name is not a text"},
-        {"no frame", withMember(R"("frame")", R"("Frame")"), "cases[0] has no \"frame\""},
-        {"frame of another type", withMember(R"({"w":100,"h":200})", "null"),
-         "cases[0].frame is not an object"},
-        {"width in words", withMember(R"("w":100)", R"("w":"100")"),
-         "cases[0].frame.w is not a number"},
-        {"line of another type", withMember(R"("lines":[)", R"("lines":["Total",)"),
-         "cases[0].lines[0] is not an object"},
-        {"line without text", withMember(R"("text":"Confirm",)", ""),
-         "cases[0].lines[1] has no \"text\""},
-        {"line without a box", withMember(R"("y":100,)", ""), "cases[0].lines[1] has no \"y\""},
-        {"confidence in words", withMember("0.9", "\"0.9\""),
-         "cases[0].lines[1].conf is not a number"},
-        {"kind unknown", withMember("\"tap\"", "\"press\""), "cases[0].action.kind is not \"tap\""},
-        {"no kind", withMember(R"("kind":"tap",)", ""), "cases[0].action has no \"kind\""},
-        {"point in words", withMember(R"("x":0.5)", R"("x":"0.5")"),
-         "cases[0].action.x is not a number"},
-        {"expectation misspelt", withMember(R"("expect":{})", R"("expect":{"verdikt":null})"),
+    const std::string deepMember =
+        R"("name":"a","z":)" + std::string(70, '[') + std::string(70, ']');
+    const std::pair<std::string, const char*> cases[] = {
+        {"", "parse error"},
+        {"{", "parse error"},
+        {"{\"cases\":[\"\xFF\"]}", "UTF-8"},
+        {"[]", "the file is not an object"},
+        {"{}", "the file has no \"cases\""},
+        {R"({"cases":{}})", "cases is not a list"},
+        {R"({"cases":[]})", "no cases"},
+        {R"({"cases":[3]})", "cases[0] is not an object"},
+        {with(R"("name":"a")", R"("name":7)"), "cases[0].name is not a text"},
+        {with(R"("frame")", R"("Frame")"), "cases[0] has no \"frame\""},
+        {with(R"({"w":100,"h":200})", "null"), "cases[0].frame is not an object"},
+        {with(R"("w":100)", R"("w":"100")"), "cases[0].frame.w is not a number"},
+        {with(R"("lines":[)", R"("lines":["Total",)"), "cases[0].lines[0] is not an object"},
+        {with(R"("text":"Confirm",)", ""), "cases[0].lines[1] has no \"text\""},
+        {with(R"("y":100,)", ""), "cases[0].lines[1] has no \"y\""},
+        {with("0.9", "\"0.9\""), "cases[0].lines[1].conf is not a number"},
+        {with("\"tap\"", "\"press\""), "cases[0].action.kind is not \"tap\""},
+        {with(R"("kind":"tap",)", ""), "cases[0].action has no \"kind\""},
+        {with(R"("x":0.5)", R"("x":"0.5")"), "cases[0].action.x is not a number"},
+        {with(R"("expect":{})", R"("expect":{"verdikt":null})"),
          "cases[0].expect has a member \"verdikt\""},
-        {"expectation of another type", withMember(R"("expect":{})", R"("expect":{"title":null})"),
+        {with(R"("expect":{})", R"("expect":{"title":null})"),
          "cases[0].expect.title is not a text"},
-        {"text without end", withMember("Confirm", std::string(501, 'x')),
-         "cases[0].lines[1].text is longer than 500 bytes"},
-        {"number beyond all bounds", withMember("0.9", "1e999"), "overflow"},
-        {"depth", std::string(100'000, '['), "nested deeper"},
-        {"depth in a member nobody reads",
-         withMember(R"("name":"a")",
-                    R"("name":"a","z":)" + std::string(70, '[') + std::string(70, ']')),
-         "nested deeper"},
+        {with("Confirm", std::string(501, 'x')), "cases[0].lines[1].text is longer than 500 bytes"},
+        {with("0.9", "1e999"), "overflow"},
+        {std::string(100'000, '['), "nested deeper"},
+        {with(R"("name":"a")", deepMember), "nested deeper"},
     };
-    for (const auto& c : cases) {
-        const auto outcome = check(c.content);
-        EXPECT_EQ(outcome.status, 1) << c.name;
-        EXPECT_EQ(outcome.printed.rfind("can't read " + file_.string() + ": ", 0), 0u) << c.name;
-        EXPECT_NE(outcome.printed.find(c.reason), std::string::npos)
-            << c.name << ": " << outcome.printed;
-        EXPECT_EQ(outcome.printed.find('\n'), outcome.printed.size() - 1) << c.name;
+    for (const auto& [content, reason] : cases) {
+        const auto [status, text] = check(content);
+        EXPECT_EQ(status, 1) << reason;
+        EXPECT_THAT(text, StartsWith("can't read " + file_.string() + ": ")) << reason;
+        EXPECT_THAT(text, HasSubstr(reason));
+        EXPECT_EQ(text.find('\n'), text.size() - 1) << reason;
     }
 }
 
 TEST_F(GuardCheck, RefusesWhatIsNoFile) {
-    EXPECT_EQ(checkFile().printed.rfind("can't read ", 0), 0u);
+    EXPECT_THAT(checkFile().second, StartsWith("can't read "));
     std::filesystem::create_directories(file_);
-    EXPECT_EQ(checkFile().printed.rfind("can't read ", 0), 0u);
+    EXPECT_THAT(checkFile().second, StartsWith("can't read "));
     std::filesystem::remove(file_);
     std::ofstream(file_).close();
     std::filesystem::resize_file(file_, kLargestFixtureFile + 1);
-    EXPECT_EQ(checkFile().printed.rfind("can't read ", 0), 0u);
+    EXPECT_THAT(checkFile().second, StartsWith("can't read "));
 }
 
 TEST_F(GuardCheck, WhatItPrintsCannotMoveTheCursor) {
     const auto outcome =
         check(R"({"cases":[)" +
               fixture(R"(a\u001b[2J\u009b1m\nb\u202ec)", R"({"title":"\u202e"})") + "]}");
-    EXPECT_EQ(outcome.printed,
+    EXPECT_EQ(outcome.second,
               "a [2J 1m b c: title: expected \" \", came \"Approve a payment of €5?\"\n"
               "0 passed, 1 failed\n");
 }

@@ -3,8 +3,8 @@
 #include <fstream>
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
+#include "payments/printed.h"
 #include "support/temporary_folder.h"
 
 namespace tandrel::PaymentGuard {
@@ -30,25 +30,14 @@ class SmudgedCases final : public CaseReader {
 
 class GuardReport : public testing::Test {
  protected:
-    struct Outcome {
-        int status;
-        std::string printed;
-    };
-    Outcome report(const std::string& cases) {
+    std::pair<int, std::string> report(const std::string& cases) {
         const auto file = folder_.path() / "till.json";
         std::ofstream(file) << cases;
         return report(file);
     }
-    static Outcome report(const std::filesystem::path& file) {
-        char* text = nullptr;
-        std::size_t size = 0;
-        std::FILE* out = open_memstream(&text, &size);
+    static std::pair<int, std::string> report(const std::filesystem::path& file) {
         SmudgedCases reader;
-        const int status = reportCases({file}, reader, out);
-        std::fclose(out);
-        Outcome outcome{status, std::string(text, size)};
-        free(text);
-        return outcome;
+        return printed([&](std::FILE* out) { return reportCases({file}, reader, out); });
     }
     static std::string written(const std::string& name, const std::string& row, bool asks,
                                const std::string& more = "") {
@@ -61,21 +50,21 @@ class GuardReport : public testing::Test {
 };
 
 TEST_F(GuardReport, CountsByCategoryLayerAndRuleAndNamesMistakes) {
-    const auto [status, printed] =
+    const auto [status, text] =
         report(R"({"cases":[)" + written("first", "[Pay now]", true) + "," +
                written("second", "[Jetzt bezahlen]", true) + "," +
                written("lost", "[Hinfort]", true) + "," + written("nothing", "[Karte]", false) +
                "," + written("loud", "[Jetzt kaufen]", false) + "," +
                written("smudged", "[Jetzt kaufen]", true, R"(,"drawn":true)") + "]}");
     EXPECT_EQ(status, 0);
-    EXPECT_THAT(printed, StartsWith("6 cases, 1 of them read from a picture\n"));
-    EXPECT_THAT(printed, ContainsRegex("till +\\| +4 +1 +1 +50.0 % +\\| +2 +0 +1 +50.0 %\n"));
-    EXPECT_THAT(printed, ContainsRegex("German +\\| +4 +1 +1 +50.0 %"));
-    EXPECT_THAT(printed, ContainsRegex("pay-words +\\| +1 +1 \\| +1 +1\n"));
-    EXPECT_THAT(printed, HasSubstr("missed   till / German / lost\n"));
-    EXPECT_THAT(printed, HasSubstr("missed   till / German / smudged\n"));
-    EXPECT_THAT(printed, HasSubstr("needless till / German / loud: a payment button "
-                                   "(\"Jetzt kaufen\") [pay-words]\n"));
+    EXPECT_THAT(text, StartsWith("6 cases, 1 of them read from a picture\n"));
+    EXPECT_THAT(text, ContainsRegex("till +\\| +4 +1 +1 +50.0 % +\\| +2 +0 +1 +50.0 %\n"));
+    EXPECT_THAT(text, ContainsRegex("German +\\| +4 +1 +1 +50.0 %"));
+    EXPECT_THAT(text, ContainsRegex("pay-words +\\| +1 +1 \\| +1 +1\n"));
+    EXPECT_THAT(text, HasSubstr("missed   till / German / lost\n"));
+    EXPECT_THAT(text, HasSubstr("missed   till / German / smudged\n"));
+    EXPECT_THAT(text, HasSubstr("needless till / German / loud: a payment button "
+                                "(\"Jetzt kaufen\") [pay-words]\n"));
 }
 
 TEST_F(GuardReport, TakesRecordedScreensAndPictures) {
@@ -84,37 +73,33 @@ TEST_F(GuardReport, TakesRecordedScreensAndPictures) {
         R"("lines":[{"text":"Pay now","x":40,"y":40,"w":20,"h":20}],"expect":)";
     const std::string picture = R"({"name":"p","picture":"till.png","asks":true,)"
                                 R"("action":{"kind":"tap","x":0.5,"y":0.5}})";
-    const auto [status, printed] =
+    const auto [status, text] =
         report(R"({"cases":[)" + recorded + R"x({"verdict":"a payment button (\"Pay now\")"}},)x" +
                recorded + R"({"verdict":null}},)" + recorded + "{}}," + picture + "]}");
     EXPECT_EQ(status, 0);
-    EXPECT_THAT(printed, StartsWith("3 cases, 1 of them read from a picture; 1 left out"));
-    EXPECT_THAT(printed, HasSubstr("needless till /  / a [first layer]\n"));
+    EXPECT_THAT(text, StartsWith("3 cases, 1 of them read from a picture; 1 left out"));
+    EXPECT_THAT(text, HasSubstr("needless till /  / a [first layer]\n"));
 }
 
 TEST_F(GuardReport, AFileThatIsNoneIsNamedWithThePlace) {
-    struct Row {
-        const char* content;
-        const char* why;
+    const std::pair<std::string, const char*> rows[] = {
+        {"", "line 1"},
+        {"[]", "no list \"cases\""},
+        {R"({"cases":[]})", "no list \"cases\""},
+        {R"({"cases":[7]})", "cases[0]: it is not an object"},
+        {R"({"cases":[{"screen":[]}]})", "cases[0]: \"screen\""},
+        {R"({"cases":[{"screen":["a"],"asks":true}]})", "cases[0]: \"\" is no action"},
+        {R"({"cases":[{"screen":["a"],"action":"tap b"}]})", "no row is \"b\""},
+        {R"({"cases":[{"picture":"x.png","asks":true}]})", "cases[0]: no such picture"},
+        {R"({"cases":[{"picture":7}]})", "\"picture\" is not a text"},
+        {R"({"cases":[{"name":"a"}]})", "cases[0]: the case has no \"frame\""},
     };
-    for (const Row& row : {
-             Row{"", "line 1"},
-             Row{"[]", "no list \"cases\""},
-             Row{R"({"cases":[]})", "no list \"cases\""},
-             Row{R"({"cases":[7]})", "cases[0]: it is not an object"},
-             Row{R"({"cases":[{"screen":[]}]})", "cases[0]: \"screen\""},
-             Row{R"({"cases":[{"screen":["a"],"asks":true}]})", "cases[0]: \"\" is no action"},
-             Row{R"({"cases":[{"screen":["a"],"action":"tap b"}]})", "no row is \"b\""},
-             Row{R"({"cases":[{"picture":"x.png","asks":true}]})", "cases[0]: no such picture"},
-             Row{R"({"cases":[{"picture":7}]})", "\"picture\" is not a text"},
-             Row{R"({"cases":[{"name":"a"}]})", "cases[0]: the case has no \"frame\""},
-         }) {
-        const auto [status, printed] = report(std::string(row.content));
-        EXPECT_EQ(status, 1) << row.content;
-        EXPECT_THAT(printed, StartsWith("can't read ")) << row.content;
-        EXPECT_THAT(printed, HasSubstr(row.why)) << row.content;
+    for (const auto& [content, why] : rows) {
+        const auto [status, text] = report(content);
+        EXPECT_EQ(status, 1) << content;
+        EXPECT_THAT(text, AllOf(StartsWith("can't read "), HasSubstr(why))) << content;
     }
-    EXPECT_EQ(report(std::filesystem::path("/no/such.json")).status, 1);
+    EXPECT_EQ(report(std::filesystem::path("/no/such.json")).first, 1);
 }
 
 }  // namespace

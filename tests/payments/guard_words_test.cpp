@@ -18,32 +18,29 @@ Phrases found(const std::string& text, const GuardWords& words = *GuardWords::bu
 }
 
 TEST(GuardWords, KnowsAmountsThatTheFirstLayerLacks) {
-    struct Row {
-        const char* text;
-        std::optional<std::string> amount;
+    const std::pair<const char*, std::optional<std::string>> rows[] = {
+        {"Razem 361,99 zł", "361,99 zł"},
+        {"60 zt", "60 zt"},  // as a recogniser of English reads zł
+        {"214,90 R$", "214,90 R$"},
+        {"Pão R$ 8", "R$ 8"},  // and not "$ 8"
+        {"1 290 Kč", "1 290 Kč"},
+        {"4990 Ft", "4990 Ft"},
+        {"149 kr", "149 kr"},
+        {"Rs 450", "Rs 450"},
+        {"2,300円", "2,300円"},
+        {"36.5元", "36.5元"},
+        {"2,500 sats", "2,500 sats"},
+        {"0.0042 BTC", "0.0042 BTC"},
+        {"１２００円", "1200円"},
+        {"EUR25.00", "EUR25.00"},
+        {"€5", "€5"},
+        {"19,99 km", std::nullopt},
+        {"Kč", std::nullopt},
+        {"12 ftt", std::nullopt},
+        {"Route 66", std::nullopt},
     };
-    for (const Row& row : {
-             Row{"Razem 361,99 zł", "361,99 zł"},
-             Row{"60 zt", "60 zt"},  // as a recogniser of English reads zł
-             Row{"214,90 R$", "214,90 R$"},
-             Row{"Pão R$ 8", "R$ 8"},  // and not "$ 8"
-             Row{"1 290 Kč", "1 290 Kč"},
-             Row{"4990 Ft", "4990 Ft"},
-             Row{"149 kr", "149 kr"},
-             Row{"Rs 450", "Rs 450"},
-             Row{"2,300円", "2,300円"},
-             Row{"36.5元", "36.5元"},
-             Row{"2,500 sats", "2,500 sats"},
-             Row{"0.0042 BTC", "0.0042 BTC"},
-             Row{"１２００円", "1200円"},
-             Row{"EUR25.00", "EUR25.00"},
-             Row{"€5", "€5"},
-             Row{"19,99 km", std::nullopt},
-             Row{"Kč", std::nullopt},
-             Row{"12 ftt", std::nullopt},
-             Row{"Route 66", std::nullopt},
-         }) {
-        EXPECT_EQ(GuardWords::builtIn()->amount(plain(row.text)), row.amount) << row.text;
+    for (const auto& [text, amount] : rows) {
+        EXPECT_EQ(GuardWords::builtIn()->amount(plain(text)), amount) << text;
     }
 }
 

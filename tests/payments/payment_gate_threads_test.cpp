@@ -25,8 +25,7 @@ class WithdrawnTest : public PaymentGateTest {
         return request;
     }
     void expectNotDone(const Reply& reply) {
-        EXPECT_EQ(reply.status, 409);
-        EXPECT_EQ(reply.error, kGone);
+        EXPECT_EQ(reply, (Reply{409, kGone}));
         EXPECT_EQ(performed_, 0);
     }
 };
@@ -39,7 +38,7 @@ TEST_F(WithdrawnTest, BeforeItsTurn) {
 }
 
 TEST_F(WithdrawnTest, WithTheGuardOff) {
-    defaults_.set("askBeforePayments", false).value();
+    defaults_.ask = false;
     client_.request_stop();
     expectNotDone(run(tapByClient(0)));
 }
@@ -92,11 +91,6 @@ class TwoActionsTest : public PaymentGateTest {
     std::binary_semaphore answer_{0};
     std::jthread first_;
 
-    void TearDown() override {
-        if (first_.joinable()) first_.join();
-        PaymentGateTest::TearDown();
-    }
-
     // A first action whose question stays open until `answer_`.
     void openQuestion() {
         screens_ = {transfer()};
@@ -115,12 +109,10 @@ TEST_F(TwoActionsTest, TheSecondWaitsNoLongerThanTheFirstCanTake) {
     EXPECT_NEAR(gate_.asking().value(), 50, 0.001);
     std::atomic<bool> replied = false;
     std::jthread second([&] {
-        const auto reply = run(post("/home", Json::object()));
-        EXPECT_EQ(reply.status, 409);
-        EXPECT_EQ(
-            reply.error,
-            "Not done: Tandrel is still waiting for the owner to answer a payment request. Try "
-            "again in a minute.");
+        EXPECT_EQ(run(post("/home", Json::object())),
+                  (Reply{409,
+                         "Not done: Tandrel is still waiting for the owner to answer a payment "
+                         "request. Try again in a minute."}));
         replied = true;
     });
     const auto start = clock_.now();

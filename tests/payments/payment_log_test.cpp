@@ -10,19 +10,19 @@
 #include "base/file.h"
 #include "base/json.h"
 #include "payments/approvals.h"
+#include "payments/printed.h"
+#include "support/environment_variable.h"
 #include "support/manual_clock.h"
+#include "support/temporary_folder.h"
 
 namespace tandrel {
 namespace {
 
 class PaymentLogTest : public testing::Test {
  protected:
-    std::filesystem::path folder_ = testing::TempDir() + "/payment_log." + std::to_string(getpid());
-    std::filesystem::path file_ = folder_ / "deep" / "er" / "approvals.jsonl";
+    const TemporaryFolder folder_;
+    const std::filesystem::path file_ = folder_.path() / "deep" / "er" / "approvals.jsonl";
     ManualClock clock_;  // at 2025-12-18T00:00:00Z
-
-    void SetUp() override { std::filesystem::create_directories(folder_); }
-    void TearDown() override { std::filesystem::remove_all(folder_); }
 
     std::string content() { return readFile(file_, 1 << 20).value_or("none"); }
     void write(const std::string& text) {
@@ -30,14 +30,10 @@ class PaymentLogTest : public testing::Test {
         std::ofstream(file_, std::ios::binary) << text;
     }
     std::string print(ApprovalsFormat format, int status = 0) {
-        char* text = nullptr;
-        std::size_t size = 0;
-        std::FILE* out = open_memstream(&text, &size);
-        EXPECT_EQ(printApprovals(file_, format, out), status);
-        std::fclose(out);
-        std::string result(text, size);
-        free(text);
-        return result;
+        const auto [end, text] =
+            printed([&](std::FILE* out) { return printApprovals(file_, format, out); });
+        EXPECT_EQ(end, status);
+        return text;
     }
 };
 
@@ -53,18 +49,10 @@ TEST_F(PaymentLogTest, WritesOneSortedLineForEachEvent) {
               "\"why\":\"a payment button (\\\"Pay\\\")\"}\n"
               "{\"at\":\"2025-12-18T01:01:11Z\",\"detail\":\"two\\nlines\uFFFD\","
               "\"event\":\"denied\"}\n");
+    EXPECT_EQ(std::filesystem::status(file_).permissions(), std::filesystem::perms(0600));
     const std::string app = testing::internal::GetCapturedStderr();
     EXPECT_NE(app.find("] payment asked: tap “Pay”: €5 (a payment button (\"Pay\"))\n"), app.npos);
     EXPECT_NE(app.find("] payment denied: two lines"), app.npos);
-}
-
-TEST_F(PaymentLogTest, TheFileIsTheOwnersAlone) {
-    PaymentLog log(file_, clock_);
-    log.record("asked", "x");
-    log.flush();
-    struct stat status{};
-    ASSERT_EQ(::stat(file_.c_str(), &status), 0);
-    EXPECT_EQ(status.st_mode & 0777, 0600u);
 }
 
 TEST_F(PaymentLogTest, KeepsWhatIsThereAndEndsATornLine) {
@@ -111,7 +99,7 @@ TEST_F(PaymentLogTest, NoPlaceToWriteHoldsNobodyUp) {
     PaymentLog blocked(file_ / "approvals.jsonl", clock_);
     blocked.record("asked", "x");
     blocked.flush();
-    const auto pipe = folder_ / "pipe";
+    const auto pipe = folder_.path() / "pipe";
     ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
     PaymentLog unread(pipe, clock_);
     unread.record("asked", "x");
@@ -120,21 +108,17 @@ TEST_F(PaymentLogTest, NoPlaceToWriteHoldsNobodyUp) {
 }
 
 TEST_F(PaymentLogTest, PrintsATableNewestLast) {
-    write(
-        "{\"at\":\"2026-01-31T09:15:00Z\",\"detail\":\"tap “Pay”: €5\",\"event\":\"asked\","
-        "\"why\":\"a payment button\"}\n"
-        "\n"
-        "{\"at\":\"2026-01-31T09:15:20Z\",\"detail\":\"tap “Pay”: €5\",\"event\":\"timed out\"}\n");
+    const std::string asked =
+        R"({"at":"2026-01-31T09:15:00Z","detail":"tap “Pay”: €5","event":"asked","why":"it pays"})";
+    const std::string timedOut =
+        R"({"at":"2026-01-31T09:15:20Z","detail":"tap “Pay”: €5","event":"timed out"})";
+    write(asked + "\n\n" + timedOut + "\n");
     EXPECT_EQ(print(ApprovalsFormat::table),
               "TIME (UTC)            EVENT      WHAT\n"
-              "2026-01-31T09:15:00Z  asked      tap “Pay”: €5 (a payment button)\n"
+              "2026-01-31T09:15:00Z  asked      tap “Pay”: €5 (it pays)\n"
               "2026-01-31T09:15:20Z  timed out  tap “Pay”: €5\n");
     EXPECT_EQ(print(ApprovalsFormat::json),
-              "{\"approvals\":[\n"
-              "{\"at\":\"2026-01-31T09:15:00Z\",\"detail\":\"tap “Pay”: €5\",\"event\":\"asked\","
-              "\"why\":\"a payment button\"},\n"
-              "{\"at\":\"2026-01-31T09:15:20Z\",\"detail\":\"tap “Pay”: €5\",\"event\":\"timed "
-              "out\"}],\"unreadable\":0}\n");
+              "{\"approvals\":[\n" + asked + ",\n" + timedOut + "],\"unreadable\":0}\n");
 }
 
 TEST_F(PaymentLogTest, PrintsAroundWhatIsNoRecord) {
@@ -161,12 +145,10 @@ TEST_F(PaymentLogTest, NothingAskedYet) {
 }
 
 TEST(PaymentLogLocation, IsTheVariableElseTheDataFolder) {
-    ::setenv("TANDREL_APPROVALS_LOG", "/elsewhere/log", 1);
-    EXPECT_EQ(PaymentLog::location("Tandrel"), "/elsewhere/log");
-    ::unsetenv("TANDREL_APPROVALS_LOG");
-    ::setenv("XDG_DATA_HOME", "/data", 1);
+    const EnvironmentVariable data("XDG_DATA_HOME", "/data");
     EXPECT_EQ(PaymentLog::location("Tandrel"), "/data/Tandrel/approvals.jsonl");
-    ::unsetenv("XDG_DATA_HOME");
+    const EnvironmentVariable log("TANDREL_APPROVALS_LOG", "/elsewhere/log");
+    EXPECT_EQ(PaymentLog::location("Tandrel"), "/elsewhere/log");
 }
 
 }  // namespace

@@ -5,8 +5,6 @@
 namespace tandrel {
 namespace {
 
-using namespace std::chrono_literals;
-
 class Questions : public testing::Test {
  protected:
     using Subject = QuestionHistory::Subject;
@@ -14,30 +12,11 @@ class Questions : public testing::Test {
     static Subject subject(std::vector<std::string> texts) {
         return {.what = "tap Pay", .payment = "a=€5", .texts = std::move(texts)};
     }
-    void ask(int times) {
-        for (int i = 0; i < times; ++i) history_.asked(now_);
-    }
 
     const Subject till_ = subject({"9:41", "Till", "Total €5", "Pay"});
     TimePoint now_{};
     QuestionHistory history_{10};
 };
-
-TEST_F(Questions, ADenialHoldsForTwoMinutes) {
-    history_.denied(till_, "no", now_);
-    EXPECT_EQ(history_.refusal(till_, now_ + 119s), "no");
-    EXPECT_FALSE(history_.refusal(till_, now_ + 120s));
-}
-
-TEST_F(Questions, ADenialIsOfOneActionAndOnePayment) {
-    history_.denied(till_, "no", now_);
-    Subject other = till_;
-    other.what = "tap Confirm";
-    EXPECT_FALSE(history_.refusal(other, now_));
-    other = till_;
-    other.payment = "a=€50";
-    EXPECT_FALSE(history_.refusal(other, now_));
-}
 
 TEST_F(Questions, AScreenIsTheSameWithHalfOfItsTexts) {
     history_.denied(till_, "no", now_);
@@ -60,25 +39,6 @@ TEST_F(Questions, ManyDenialsForgetTheOldestOnly) {
     Subject first = till_;
     first.payment = "0";
     EXPECT_EQ(history_.refusal(first, now_), "0");
-}
-
-TEST_F(Questions, AfterTenTheNextWaitsAMinute) {
-    ask(9);
-    EXPECT_FALSE(history_.mustWait(now_));
-    ask(1);
-    EXPECT_TRUE(history_.mustWait(now_ + 59s));
-    EXPECT_FALSE(history_.mustWait(now_ + 60s));
-    now_ += 60s;
-    ask(1);
-    EXPECT_TRUE(history_.mustWait(now_ + 59s));
-}
-
-TEST_F(Questions, OldQuestionsDoNotCount) {
-    ask(9);
-    now_ += 10min;
-    ask(1);
-    EXPECT_EQ(history_.lately(now_), 1u);
-    EXPECT_FALSE(history_.mustWait(now_));
 }
 
 }  // namespace

@@ -58,7 +58,7 @@ TEST_F(SecondLayerGate, IsOffWhenTheOwnerSaysSo) {
     screens_ = {transfer()};
     EXPECT_EQ(run(tapOnRow(4)).status, 403);  // the first layer still asks
     defaults_.whenUnsure = true;
-    defaults_.set("askBeforePayments", false);
+    defaults_.ask = false;
     screens_ = {cart()};
     EXPECT_EQ(run(tapOnRow(3)).status, 200);
     EXPECT_EQ(owner_.asked.size(), 1u);
@@ -136,7 +136,9 @@ TEST_F(SecondLayerGate, AfterTenQuestionsTheNextOnesWaitAMinute) {
     screens_ = {article()};
     EXPECT_EQ(patient_.run(tapOnRow(1), road()).status, 200);  // what needs no question goes on
 
-    clock_.advance(std::chrono::seconds(60));
+    clock_.advance(std::chrono::seconds(59));
+    EXPECT_EQ(ask("€11.00"), 409);
+    clock_.advance(std::chrono::seconds(1));
     EXPECT_EQ(ask("€11.00"), 403);
     EXPECT_EQ(ask("€12.00"), 409);  // each further one waits
     clock_.advance(std::chrono::minutes(10));

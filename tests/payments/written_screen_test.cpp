@@ -1,7 +1,6 @@
 #include "payments/written_screen.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 namespace tandrel::PaymentGuard {
 namespace {
@@ -13,27 +12,27 @@ const std::vector<std::string> kTill = {"= Till",      "Coffee and a bun", "Tota
                                         "(Cancel)",    "~Slide to pay~",   "{tick}"};
 
 TEST(WrittenScreen, TheMarksSayWhatARowIs) {
-    struct Row {
+    const struct {
         const char* written;
         RowKind kind;
         const char* text;
-        const char* detail;
+        const char* detail = "";
+    } rows[] = {
+        {"Coffee", RowKind::text, "Coffee"},
+        {"= Till", RowKind::title, "Till"},
+        {":In a hurry", RowKind::centred, "In a hurry"},
+        {"Total | €5.20", RowKind::row, "Total", "€5.20"},
+        {"[Pay now]", RowKind::button, "Pay now"},
+        {"(Cancel)", RowKind::plainButton, "Cancel"},
+        {"~Slide to pay~", RowKind::slider, "Slide to pay"},
+        {"_Code_", RowKind::field, "Code"},
+        {"{tick}", RowKind::symbol, "tick"},
+        {"[", RowKind::text, "["},
+        {"[]", RowKind::text, "[]"},
+        {"(half", RowKind::text, "(half"},
+        {"", RowKind::text, ""},
     };
-    for (const Row& row : {
-             Row{"Coffee", RowKind::text, "Coffee", ""},
-             Row{"= Till", RowKind::title, "Till", ""},
-             Row{":In a hurry", RowKind::centred, "In a hurry", ""},
-             Row{"Total | €5.20", RowKind::row, "Total", "€5.20"},
-             Row{"[Pay now]", RowKind::button, "Pay now", ""},
-             Row{"(Cancel)", RowKind::plainButton, "Cancel", ""},
-             Row{"~Slide to pay~", RowKind::slider, "Slide to pay", ""},
-             Row{"_Code_", RowKind::field, "Code", ""},
-             Row{"{tick}", RowKind::symbol, "tick", ""},
-             Row{"[", RowKind::text, "[", ""},
-             Row{"[]", RowKind::text, "[]", ""},
-             Row{"(half", RowKind::text, "(half", ""},
-             Row{"", RowKind::text, "", ""},
-         }) {
+    for (const auto& row : rows) {
         const WrittenRow parsed = parseWrittenScreen({row.written}).at(0);
         EXPECT_EQ(parsed.kind, row.kind) << row.written;
         EXPECT_EQ(parsed.text, row.text) << row.written;
@@ -43,19 +42,22 @@ TEST(WrittenScreen, TheMarksSayWhatARowIs) {
 
 TEST(WrittenScreen, ATapHitsTheTextThatItNames) {
     const auto screen = parseWrittenScreen(kTill);
-    struct Row {
-        const char* target;
-        std::optional<std::string> hit;
-    };
-    for (const Row& row :
-         {Row{"= Till", "Till"}, Row{"Coffee and a bun", "Coffee and a bun"}, Row{"Total", "Total"},
-          Row{"€5.20", "€5.20"}, Row{"In a hurry", "In a hurry"}, Row{"_Code_", "Code"},
-          Row{"[Pay now]", "Pay now"}, Row{"Cancel", "Cancel"},
-          Row{"~Slide to pay~", "Slide to pay"}, Row{"{tick}", std::nullopt}}) {
-        const auto action = parseWrittenAction("tap " + std::string(row.target), screen);
-        ASSERT_TRUE(action) << row.target;
+    const std::pair<std::string, std::optional<std::string>> rows[] = {
+        {"= Till", "Till"},
+        {"Coffee and a bun", "Coffee and a bun"},
+        {"Total", "Total"},
+        {"€5.20", "€5.20"},
+        {"In a hurry", "In a hurry"},
+        {"_Code_", "Code"},
+        {"[Pay now]", "Pay now"},
+        {"Cancel", "Cancel"},
+        {"~Slide to pay~", "Slide to pay"},
+        {"{tick}", std::nullopt}};
+    for (const auto& [target, hit] : rows) {
+        const auto action = parseWrittenAction("tap " + target, screen);
+        ASSERT_TRUE(action) << target;
         const auto laid = *layOut(screen, *action);
-        EXPECT_EQ(label(laid.action.x, laid.action.y, laid.lines, laid.frame), row.hit);
+        EXPECT_EQ(label(laid.action.x, laid.action.y, laid.lines, laid.frame), hit);
     }
 }
 
