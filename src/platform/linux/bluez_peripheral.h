@@ -26,7 +26,7 @@ struct BluezOptions {
 // subscribed while it is connected; its subscription alone outlives the connection. Generic
 // Attribute belongs to the daemon, which tells phones of changed services by itself: it is reported
 // as added and never published, and nobody is ever subscribed to Service Changed.
-MakeBluetoothPeripheral makeBluezPeripheral(BluezOptions options = {},
+MakeBluetoothPeripheral makeBluezPeripheral(const BluezOptions& options = {},
                                             Clock& clock = systemClock());
 
 }  // namespace tandrel
