@@ -23,6 +23,8 @@ class AppDelegate final : public WindowActions {
     AppDelegate(OwnerSide& owner, AppInfo info, ColorScheme appearance, MainLoop& loop,
                 Clock& clock);
     ~AppDelegate() override;
+    AppDelegate(const AppDelegate&) = delete;
+    AppDelegate& operator=(const AppDelegate&) = delete;
 
     static AppDelegate* shared();
 

@@ -81,7 +81,7 @@ AppState::AppState(Services services, Options options)
 
 AppState::~AppState() { stop(); }
 
-void AppState::startPolling(EngineMode mode, LoopbackUrl engine) {
+void AppState::startPolling(EngineMode mode, const LoopbackUrl& engine) {
     change([&](AppSnapshot& snapshot) { snapshot.inputs.mode = mode; });
     queue_.post([this, engine] {
         queue_.assertCurrent();

@@ -50,7 +50,7 @@ class AppState {
     static void setShared(AppState* instance);
 
     // Once, when the engine has started: who serves its port, and where. Returns at once.
-    void startPolling(EngineMode mode, LoopbackUrl engine);
+    void startPolling(EngineMode mode, const LoopbackUrl& engine);
     // No poll and no call of a listener comes afterwards. Main thread; safe to repeat.
     void stop();
 

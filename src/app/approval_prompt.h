@@ -27,6 +27,8 @@ class ApprovalPrompt final : public QWidget {
     ApprovalPrompt(const ApprovalRequest& request, TimePoint deadline, Clock& clock,
                    Answered answered);
     ~ApprovalPrompt() override;
+    ApprovalPrompt(const ApprovalPrompt&) = delete;
+    ApprovalPrompt& operator=(const ApprovalPrompt&) = delete;
 
     // Shows the panel in front of everything, beside other open prompts.
     void open();

@@ -38,6 +38,8 @@ class NewFolder {
     }
     NewFolder(NewFolder&& other) noexcept : path_(std::move(other.path_)) { other.path_.clear(); }
     NewFolder& operator=(NewFolder&&) = delete;
+    NewFolder(const NewFolder&) = delete;
+    NewFolder& operator=(const NewFolder&) = delete;
     const fs::path& path() const { return path_; }
     void keep() { path_.clear(); }
 

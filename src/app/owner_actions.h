@@ -40,6 +40,8 @@ class OwnerActions {
     explicit OwnerActions(Services services);
     // Waits for what is under way; no `done` is called any more.
     ~OwnerActions();
+    OwnerActions(const OwnerActions&) = delete;
+    OwnerActions& operator=(const OwnerActions&) = delete;
 
     void setPaused(bool paused, Done done = {});
     void setLink(LinkChoice link, Done done = {});

@@ -28,7 +28,7 @@ QStringList folded(const QString& text) {
 
 }  // namespace
 
-OwnerMenu::OwnerMenu(ColorScheme appearance, WindowActions& actions, Windows windows)
+OwnerMenu::OwnerMenu(ColorScheme appearance, WindowActions& actions, const Windows& windows)
     : appearance_(appearance), actions_(actions) {
     Brand::dress(*this, appearance);
     headline_ = addAction(QString());

@@ -25,7 +25,7 @@ class OwnerMenu final : public QMenu {
     };
 
     // `actions` outlives it.
-    OwnerMenu(ColorScheme appearance, WindowActions& actions, Windows windows);
+    OwnerMenu(ColorScheme appearance, WindowActions& actions, const Windows& windows);
 
     void display(const AppSnapshot& now);
 

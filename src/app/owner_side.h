@@ -20,6 +20,8 @@ class OwnerSide {
  public:
     OwnerSide(Wiring& wiring, const AppInfo& info, MainLoop& loop, Clock& clock);
     ~OwnerSide();
+    OwnerSide(const OwnerSide&) = delete;
+    OwnerSide& operator=(const OwnerSide&) = delete;
 
     // After the engine has started.
     void start();

@@ -28,7 +28,7 @@ constexpr const char* kNothingDone =
 
 // "USB cable. It can read: Shop, Bank"
 std::string described(TryIt::From from, const std::vector<std::string>& texts) {
-    const std::string source =
+    std::string source =
         from == TryIt::From::airplay ? "AirPlay" : ownerText("PhoneTest", "USB cable");
     std::string readable;
     std::size_t shown = 0;

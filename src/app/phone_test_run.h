@@ -21,6 +21,8 @@ class PhoneTestRun {
     PhoneTestRun(AppState& state, EnginePlace place, MainLoop& loop, Clock& clock, Changed changed);
     // Cuts a test that runs short.
     ~PhoneTestRun();
+    PhoneTestRun(const PhoneTestRun&) = delete;
+    PhoneTestRun& operator=(const PhoneTestRun&) = delete;
 
     // Begins afresh; nothing while one runs.
     void start();

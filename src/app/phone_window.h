@@ -15,6 +15,8 @@ class PhoneWindow final : public QWidget {
  public:
     explicit PhoneWindow(VirtualPhone& phone);
     ~PhoneWindow() override;
+    PhoneWindow(const PhoneWindow&) = delete;
+    PhoneWindow& operator=(const PhoneWindow&) = delete;
 
  protected:
     void paintEvent(QPaintEvent* event) override;

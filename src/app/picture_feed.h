@@ -19,6 +19,8 @@ class PictureFeed {
     PictureFeed(MainLoop& loop, Clock& clock, std::function<void(const QImage&)> show);
     // Main thread; no call of `show` comes afterwards.
     ~PictureFeed();
+    PictureFeed(const PictureFeed&) = delete;
+    PictureFeed& operator=(const PictureFeed&) = delete;
 
     // Where the engine listens. Any thread.
     void setEngine(LoopbackUrl engine);

@@ -22,7 +22,7 @@ Result<Json> sent(const ToolCall& call, std::string_view path, const Json& body,
                                               on.empty() ? "" : " on iPhone " + dumpJson(on)))});
 }
 
-Result<Json> sendToPhone(const ToolCall& call, std::string_view path, Json parameters,
+Result<Json> sendToPhone(const ToolCall& call, std::string_view path, const Json& parameters,
                          std::string_view done) {
     Json body = bodyFor(TRY(phoneOf(call)));
     body.update(parameters);
@@ -30,7 +30,7 @@ Result<Json> sendToPhone(const ToolCall& call, std::string_view path, Json param
 }
 
 // An action at one point.
-Result<Json> sendToPoint(const ToolCall& call, std::string_view path, Json parameters,
+Result<Json> sendToPoint(const ToolCall& call, std::string_view path, const Json& parameters,
                          std::string_view verb) {
     const PointFrame frame = TRY(pointFrameOf(call));
     const ScreenPoint point = TRY(pointOf(call, frame, "x", "y"));

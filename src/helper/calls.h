@@ -25,6 +25,8 @@ class Calls {
         : writer_(writer), version_(version), times_(times) {}
     // Stops.
     ~Calls() { stop(); }
+    Calls(const Calls&) = delete;
+    Calls& operator=(const Calls&) = delete;
 
     struct Request {
         Json id;
