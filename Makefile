@@ -114,7 +114,7 @@ bench-text: ## how right and how fast frames are read (TANDREL_SCREENS names rea
 
 fuzz: ## run each fuzz target for FUZZ_SECONDS (60), from its corpus (FUZZ=name picks one)
 	@scripts/install-packages.sh check
-	@scripts/configure.sh build-fuzz $(CLANG) -DTANDREL_FUZZ=ON -DTANDREL_TESTS=OFF \
+	@scripts/configure.sh build-fuzz $(CLANG) -DTANDREL_FUZZ=ON -DTANDREL_TESTS=OFF -DTANDREL_JOIN=ON \
 	    -DTANDREL_SANITIZE=address,undefined
 	@ninja -C build-fuzz fuzz_targets
 	@scripts/fuzz.sh build-fuzz "$(FUZZ_SECONDS)" "$(FUZZ)"
