@@ -106,11 +106,7 @@ TEST_F(Modes, SetChangesASettingOrSaysHow) {
 }
 
 TEST_F(Modes, AScenarioOrPictureThatIsNoneIsNamedWithThePlace) {
-    const struct {
-        const char* variable;
-        std::filesystem::path path;
-        const char* why;
-    } rows[] = {
+    const std::tuple<const char*, std::filesystem::path, const char*> rows[] = {
         {"TANDREL_VIRTUAL_PHONE", "/no/such.json", "No such file or directory"},
         {"TANDREL_VIRTUAL_PHONE", "/", "it is a folder"},
         {"TANDREL_VIRTUAL_PHONE", file("torn.json", "{\"phone\": {"), "line 1, column 12"},
@@ -119,10 +115,10 @@ TEST_F(Modes, AScenarioOrPictureThatIsNoneIsNamedWithThePlace) {
         {"TANDREL_CAPTURE_IMAGES", "/no/such.png", "No such file or directory"},
         {"TANDREL_CAPTURE_IMAGES", file("text.png", "hello"), "neither a PNG nor a JPEG picture"},
     };
-    for (const auto& row : rows) {
-        const auto [status, output] = run({}, {{row.variable, row.path.string()}});
-        EXPECT_EQ(status, 1) << row.path;
-        EXPECT_THAT(output, AllOf(HasSubstr(row.path.string()), HasSubstr(row.why)));
+    for (const auto& [variable, path, why] : rows) {
+        const auto [status, output] = run({}, {{variable, path.string()}});
+        EXPECT_EQ(status, 1) << path;
+        EXPECT_THAT(output, AllOf(HasSubstr(path.string()), HasSubstr(why)));
         EXPECT_EQ(std::ranges::count(output, '\n'), 1) << output;
     }
 }

@@ -16,11 +16,7 @@ std::string nested(int levels) {
 }
 
 TEST(Json, WhatIsNotOneValueIsAnError) {
-    struct Row {
-        const char* name;
-        std::string text;
-    };
-    const Row rows[] = {
+    const std::pair<const char*, std::string> rows[] = {
         {"empty", ""},
         {"white space", " \n"},
         {"two values", "1 2"},
@@ -36,7 +32,7 @@ TEST(Json, WhatIsNotOneValueIsAnError) {
         {"65 levels", nested(65)},
         {"a million levels", std::string(1'000'000, '[')},
     };
-    for (const Row& row : rows) EXPECT_FALSE(parseJson(row.text)) << row.name;
+    for (const auto& [name, text] : rows) EXPECT_FALSE(parseJson(text)) << name;
 }
 
 TEST(Json, DepthCountsBracketsOutsideOfTexts) {

@@ -35,12 +35,7 @@ TEST(Unicode, FormsAndCases) {
 }
 
 TEST(Unicode, ValidUtf8) {
-    struct Row {
-        const char* name;
-        std::string text;
-        bool valid;
-    };
-    const Row rows[] = {
+    const std::tuple<const char*, std::string, bool> rows[] = {
         {"empty", "", true},
         {"zero byte", std::string("\0", 1), true},
         {"largest", "\xF4\x8F\xBF\xBF", true},
@@ -50,7 +45,7 @@ TEST(Unicode, ValidUtf8) {
         {"cut short", "a\xE2\x82", false},
         {"stray continuation", "\x80", false},
     };
-    for (const Row& row : rows) EXPECT_EQ(isUtf8(row.text), row.valid) << row.name;
+    for (const auto& [name, text, valid] : rows) EXPECT_EQ(isUtf8(text), valid) << name;
 }
 
 TEST(Regex, PlacesAreBytesOfTheText) {

@@ -119,11 +119,7 @@ TEST_F(HIDPeripheralTest, PublishesThisDatabase) {
 }
 
 TEST_F(HIDPeripheralTest, SaysWhatBluetoothIsDoing) {
-    const struct {
-        BluetoothState state;
-        const char* name;
-        const char* text;
-    } rows[] = {
+    const std::tuple<BluetoothState, const char*, const char*> rows[] = {
         {BluetoothState::unauthorized, "unauthorized",
          "bluetooth not allowed (System Settings > Privacy & Security > Bluetooth)"},
         {BluetoothState::poweredOff, "powered off", "bluetooth off"},
@@ -131,10 +127,10 @@ TEST_F(HIDPeripheralTest, SaysWhatBluetoothIsDoing) {
         {BluetoothState::resetting, "resetting", "bluetooth unavailable (resetting)"},
         {BluetoothState::unsupported, "unsupported", "bluetooth unavailable (unsupported)"},
     };
-    for (const auto& row : rows) {
-        bluetooth.changeState(row.state);
-        EXPECT_EQ(hid.state(), row.text);
-        EXPECT_EQ(logged(), Lines{fmt::format("bluetooth state {} auth allowed always", row.name)});
+    for (const auto& [state, name, text] : rows) {
+        bluetooth.changeState(state);
+        EXPECT_EQ(hid.state(), text);
+        EXPECT_EQ(logged(), Lines{fmt::format("bluetooth state {} auth allowed always", name)});
     }
     restart();
     EXPECT_EQ(hid.state(), "starting");

@@ -15,10 +15,7 @@ using Lines = std::vector<std::string>;
 class InputTest : public InputFixture {};
 
 TEST_F(InputTest, ActionsSendTheirReportsAtTheirPace) {
-    const struct {
-        std::function<Result<void>()> action;
-        Lines lines;
-    } rows[] = {
+    const std::pair<std::function<Result<void>()>, Lines> rows[] = {
         {[&] { return input.tap({0.5, 0.5}); },
          {"0 A 2: 00 00 40 00 40", "60 A 3: 01 00 00 00", "140 A 3: 00 00 00 00", "170"}},
         {[&] { return input.tap({0, 1}, 1.5); },
@@ -55,7 +52,7 @@ TEST_F(InputTest, ActionsSendTheirReportsAtTheirPace) {
           "60 A 1: 07 00 00 00 00 00 00 00", "90 A 1: 00 00 00 00 00 00 00 00", "120"}},
         {[&] { return input.consumer(0x223); }, {"0 A 4: 23 02", "80 A 4: 00 00", "110"}},
     };
-    for (const auto& row : rows) EXPECT_EQ(timed(row.action), row.lines);
+    for (const auto& [action, lines] : rows) EXPECT_EQ(timed(action), lines);
 }
 
 TEST_F(InputTest, StepPacesEveryAction) {
@@ -78,11 +75,7 @@ TEST_F(InputTest, RefusesWhatItCannotDoAndSendsNothing) {
     const char* const kHold = "hold must be between 0 and 60 seconds";
     const char* const kDuration = "duration must be between 0 and 60 seconds";
     const char* const kDistance = "dx and dy must be between -20000 and 20000";
-    const struct {
-        const char* name;
-        std::function<Result<void>()> action;
-        std::string message;
-    } rows[] = {
+    const std::tuple<const char*, std::function<Result<void>()>, std::string> rows[] = {
         {"accent", [&] { return input.type("café"); }, "cannot type \"é\" with a US keyboard"},
         {"first of two", [&] { return input.type("€ and £"); },
          "cannot type \"€\" with a US keyboard"},
@@ -106,8 +99,8 @@ TEST_F(InputTest, RefusesWhatItCannotDoAndSendsNothing) {
         {"far nudge", [&] { return input.nudge(20'001, 0, Input::Click::yes); }, kDistance},
         {"farthest nudge", [&] { return input.nudge(0, kLeast, Input::Click::yes); }, kDistance},
     };
-    for (const auto& row : rows)
-        EXPECT_THAT(timed(row.action), ElementsAre(row.message)) << row.name;
+    for (const auto& [name, action, message] : rows)
+        EXPECT_THAT(timed(action), ElementsAre(message)) << name;
 }
 
 TEST_F(InputTest, DoesTheLongestThatIsAllowed) {

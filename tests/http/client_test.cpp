@@ -36,12 +36,7 @@ TEST(LoopbackUrl, ReadsUrlsOfThisComputer) {
 
 TEST(ReplyParser, ReadsRepliesHoweverTheyAreCut) {
     using State = ReplyParser::State;
-    const struct {
-        const char* name;
-        std::string text;
-        State afterText;
-        State afterClose;
-    } rows[] = {
+    const std::tuple<const char*, std::string, State, State> rows[] = {
         {"length", "HTTP/1.1 200 OK\r\nContent-Length: 2\r\n\r\n{}", State::complete, {}},
         {"too short", "HTTP/1.1 200 OK\r\nContent-Length: 3\r\n\r\n{}", State::incomplete,
          State::malformed},
@@ -58,18 +53,17 @@ TEST(ReplyParser, ReadsRepliesHoweverTheyAreCut) {
         {"huge body", "HTTP/1.1 200 OK\r\n\r\n" + std::string(1001, 'x'), State::tooLarge, {}},
         {"huge head", std::string(1001, 'x'), State::tooLarge, {}},
     };
-    for (const auto& row : rows) {
+    for (const auto& [name, text, afterText, afterClose] : rows) {
         for (const std::size_t size : {1uz, 3uz, 2000uz}) {
-            SCOPED_TRACE(std::string(row.name) + " in pieces of " + std::to_string(size));
+            SCOPED_TRACE(std::string(name) + " in pieces of " + std::to_string(size));
             ReplyParser parser(1000);
             State state = State::incomplete;
-            for (std::size_t at = 0; at < row.text.size() && state == State::incomplete;
-                 at += size) {
-                state = parser.append(std::string_view(row.text).substr(at, size));
+            for (std::size_t at = 0; at < text.size() && state == State::incomplete; at += size) {
+                state = parser.append(std::string_view(text).substr(at, size));
             }
-            EXPECT_EQ(state, row.afterText);
+            EXPECT_EQ(state, afterText);
             if (state == State::incomplete) {
-                EXPECT_EQ(parser.finish(), row.afterClose);
+                EXPECT_EQ(parser.finish(), afterClose);
             }
         }
     }

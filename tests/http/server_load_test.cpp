@@ -139,19 +139,16 @@ TEST_F(ServedUnderLoad, EndsThreadsThatHaveNothingToDo) {
 
 TEST_F(ServedUnderLoad, TellsTheHandlerThatItsClientHasGone) {
     serve();
-    const struct {
-        const char* name;
-        void (*leave)(RawClient& client);
-    } rows[] = {
+    const std::pair<const char*, void (*)(RawClient& client)> rows[] = {
         {"closed", [](RawClient& client) { client.close(); }},
         {"reset", [](RawClient& client) { client.close(RawClient::Close::reset); }},
         {"finished sending", [](RawClient& client) { client.endSending(); }},
     };
     int left = 0;
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.name);
+    for (const auto& [name, leave] : rows) {
+        SCOPED_TRACE(name);
         RawClient client = blockedClient();
-        row.leave(client);
+        leave(client);
         EXPECT_TRUE(gate.awaitLeft(++left));
     }
     EXPECT_EQ(get(), kOk);

@@ -8,12 +8,7 @@ namespace {
 using Query = std::map<std::string, std::string>;
 
 TEST(Target, SplitsAndDecodes) {
-    const struct {
-        const char* name;
-        const char* text;
-        const char* path;
-        Query query;
-    } rows[] = {
+    const std::tuple<const char*, const char*, const char*, Query> rows[] = {
         {"plain", "/status", "/status", {}},
         {"empty values", "/status?device=&x", "/status", {{"device", ""}, {"x", ""}}},
         {"later duplicate", "/s?a=1&a=2", "/s", {{"a", "2"}}},
@@ -43,11 +38,11 @@ TEST(Target, SplitsAndDecodes) {
         {"escapes that are no UTF-8", "/%FF?x=%C3", "/%FF", {{"x", "%C3"}}},
         {"raw UTF-8", "/\u00e9?x=\u00fc", "/\u00e9", {{"x", "\u00fc"}}},
     };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.name);
-        const Target target = parseTarget(row.text);
-        EXPECT_EQ(target.path, row.path);
-        EXPECT_EQ(target.query, row.query);
+    for (const auto& [name, text, path, query] : rows) {
+        SCOPED_TRACE(name);
+        const Target target = parseTarget(text);
+        EXPECT_EQ(target.path, path);
+        EXPECT_EQ(target.query, query);
     }
 }
 

@@ -118,11 +118,7 @@ TEST(ImageReader, ReadsJpegsInScreenColours) {
 TEST(ImageReader, RefusesWhatItCannotShowWhole) {
     Bytes badCheck = png(kPalette);
     badCheck[60] ^= 1;
-    const struct {
-        const char* name;
-        Bytes file;
-        const char* says;
-    } rows[] = {
+    const std::tuple<const char*, Bytes, const char*> rows[] = {
         {"nothing", {}, "neither a PNG nor a JPEG"},
         {"text", toBytes("not a picture at all"), "neither a PNG nor a JPEG"},
         {"GIF", toBytes("GIF89a\1\0\1\0"), "neither a PNG nor a JPEG"},
@@ -134,11 +130,11 @@ TEST(ImageReader, RefusesWhatItCannotShowWhole) {
         {"damaged", badCheck, "PNG: "},
         {"print colours", jpeg(TJPF_CMYK, TJSAMP_444, 0), "CMYK"},
     };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.name);
-        const auto image = decodeImage(row.file);
+    for (const auto& [name, file, says] : rows) {
+        SCOPED_TRACE(name);
+        const auto image = decodeImage(file);
         ASSERT_FALSE(image);
-        EXPECT_NE(image.error().message.find(row.says), std::string::npos) << image.error().message;
+        EXPECT_NE(image.error().message.find(says), std::string::npos) << image.error().message;
     }
 }
 
@@ -146,18 +142,14 @@ TEST(ImageReader, RefusesWhatItCannotShowWhole) {
 // either format holds no picture, so a cut there may pass.
 TEST(ImageReader, ACutPictureIsNeverHalfAPicture) {
     const PixelBuffer picture = pictures::textLike(120, 90);
-    const struct {
-        const char* name;
-        Bytes file;
-        std::size_t closing;
-    } rows[] = {
+    const std::tuple<const char*, Bytes, std::size_t> rows[] = {
         {"PNG", *withPixels(picture, encodePng), 20},
         {"JPEG", *withPixels(picture, [](const Pixels& p) { return encodeJpeg(p, 80); }), 8},
     };
-    for (const auto& row : rows) {
-        for (std::size_t length = 0; length + row.closing < row.file.size(); ++length) {
-            const auto image = decodeImage(std::span(row.file).first(length));
-            EXPECT_FALSE(image) << row.name << " cut at " << length << " of " << row.file.size();
+    for (const auto& [name, file, closing] : rows) {
+        for (std::size_t length = 0; length + closing < file.size(); ++length) {
+            const auto image = decodeImage(std::span(file).first(length));
+            EXPECT_FALSE(image) << name << " cut at " << length << " of " << file.size();
         }
     }
 }

@@ -314,16 +314,13 @@ TEST_F(PaymentGateTest, ALongLabelIsCutForTheOwner) {
 }
 
 TEST(PaymentGateTimeout, IsReadAndClamped) {
-    const struct {
-        std::optional<std::string> text;
-        double seconds;
-    } cases[] = {
+    const std::pair<std::optional<std::string>, double> cases[] = {
         {std::nullopt, 50}, {"abc", 50},  {"", 50},     {"12abc", 50}, {" 20", 50},
         {"nan", 50},        {"1", 3},     {"-5", 3},    {"2.999", 3},  {"3", 3},
         {"20.5", 20.5},     {"120", 120}, {"500", 120}, {"1e9", 120},
     };
-    for (const auto& c : cases) {
-        EXPECT_EQ(PaymentGate::timeoutSeconds(c.text), c.seconds) << c.text.value_or("absent");
+    for (const auto& [text, seconds] : cases) {
+        EXPECT_EQ(PaymentGate::timeoutSeconds(text), seconds) << text.value_or("absent");
     }
 }
 

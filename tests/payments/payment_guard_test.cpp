@@ -120,11 +120,7 @@ TEST(PaymentGuard, AssessFollowsItsTable) {
 }
 
 TEST(PaymentGuard, PaymentScreenNeedsAmountWordAndButton) {
-    const struct {
-        const char* name;
-        const char* texts;
-        bool pays;
-    } cases[] = {
+    const std::tuple<const char*, const char*, bool> cases[] = {
         {"nothing", "", false},
         {"amount, word and button", "Total €5 / Confirm", true},
         {"no button", "Total €5 / Oat milk / Rye bread", false},
@@ -145,7 +141,8 @@ TEST(PaymentGuard, PaymentScreenNeedsAmountWordAndButton) {
         {"capitals", "TOTAL EUR 5 / CONFIRM", true},
         {"amount split over two lines", "Total / 25 / EUR / Confirm", true},
     };
-    for (const auto& c : cases) EXPECT_EQ(paymentScreen(parts(c.texts)), c.pays) << c.name;
+    for (const auto& [name, texts, pays] : cases)
+        EXPECT_EQ(paymentScreen(parts(texts)), pays) << name;
 }
 
 TEST(PaymentGuard, LabelIsTheSmallestLineWithinReach) {

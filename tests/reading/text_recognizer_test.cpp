@@ -115,11 +115,7 @@ TEST(TextRecognizer, readsTheSameInEveryFontAndDensity) {
 
 // Whatever hides the rest of an amount: what is left reads like another one.
 TEST(TextRecognizer, anAmountThatMayGoOnIsNotSure) {
-    const struct {
-        const char* name;
-        bool isSure;
-        std::function<void(DrawnFrame&)> draw;
-    } rows[] = {
+    const std::tuple<const char*, bool, std::function<void(DrawnFrame&)>> rows[] = {
         {"stands free", true, [](DrawnFrame& frame) { frame.text(20, 60, "Total $48.50"); }},
         {"runs out of the frame", false,
          [](DrawnFrame& frame) { frame.text(295, 60, "Total $48.50"); }},
@@ -129,14 +125,14 @@ TEST(TextRecognizer, anAmountThatMayGoOnIsNotSure) {
              frame.rectangle(111, 36, 80, 34, 6, kBlue);
          }},
     };
-    for (const auto& row : rows) {
+    for (const auto& [name, isSure, draw] : rows) {
         DrawnFrame drawn(390 * 2, 100 * 2, 2, kWhite);
-        row.draw(drawn);
+        draw(drawn);
         const auto records = (*makeTextRecognizer())->read(drawn.frame()).value().records;
         const auto total = std::ranges::find_if(
             records, [](const TextRecord& record) { return record.text.starts_with("Total"); });
-        ASSERT_NE(total, records.end()) << row.name;
-        EXPECT_EQ(total->confidence > 0.5, row.isSure) << row.name << ": " << total->text;
+        ASSERT_NE(total, records.end()) << name;
+        EXPECT_EQ(total->confidence > 0.5, isSure) << name << ": " << total->text;
     }
 }
 

@@ -14,10 +14,7 @@ class MirrorControl : public MirrorFixture {
 };
 
 TEST_F(MirrorControl, EachToolDrivesTheFrontWindow) {
-    const struct {
-        MirrorArgs args;
-        const char* deed;
-    } rows[] = {
+    const std::pair<MirrorArgs, const char*> rows[] = {
         {{"click", "30", "40"}, "click 40,60"},
         {{"click", "0.5", "0.5", "--fraction"}, "click 160,345"},
         {{"drag", "0", "0", "299", "649"}, "drag 10,20 309,669 0.3"},
@@ -27,10 +24,10 @@ TEST_F(MirrorControl, EachToolDrivesTheFrontWindow) {
         {{"key", "return"}, "key return "},
         {{"key", "h", "--modifiers", "cmd,shift"}, "key h cmd shift"},
     };
-    for (const auto& row : rows) {
+    for (const auto& [args, deed] : rows) {
         notes.clear();
-        EXPECT_EQ(run(row.args), 0) << err.str();
-        EXPECT_THAT(notes, ElementsAre("activate 7", row.deed));
+        EXPECT_EQ(run(args), 0) << err.str();
+        EXPECT_THAT(notes, ElementsAre("activate 7", deed));
         EXPECT_EQ(result(), Json({{"ok", true}, {"window", 7}, {"title", "Phone"}}));
     }
     notes.clear();

@@ -105,12 +105,7 @@ TEST_F(BluezTest, PublishesInOrderWithFlagsAndWithoutTheDaemonsService) {
 
 TEST_F(BluezTest, AnswersReadsAndWrites) {
     startWithPhone();
-    struct {
-        const char* what;
-        const char* place;
-        unsigned offset;
-        const char* answer;
-    } const rows[] = {
+    const std::tuple<const char*, const char*, unsigned, const char*> rows[] = {
         {"static value", "1/1", 0, "05 01 09"},
         {"its rest", "1/1", 2, "09"},
         {"its end", "1/1", 3, ""},
@@ -121,8 +116,8 @@ TEST_F(BluezTest, AnswersReadsAndWrites) {
         {"a descriptor", "1/3/0", 0, "02 01"},
         {"none", "1/2", 0, "<org.bluez.Error.NotSupported>"},
     };
-    for (const auto& row : rows) {
-        EXPECT_EQ(bluez_.read(phone_, row.place, row.offset), row.answer) << row.what;
+    for (const auto& [what, place, offset, answer] : rows) {
+        EXPECT_EQ(bluez_.read(phone_, place, offset), answer) << what;
     }
     // More than may wait for their answers at once.
     for (int i = 0; i < 300; ++i) {

@@ -35,11 +35,7 @@ Values nonZero(std::uint8_t id, std::string_view report) {
 }
 
 TEST(HidReportMap, DecodesReportsWithoutNullValuesAndUnknownReports) {
-    const struct {
-        std::uint8_t id;
-        const char* report;
-        Values values;
-    } rows[] = {
+    const std::tuple<std::uint8_t, const char*, Values> rows[] = {
         {1, "02 00 0b 00 00 00 00 00", {{0x700E1, 1}, {0x7000B, 1}}},
         {1, "00 ff 00 00 00 00 00 65", {{0x70065, 1}}},
         {2, "00 00 40 ff 7f", {{kX, 16384}, {kY, 32767}}},
@@ -52,7 +48,7 @@ TEST(HidReportMap, DecodesReportsWithoutNullValuesAndUnknownReports) {
         {2, "01 00 00 00", {}},  // a byte short
         {9, "01 00 00 00", {}},
     };
-    for (const auto& row : rows) EXPECT_EQ(nonZero(row.id, row.report), row.values) << row.report;
+    for (const auto& [id, report, values] : rows) EXPECT_EQ(nonZero(id, report), values) << report;
 }
 
 TEST(HidReportMap, PushedStateComesBack) {
