@@ -1,10 +1,7 @@
 #include "http/client.h"
 
 #include <atomic>
-#include <condition_variable>
-#include <mutex>
 #include <random>
-#include <thread>
 
 #include <gtest/gtest.h>
 
@@ -12,6 +9,7 @@
 #include "http/server.h"
 #include "http/target.h"
 #include "raw_client.h"
+#include "support/eventually.h"
 
 namespace tandrel {
 namespace {
@@ -71,10 +69,7 @@ TEST(ReplyParser, ReadsRepliesHoweverTheyAreCut) {
 
 // A handler that never replies.
 HTTPResponse awaitGone(const HTTPRequest& request) {
-    std::mutex mutex;
-    std::condition_variable_any never;
-    std::unique_lock lock(mutex);
-    never.wait(lock, request.clientGone, [] { return false; });
+    eventually([&] { return request.clientGone.stop_requested(); });
     return {};
 }
 

@@ -1,6 +1,5 @@
 #include "http/request_parser.h"
 
-#include <chrono>
 #include <random>
 
 #include <gtest/gtest.h>

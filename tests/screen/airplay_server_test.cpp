@@ -4,7 +4,6 @@
 
 #include "image/image_reader.h"
 #include "image/pictures.h"
-#include "screen/airplay_http.h"
 #include "screen/fake_windows.h"
 #include "screen/size_reader.h"
 #include "screen/window_search.h"

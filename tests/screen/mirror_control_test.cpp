@@ -6,8 +6,6 @@
 namespace tandrel {
 namespace {
 
-using testing::ElementsAre;
-
 class MirrorControl : public MirrorFixture {
  protected:
     MirrorControl() { windows.show(FakeWindows::receiver()); }  // at 10,20, 300 x 650
@@ -27,12 +25,12 @@ TEST_F(MirrorControl, EachToolDrivesTheFrontWindow) {
     for (const auto& [args, deed] : rows) {
         notes.clear();
         EXPECT_EQ(run(args), 0) << err.str();
-        EXPECT_THAT(notes, ElementsAre("activate 7", deed));
+        EXPECT_THAT(notes, testing::ElementsAre("activate 7", deed));
         EXPECT_EQ(result(), Json({{"ok", true}, {"window", 7}, {"title", "Phone"}}));
     }
     notes.clear();
     EXPECT_EQ(run({"activate"}), 0);
-    EXPECT_THAT(notes, ElementsAre("activate 7"));
+    EXPECT_THAT(notes, testing::ElementsAre("activate 7"));
 }
 
 TEST_F(MirrorControl, NothingIsDoneWhereItWouldHitAnotherWindow) {
@@ -47,7 +45,7 @@ TEST_F(MirrorControl, NothingIsDoneWhereItWouldHitAnotherWindow) {
     EXPECT_EQ(failure({"click", "1", "1", "--window", "3"}), "window 3 is gone");
     windows.close(7);
     EXPECT_EQ(failure({"click", "1", "1"}), kNoMirroringApp);
-    EXPECT_THAT(notes, ElementsAre());
+    EXPECT_THAT(notes, testing::ElementsAre());
 }
 
 TEST_F(MirrorControl, ListsAndProbesTellWhatIsThere) {

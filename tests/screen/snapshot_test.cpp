@@ -43,10 +43,8 @@ TEST(Snapshot, EncodesInTheFormatAndSizeAskedFor) {
     EXPECT_EQ((*png)[1], 'P');
     EXPECT_EQ((*jpeg)[1], 0xd8);
     for (const auto& file : {*png, *jpeg}) {
-        const auto image = decodeImage(file);
-        ASSERT_TRUE(image);
-        EXPECT_EQ(image->width(), 150);
-        EXPECT_EQ(image->height(), 325);
+        const auto image = decodeImage(file).value();
+        EXPECT_EQ(pictures::sizeOf(image), std::pair(150, 325));
     }
 }
 

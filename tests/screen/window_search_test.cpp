@@ -1,7 +1,6 @@
 #include "screen/window_search.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include "screen/fake_windows.h"
 #include "support/environment_variable.h"
