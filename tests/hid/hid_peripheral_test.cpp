@@ -15,7 +15,6 @@ namespace tandrel {
 namespace {
 
 using testing::IsEmpty;
-using testing::UnorderedElementsAre;
 using Lines = std::vector<std::string>;
 
 const std::string kIdA = "AAAAAAAA-AAAA-AAAA-AAAA-AAAAAAAAAAAA";
@@ -197,11 +196,11 @@ TEST_F(HIDPeripheralTest, AHostIsAPhoneWithAnInputReport) {
     bluetooth.subscribe("B", "1");
     const Uuid a = FakeBluetooth::phone("A");
     const Uuid b = FakeBluetooth::phone("B");
-    EXPECT_THAT(hid.connectedHosts(), UnorderedElementsAre(a, b));
+    EXPECT_THAT(hid.connectedHosts(), testing::UnorderedElementsAre(a, b));
     EXPECT_EQ(hid.state(), "2 connected, advertising as PocketLink");
     EXPECT_EQ(changes, 2);
     bluetooth.unsubscribe("A", "4");
-    EXPECT_THAT(hid.connectedHosts(), UnorderedElementsAre(b));
+    EXPECT_THAT(hid.connectedHosts(), testing::UnorderedElementsAre(b));
     EXPECT_EQ(hid.state(), "1 connected, advertising as PocketLink");
     bluetooth.unsubscribe("B", "1");
     EXPECT_THAT(hid.connectedHosts(), IsEmpty());

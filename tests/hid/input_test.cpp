@@ -9,7 +9,6 @@
 namespace tandrel {
 namespace {
 
-using testing::ElementsAre;
 using Lines = std::vector<std::string>;
 
 class InputTest : public InputFixture {};
@@ -100,7 +99,7 @@ TEST_F(InputTest, RefusesWhatItCannotDoAndSendsNothing) {
         {"farthest nudge", [&] { return input.nudge(0, kLeast, Input::Click::yes); }, kDistance},
     };
     for (const auto& [name, action, message] : rows)
-        EXPECT_THAT(timed(action), ElementsAre(message)) << name;
+        EXPECT_THAT(timed(action), testing::ElementsAre(message)) << name;
 }
 
 TEST_F(InputTest, DoesTheLongestThatIsAllowed) {
@@ -161,8 +160,8 @@ TEST_F(InputTest, TwoCallersDoNotInterleave) {
         const std::string usage = line.substr(line.find(':') + 8, 2);
         if (usage != "00") pressed.push_back(usage);
     }
-    EXPECT_THAT(pressed, testing::AnyOf(ElementsAre("04", "04", "1e", "1e"),
-                                        ElementsAre("1e", "1e", "04", "04")));
+    EXPECT_THAT(pressed, testing::AnyOf(testing::ElementsAre("04", "04", "1e", "1e"),
+                                        testing::ElementsAre("1e", "1e", "04", "04")));
 }
 
 TEST_F(InputTest, NothingIsMixedUpOrLeftPressedAmidRefusalsRestartsAndAStop) {
@@ -237,11 +236,7 @@ class StopTest : private ClockFirst<ManualClock>, public HidFixture {
 };
 
 TEST_F(StopTest, LiftsWhatIsPressedAndNothingElse) {
-    const struct {
-        std::function<Result<void>(Input&)> action;
-        Result<void> result;
-        Lines lines;
-    } rows[] = {
+    const std::tuple<std::function<Result<void>(Input&)>, Result<void>, Lines> rows[] = {
         {[](Input& to) { return to.tap({0, 0}, 30); },
          stopping,
          {"A 2: 00 00 00 00 00", "A 3: 01 00 00 00", "A 3: 00 00 00 00"}},
@@ -254,10 +249,10 @@ TEST_F(StopTest, LiftsWhatIsPressedAndNothingElse) {
          {"A 1: 00 00 04 00 00 00 00 00", "A 1: 00 00 00 00 00 00 00 00"}},
         {[](Input& to) { return to.consumer(0x223); }, {}, {"A 4: 23 02", "A 4: 00 00"}},
     };
-    for (const auto& row : rows) {
-        EXPECT_EQ(stopAfter(2, row.action), row.result);
-        EXPECT_EQ(sent(), row.lines);
-        accepted_ += static_cast<int>(row.lines.size());
+    for (const auto& [action, result, lines] : rows) {
+        EXPECT_EQ(stopAfter(2, action), result);
+        EXPECT_EQ(sent(), lines);
+        accepted_ += static_cast<int>(lines.size());
         bluetooth.clearTranscript();
     }
 }

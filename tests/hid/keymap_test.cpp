@@ -26,12 +26,9 @@ TEST(Keymap, TypesWhatAUsKeyboardHas) {
             expectStroke(shifted, i, 2);
         }
     }
-    const auto canonicallyEqual = [](const char* form, const char* character) {
-        EXPECT_EQ(Keymap::stroke(form), Keymap::stroke(character)) << character;
-    };
-    canonicallyEqual("\u212A", "K");
-    canonicallyEqual("\u037E", ";");
-    canonicallyEqual("\u1FEF", "`");
+    for (const auto& [form, character] :
+         {std::pair("\u212A", "K"), {"\u037E", ";"}, {"\u1FEF", "`"}})
+        EXPECT_EQ(Keymap::stroke(form), Keymap::stroke(character)) << "the same canonically";
 }
 
 TEST(Keymap, HasNoStrokeForTheRest) {

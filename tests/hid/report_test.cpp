@@ -1,6 +1,5 @@
 #include "hid/report.h"
 
-#include <cmath>
 #include <limits>
 
 #include <fmt/format.h>
