@@ -1,12 +1,10 @@
 #include "app/doctor.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 namespace tandrel {
 namespace {
 
-using testing::HasSubstr;
 using testing::StartsWith;
 
 Findings healthy() {
@@ -89,7 +87,7 @@ TEST(Doctor, TellsHowEachBluetoothAdapterStands) {
         EXPECT_EQ(diagnosis.conditions.at(2).name, "Adapter hci0");
         EXPECT_EQ(diagnosis.conditions.at(2).words, words);
         found.bluetoothChannels = 3;
-        EXPECT_THAT(diagnose(found).conditions.at(3).words, HasSubstr("Channels = 1"));
+        EXPECT_THAT(diagnose(found).conditions.at(3).words, testing::HasSubstr("Channels = 1"));
         found.snapshot.adapters.clear();
         EXPECT_EQ(diagnose(found).conditions.at(2).name, "Picture") << "the virtual phone's";
     }

@@ -19,7 +19,6 @@
 namespace tandrel {
 namespace {
 
-using testing::IsEmpty;
 using testing::SizeIs;
 
 bool isInScrollArea(const QWidget& widget) {
@@ -71,7 +70,7 @@ TEST_F(LayoutCheck, FindsWhatIsClippedOutsideOrOnTopOfAnother) {
 
 TEST_F(LayoutCheck, FindsTextThatIsHardToRead) {
     label("Black on white", {0, 0, 300, 60});
-    EXPECT_THAT(contrastFaults(window, shown()), IsEmpty());
+    EXPECT_THAT(contrastFaults(window, shown()), testing::IsEmpty());
     QLabel& pale = label("Grey on white", {0, 60, 300, 60});
     pale.setStyleSheet("color: #8a8a8a;");
     pale.show();
@@ -89,7 +88,7 @@ TEST_F(LayoutCheck, LeavesTextAloneThatIsScrolledAway) {
     pale.setStyleSheet("color: #8a8a8a;");
     pale.setParent(content);
     pale.show();
-    EXPECT_THAT(contrastFaults(window, shown()), IsEmpty()) << "three rows of it";
+    EXPECT_THAT(contrastFaults(window, shown()), testing::IsEmpty()) << "three rows of it";
     pale.move(0, 30);
     EXPECT_THAT(contrastFaults(window, shown()), SizeIs(1));
 }

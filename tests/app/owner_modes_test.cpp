@@ -1,7 +1,5 @@
-#include <fstream>
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include "app/running_program.h"
 #include "base/file.h"
