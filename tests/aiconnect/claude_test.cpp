@@ -6,7 +6,6 @@
 namespace tandrel {
 namespace {
 
-using testing::ElementsAre;
 namespace fs = std::filesystem;
 
 class ClaudeCodeTest : public AIConnectTest {};
@@ -190,7 +189,7 @@ TEST_F(ClaudeDesktopTest, AFileThatIsNoJsonObjectStaysByteForByte) {
         EXPECT_EQ(connect().addToClaudeDesktop(), refusal);
         EXPECT_EQ(textOf(desktopFile()), text);
         EXPECT_THAT(namesIn(desktopFile().parent_path()),
-                    ElementsAre("claude_desktop_config.json"));
+                    testing::ElementsAre("claude_desktop_config.json"));
     }
 }
 
@@ -204,8 +203,8 @@ TEST_F(ClaudeDesktopTest, IsRestartedOnceEveryInstanceHasEnded) {
     desktop.instances = 2;
     EXPECT_TRUE(connect().claudeDesktopRunning());
     EXPECT_TRUE(connect().restartClaudeDesktop());
-    EXPECT_THAT(desktop.asked, ElementsAre(10, 11));
-    EXPECT_THAT(desktop.opened, ElementsAre("/usr/share/applications/x.desktop"));
+    EXPECT_THAT(desktop.asked, testing::ElementsAre(10, 11));
+    EXPECT_THAT(desktop.opened, testing::ElementsAre("/usr/share/applications/x.desktop"));
 
     desktop.instances = 1;
     desktop.quits = false;

@@ -7,7 +7,6 @@ namespace tandrel {
 namespace {
 
 using testing::ElementsAre;
-using testing::StartsWith;
 namespace fs = std::filesystem;
 
 class CodexTest : public AIConnectTest {};
@@ -97,7 +96,7 @@ TEST_F(CodexTest, WhatCannotBeReadOrWrittenSaysWhyAndIsLeft) {
             outcome = connect().addToCodex();
         }
         EXPECT_FALSE(outcome.ok) << beginning;
-        EXPECT_THAT(outcome.message, StartsWith(beginning));
+        EXPECT_THAT(outcome.message, testing::StartsWith(beginning));
         if (fs::is_regular_file(codexFile())) {
             EXPECT_EQ(textOf(codexFile()).find("tandrel"), std::string::npos) << beginning;
             EXPECT_THAT(namesIn(codexFile().parent_path()), ElementsAre("config.toml"));

@@ -29,12 +29,7 @@ TEST(TomlHeader, IsTheNormalisedNameOfAHeaderLineOnly) {
 }
 
 TEST(MergeCodex, TakesOurTablesOutAndKeepsEveryOtherLine) {
-    struct Row {
-        const char* name;
-        std::string before;
-        std::string kept;
-    };
-    const Row rows[] = {
+    const std::tuple<const char*, std::string, std::string> rows[] = {
         {"nothing", "", ""},
         {"blank lines only", "\n \n\t\n", ""},
         {"an old table", "model = \"o4\"\n[mcp_servers.tandrel]\ncommand = \"/old\"\n",
@@ -62,9 +57,9 @@ TEST(MergeCodex, TakesOurTablesOutAndKeepsEveryOtherLine) {
         {"a byte-order mark", "\xEF\xBB\xBF[mcp_servers.tandrel]\nx = 1\n[b]\n",
          "\xEF\xBB\xBF[b]\n\n"},
     };
-    for (const Row& row : rows) {
-        EXPECT_EQ(mergeCodexSafely(row.before, kHelper), row.kept + kEntry) << row.name;
-        EXPECT_EQ(mergeCodexSafely(row.kept + kEntry, kHelper), row.kept + kEntry) << row.name;
+    for (const auto& [name, before, kept] : rows) {
+        EXPECT_EQ(mergeCodexSafely(before, kHelper), kept + kEntry) << name;
+        EXPECT_EQ(mergeCodexSafely(kept + kEntry, kHelper), kept + kEntry) << name;
     }
 }
 

@@ -4,7 +4,6 @@
 #include <utility>
 
 #include <sys/stat.h>
-#include <unistd.h>
 
 namespace tandrel {
 namespace {

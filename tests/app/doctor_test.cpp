@@ -1,12 +1,10 @@
 #include "app/doctor.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 namespace tandrel {
 namespace {
 
-using testing::HasSubstr;
 using testing::StartsWith;
 
 Findings healthy() {
@@ -89,7 +87,7 @@ TEST(Doctor, TellsHowEachBluetoothAdapterStands) {
         EXPECT_EQ(diagnosis.conditions.at(2).name, "Adapter hci0");
         EXPECT_EQ(diagnosis.conditions.at(2).words, words);
         found.bluetoothChannels = 3;
-        EXPECT_THAT(diagnose(found).conditions.at(3).words, HasSubstr("Channels = 1"));
+        EXPECT_THAT(diagnose(found).conditions.at(3).words, testing::HasSubstr("Channels = 1"));
         found.snapshot.adapters.clear();
         EXPECT_EQ(diagnose(found).conditions.at(2).name, "Picture") << "the virtual phone's";
     }
@@ -103,11 +101,7 @@ TEST(Doctor, TheCableSaysItselfWhatItLacks) {
 }
 
 TEST(Doctor, AnAppThatCouldBeAddedIsTheNextStepWhenAllElseIsInOrder) {
-    const struct {
-        AIAppStatus app;
-        const char* words;
-        const char* next;
-    } rows[] = {
+    const std::tuple<AIAppStatus, const char*, const char*> rows[] = {
         {{.app = AIApp::codex, .toPaste = "[x]"}, "not on this computer", ""},
         {{.app = AIApp::codex, .installed = true, .link = Link::addedHere, .toPaste = ""},
          "uses this copy of Tandrel",
@@ -119,13 +113,13 @@ TEST(Doctor, AnAppThatCouldBeAddedIsTheNextStepWhenAllElseIsInOrder) {
          "still points to an older copy of Tandrel",
          "Codex still points to an older copy of Tandrel; add it in the setup, or by hand:\n[x]"},
     };
-    for (const auto& row : rows) {
+    for (const auto& [app, words, next] : rows) {
         Findings found = healthy();
-        found.snapshot.aiApps = {row.app};
+        found.snapshot.aiApps = {app};
         const Diagnosis diagnosis = diagnose(found);
-        EXPECT_TRUE(diagnosis.ready) << row.words;
-        EXPECT_EQ(diagnosis.conditions.back().words, row.words);
-        EXPECT_EQ(diagnosis.next, row.next) << row.words;
+        EXPECT_TRUE(diagnosis.ready) << words;
+        EXPECT_EQ(diagnosis.conditions.back().words, words);
+        EXPECT_EQ(diagnosis.next, next) << words;
         EXPECT_EQ(diagnosis.json()["conditions"].back()["name"], "Codex");
     }
 }

@@ -43,10 +43,9 @@ TEST_F(FirstCopyTest, ShowsItsWindowOnTheMainThreadForEachCopyThatAsks) {
 }
 
 TEST_F(FirstCopyTest, ACopyThatLeavesMakesRoom) {
-    const auto first = listen();
-    ASSERT_TRUE(first);
-    (*first)->leave();
-    (*first)->leave();
+    const auto first = listen().value();
+    first->leave();
+    first->leave();
     EXPECT_FALSE(FirstCopy::ask(place_));
     EXPECT_FALSE(fs::exists(place_));
     const auto second = listen();

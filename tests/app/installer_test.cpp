@@ -1,32 +1,19 @@
 #include "app/installer.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include "app/autostart.h"
 #include "base/file.h"
 #include "platform/linux/desktop_applications.h"
+#include "platform/recorded_starts.h"
 #include "support/manual_clock.h"
 #include "support/temporary_folder.h"
 
 namespace tandrel {
 namespace {
 
-using testing::ElementsAre;
 using testing::StartsWith;
 namespace fs = std::filesystem;
-
-class RecordedStarts final : public Processes {
- public:
-    Result<ProgramEnd> run(const ProgramRun&) override { return fail("not for this test"); }
-    Result<void> startDetached(const std::string& program,
-                               const std::vector<std::string>& arguments) override {
-        started = {program};
-        started.insert(started.end(), arguments.begin(), arguments.end());
-        return {};
-    }
-    std::vector<std::string> started;
-};
 
 class InstallerTest : public testing::Test {
  protected:
@@ -65,10 +52,9 @@ TEST_F(InstallerTest, CopiesTheApplicationAloneAndStartsIt) {
     EXPECT_EQ(textOf(installed() / "share/tandrel/info.json"), "{}");
     EXPECT_FALSE(fs::exists(installed() / "CMakeCache.txt"));
     EXPECT_EQ(textOf(data() / "icons/hicolor/scalable/apps/tandrel.svg"), "<svg/>");
-    const auto command = desktopCommand(textOf(data() / "applications/tandrel.desktop"));
-    ASSERT_TRUE(command);
-    EXPECT_THAT(*command, ElementsAre(installed() / "bin/tandrel-app"));
-    EXPECT_THAT(processes_.started, ElementsAre(installed() / "bin/tandrel-app"));
+    const auto command = desktopCommand(textOf(data() / "applications/tandrel.desktop")).value();
+    EXPECT_THAT(command, testing::ElementsAre(installed() / "bin/tandrel-app"));
+    EXPECT_THAT(processes_.started, testing::ElementsAre(installed() / "bin/tandrel-app"));
     EXPECT_FALSE(fs::exists(data() / "Trash"));
 }
 
@@ -121,8 +107,8 @@ TEST(Installer, KnowsThePlacesWhereACopyMayNotStay) {
 
 TEST_F(InstallerTest, RelaunchesAfterADelayThroughAShell) {
     ASSERT_TRUE(installer().relaunch(2));
-    EXPECT_THAT(processes_.started,
-                ElementsAre("/bin/sh", "-c", "sleep 2; exec \"$0\"", bundle() / "bin/tandrel-app"));
+    EXPECT_THAT(processes_.started, testing::ElementsAre("/bin/sh", "-c", "sleep 2; exec \"$0\"",
+                                                         bundle() / "bin/tandrel-app"));
 }
 
 TEST_F(InstallerTest, AutostartIsOffUntilTurnedOnAndObeysTheDesktopsSwitch) {

@@ -19,7 +19,6 @@
 namespace tandrel {
 namespace {
 
-using testing::IsEmpty;
 using testing::SizeIs;
 
 bool isInScrollArea(const QWidget& widget) {
@@ -52,30 +51,26 @@ class LayoutCheck : public Offscreen {
 };
 
 TEST_F(LayoutCheck, FindsWhatIsClippedOutsideOrOnTopOfAnother) {
-    const struct {
-        const char* name;
-        std::vector<QRect> places;
-        int faults;
-    } rows[] = {
+    const std::tuple<const char*, std::vector<QRect>, int> rows[] = {
         {"side by side", {{0, 0, 150, 60}, {150, 0, 150, 60}}, 0},
         {"too low for its text", {{0, 0, 150, 10}}, 1},
         {"too narrow for a word", {{0, 0, 12, 190}}, 1},
         {"reaches beyond the window", {{200, 0, 150, 60}}, 1},
         {"overlap", {{0, 0, 150, 60}, {140, 20, 150, 60}}, 1},
     };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.name);
+    for (const auto& [name, places, faults] : rows) {
+        SCOPED_TRACE(name);
         qDeleteAll(window.findChildren<QLabel*>());
-        for (const QRect& place : row.places) label("Two words", place);
+        for (const QRect& place : places) label("Two words", place);
         shown();
-        EXPECT_THAT(layoutFaults(window), SizeIs(row.faults))
+        EXPECT_THAT(layoutFaults(window), SizeIs(faults))
             << layoutFaults(window).join("; ").toStdString();
     }
 }
 
 TEST_F(LayoutCheck, FindsTextThatIsHardToRead) {
     label("Black on white", {0, 0, 300, 60});
-    EXPECT_THAT(contrastFaults(window, shown()), IsEmpty());
+    EXPECT_THAT(contrastFaults(window, shown()), testing::IsEmpty());
     QLabel& pale = label("Grey on white", {0, 60, 300, 60});
     pale.setStyleSheet("color: #8a8a8a;");
     pale.show();
@@ -93,7 +88,7 @@ TEST_F(LayoutCheck, LeavesTextAloneThatIsScrolledAway) {
     pale.setStyleSheet("color: #8a8a8a;");
     pale.setParent(content);
     pale.show();
-    EXPECT_THAT(contrastFaults(window, shown()), IsEmpty()) << "three rows of it";
+    EXPECT_THAT(contrastFaults(window, shown()), testing::IsEmpty()) << "three rows of it";
     pale.move(0, 30);
     EXPECT_THAT(contrastFaults(window, shown()), SizeIs(1));
 }

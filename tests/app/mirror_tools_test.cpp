@@ -1,9 +1,6 @@
 #include "app/mirror_tools.h"
 
-#include <filesystem>
-
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include "app/running_program.h"
 #include "base/json.h"
@@ -12,8 +9,6 @@
 
 namespace tandrel {
 namespace {
-
-using testing::HasSubstr;
 
 // The tools as a person runs them, on a desktop where the application shows a virtual phone.
 class ToolsOnADesktop : public testing::Test {
@@ -47,9 +42,8 @@ TEST_F(ToolsOnADesktop, FindTheVirtualPhonesWindowTakeItsPictureAndDriveIt) {
     EXPECT_EQ(result({"airplay-list"})[0]["id"], window["id"]);
     const auto path = phone->home() / "window.png";
     EXPECT_EQ(result({"airplay-capture", path.string(), "--no-crop"})["h"], window["h"]);
-    const auto picture = readImage(path);
-    ASSERT_TRUE(picture);
-    EXPECT_EQ(picture->width(), window["w"]);
+    const auto picture = readImage(path).value();
+    EXPECT_EQ(picture.width(), window["w"]);
     EXPECT_EQ(result({"screen"}), Json({{"screen", true}}));
     EXPECT_EQ(result({"accessibility"}), Json({{"accessibility", true}}));
 
@@ -61,7 +55,7 @@ TEST_F(ToolsOnADesktop, FindTheVirtualPhonesWindowTakeItsPictureAndDriveIt) {
     phone->awaitText("Canvas tote bag");
     const auto [status, output] = run({"click", "5000", "10"});
     EXPECT_EQ(status, 1);
-    EXPECT_THAT(output, HasSubstr("the place lies outside the window"));
+    EXPECT_THAT(output, testing::HasSubstr("the place lies outside the window"));
 }
 
 }  // namespace

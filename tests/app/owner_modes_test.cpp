@@ -1,7 +1,5 @@
-#include <fstream>
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include "app/running_program.h"
 #include "base/file.h"
@@ -57,11 +55,7 @@ TEST_F(OwnerModes, ThePhoneTestPassesOnTheDefaultPhone) {
 }
 
 TEST_F(OwnerModes, ThePhoneTestSaysWhatIsMissing) {
-    const struct {
-        Json traits;
-        const char* line;
-        const char* end;
-    } rows[] = {
+    const std::tuple<Json, const char*, const char*> rows[] = {
         {{{"screen", "asleep"}},
          "✗ See the iPhone's screen\n  The screen is off. Press the iPhone's side button and "
          "unlock it, then test again.\n",
@@ -76,11 +70,11 @@ TEST_F(OwnerModes, ThePhoneTestSaysWhatIsMissing) {
          "and test again.\n✓ Back to the Home screen\n",
          "\nSome of it didn't work yet. Fix the part marked above and test again.\n"},
     };
-    for (const auto& row : rows) {
-        start(row.traits);
+    for (const auto& [traits, line, end] : rows) {
+        start(traits);
         const auto [status, output] = run({"--phone-test"});
-        EXPECT_EQ(status, 1) << row.traits;
-        EXPECT_THAT(output, AllOf(HasSubstr(row.line), HasSubstr(row.end))) << row.traits;
+        EXPECT_EQ(status, 1) << traits;
+        EXPECT_THAT(output, AllOf(HasSubstr(line), HasSubstr(end))) << traits;
         program_.reset();
     }
 }

@@ -1,11 +1,9 @@
 #include "app/owner_side.h"
 
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "app/phone_test_run.h"
 #include "app/running_program.h"
-#include "base/file.h"
 #include "engine/running_engine.h"
 
 namespace tandrel {

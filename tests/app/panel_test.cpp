@@ -1,9 +1,7 @@
 #include <csignal>
 #include <future>
-#include <thread>
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include "app/running_program.h"
 #include "app/x_display.h"

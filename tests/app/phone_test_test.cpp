@@ -3,7 +3,6 @@
 #include <algorithm>
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include "base/base64.h"
 #include "base/mutex.h"
@@ -15,9 +14,6 @@
 namespace tandrel {
 namespace {
 
-using testing::ElementsAre;
-using testing::IsEmpty;
-using testing::Not;
 using Mark = PhoneTest::Mark;
 
 // An engine and an AirPlay server in one, with a phone whose screen is one grey with the pointer on
@@ -114,9 +110,9 @@ TEST(PhoneTest, GoesThroughAllStepsInOrder) {
     ASSERT_EQ(ended.lines.size(), 5U);
     EXPECT_EQ(ended.lines[0].detail, "USB cable. It can read: Shop, Bank");
     EXPECT_EQ(ended.lines[2].detail, "AssistiveTouch is on");
-    EXPECT_THAT(fake.requests(),
-                ElementsAre("look", "/home", "/key h", "/move", "look", "/move", "look",
-                            "/key space", "/type", "/key enter", "look", "/home", "/key h"));
+    EXPECT_THAT(fake.requests(), testing::ElementsAre("look", "/home", "/key h", "/move", "look",
+                                                      "/move", "look", "/key space", "/type",
+                                                      "/key enter", "look", "/home", "/key h"));
 }
 
 TEST(PhoneTest, WhatFallsShortIsMarkedAndStopsWhatNeedsIt) {
@@ -127,12 +123,9 @@ TEST(PhoneTest, WhatFallsShortIsMarkedAndStopsWhatNeedsIt) {
         "on the iPhone shows Tandrel as Connected.";
     const char* noKey = "The iPhone didn't get the key press, so the test stopped here.";
     const char* some = "Some of it didn't work yet. Fix the part marked above and test again.";
-    const struct {
-        std::function<void(FakePhone&)> prepare;
-        std::vector<Mark> marks;
-        const char* detail;  // of the first line that did not pass
-        const char* message;
-    } rows[] = {
+    // The detail is that of the first line that did not pass.
+    using Prepare = std::function<void(FakePhone&)>;
+    const std::tuple<Prepare, std::vector<Mark>, const char*, const char*> rows[] = {
         {[](auto& fake) { fake.hasFrame = false; },
          {kBad},
          "",
@@ -150,7 +143,8 @@ TEST(PhoneTest, WhatFallsShortIsMarkedAndStopsWhatNeedsIt) {
         // A search that lists it.
         {[](auto& fake) { fake.textsAfterTyping = {"Top Hit", "Settings", "General"}; },
          {kOk, kOk, kOk, kBad, kOk},
-         "Settings didn't open. If the iPhone shows a search screen with the wrong letters, set "
+         "Settings didn't open. If the iPhone shows a search screen with the wrong letters, "
+         "set "
          "Settings › General › Keyboard › Hardware Keyboard to U.S. and test again.",
          some},
         {[](auto& fake) {
@@ -158,22 +152,23 @@ TEST(PhoneTest, WhatFallsShortIsMarkedAndStopsWhatNeedsIt) {
              fake.error = "Tandrel is paused: the owner turned off control";
          },
          {kOk, kOk, kOk, kBad, kOk},
-         "Typing didn't reach the iPhone. Control is paused. Turn it back on from the Tandrel menu "
+         "Typing didn't reach the iPhone. Control is paused. Turn it back on from the Tandrel "
+         "menu "
          "in the menu bar.",
          some},
     };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.detail);
+    for (const auto& [prepare, wanted, detail, message] : rows) {
+        SCOPED_TRACE(detail);
         FakePhone fake;
-        row.prepare(fake);
+        prepare(fake);
         const auto ended = run(fake);
         std::vector<Mark> marks;
         for (const auto& line : ended.lines) marks.push_back(line.mark);
-        EXPECT_EQ(marks, row.marks);
+        EXPECT_EQ(marks, wanted);
         const auto fault = std::ranges::find(ended.lines, kBad, &PhoneTest::Line::mark);
         ASSERT_NE(fault, ended.lines.end());
-        EXPECT_EQ(fault->detail.value_or(""), row.detail);
-        EXPECT_EQ(ended.message, row.message);
+        EXPECT_EQ(fault->detail.value_or(""), detail);
+        EXPECT_EQ(ended.message, message);
         EXPECT_FALSE(ended.passed);
     }
 }
@@ -183,7 +178,7 @@ TEST(PhoneTest, WhilePausedNoRequestIsMade) {
     const auto ended = run(fake, {.paused = true});
     EXPECT_EQ(ended.message, "Nothing was done on the iPhone.");
     EXPECT_EQ(ended.lines.at(0).title, "Control is paused");
-    EXPECT_THAT(fake.requests(), IsEmpty());
+    EXPECT_THAT(fake.requests(), testing::IsEmpty());
 }
 
 TEST(PhoneTest, OverAirPlayEveryPictureComesFromThere) {
@@ -191,7 +186,7 @@ TEST(PhoneTest, OverAirPlayEveryPictureComesFromThere) {
     const auto ended = run(fake, {.from = TryIt::From::airplay});
     EXPECT_TRUE(ended.passed);
     EXPECT_EQ(ended.lines.at(0).detail, "AirPlay. It can read: Shop, Bank");
-    EXPECT_THAT(fake.requests(), Not(testing::Contains("look")));
+    EXPECT_THAT(fake.requests(), testing::Not(testing::Contains("look")));
 }
 
 TEST(PhoneTest, ATestThatIsStoppedEndsWithoutASentence) {

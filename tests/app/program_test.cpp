@@ -3,7 +3,6 @@
 #include <thread>
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include "app/running_program.h"
 #include "base/file.h"
@@ -14,10 +13,8 @@ namespace tandrel {
 namespace {
 
 using testing::AllOf;
-using testing::ContainsRegex;
 using testing::EndsWith;
 using testing::HasSubstr;
-using testing::Not;
 using testing::StartsWith;
 
 using Variables = ChildProgram::Environment;
@@ -43,22 +40,18 @@ class Modes : public testing::Test {
 };
 
 TEST_F(Modes, PrintWhatTheTableSaysAndEnd) {
-    struct Row {
-        std::vector<std::string> arguments;
-        int status;
-        testing::Matcher<std::string> output;
-    };
+    using Arguments = std::vector<std::string>;
     const std::string cases = TANDREL_SOURCE_DIR "/share/tandrel/guard/shops.json";
-    const Row rows[] = {
-        {{"--version"}, 0, ContainsRegex("^Tandrel [0-9]+\\.[0-9]+\\.[0-9]+\n$")},
+    const std::tuple<Arguments, int, testing::Matcher<std::string>> rows[] = {
+        {{"--version"}, 0, testing::ContainsRegex("^Tandrel [0-9]+\\.[0-9]+\\.[0-9]+\n$")},
         {{"--version", "more"}, 0, StartsWith("Tandrel ")},
         {{"--guard-check"}, 1, StartsWith("can't read ")},
         {{"--guard-check", "/no/such.json"}, 1, StartsWith("can't read /no/such.json: ")},
-        {{"--guard-check", cases}, 0, ContainsRegex("^[1-9][0-9]* passed, 0 failed\n$")},
+        {{"--guard-check", cases}, 0, testing::ContainsRegex("^[1-9][0-9]* passed, 0 failed\n$")},
         {{"--self-test"},
          0,
-         AllOf(Not(HasSubstr("FAIL")), HasSubstr("guard: known_limits.json"),
-               ContainsRegex("\n[0-9]+ passed, 0 failed\n$"))},
+         AllOf(testing::Not(HasSubstr("FAIL")), HasSubstr("guard: known_limits.json"),
+               testing::ContainsRegex("\n[0-9]+ passed, 0 failed\n$"))},
         {{"--guard-rules"}, 0, AllOf(HasSubstr("pay-words\n"), HasSubstr("\n  leaves   "))},
         {{"--guard-rules", "--json"}, 0, StartsWith("{\"rules\":[{")},
         {{"--guard-report"}, 1, StartsWith("usage: ")},
@@ -74,11 +67,11 @@ TEST_F(Modes, PrintWhatTheTableSaysAndEnd) {
                HasSubstr("--ask-here"))},
         {{"detect-rect", "/no/such.png"}, 1, HasSubstr("/no/such.png")},
     };
-    for (const auto& row : rows) {
-        const auto [status, output] = run(row.arguments);
-        const std::string name = testing::PrintToString(row.arguments);
-        EXPECT_EQ(status, row.status) << name;
-        EXPECT_THAT(output, row.output) << name;
+    for (const auto& [arguments, code, printed] : rows) {
+        const auto [status, output] = run(arguments);
+        const std::string name = testing::PrintToString(arguments);
+        EXPECT_EQ(status, code) << name;
+        EXPECT_THAT(output, printed) << name;
     }
     EXPECT_FALSE(std::filesystem::exists(home_.path() / ".local/state/tandrel/Tandrel.log"))
         << "only the application writes a log";
@@ -106,11 +99,7 @@ TEST_F(Modes, SetChangesASettingOrSaysHow) {
 }
 
 TEST_F(Modes, AScenarioOrPictureThatIsNoneIsNamedWithThePlace) {
-    const struct {
-        const char* variable;
-        std::filesystem::path path;
-        const char* why;
-    } rows[] = {
+    const std::tuple<const char*, std::filesystem::path, const char*> rows[] = {
         {"TANDREL_VIRTUAL_PHONE", "/no/such.json", "No such file or directory"},
         {"TANDREL_VIRTUAL_PHONE", "/", "it is a folder"},
         {"TANDREL_VIRTUAL_PHONE", file("torn.json", "{\"phone\": {"), "line 1, column 12"},
@@ -119,10 +108,10 @@ TEST_F(Modes, AScenarioOrPictureThatIsNoneIsNamedWithThePlace) {
         {"TANDREL_CAPTURE_IMAGES", "/no/such.png", "No such file or directory"},
         {"TANDREL_CAPTURE_IMAGES", file("text.png", "hello"), "neither a PNG nor a JPEG picture"},
     };
-    for (const auto& row : rows) {
-        const auto [status, output] = run({}, {{row.variable, row.path.string()}});
-        EXPECT_EQ(status, 1) << row.path;
-        EXPECT_THAT(output, AllOf(HasSubstr(row.path.string()), HasSubstr(row.why)));
+    for (const auto& [variable, path, why] : rows) {
+        const auto [status, output] = run({}, {{variable, path.string()}});
+        EXPECT_EQ(status, 1) << path;
+        EXPECT_THAT(output, AllOf(HasSubstr(path.string()), HasSubstr(why)));
         EXPECT_EQ(std::ranges::count(output, '\n'), 1) << output;
     }
 }

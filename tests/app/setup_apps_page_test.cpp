@@ -13,9 +13,6 @@
 namespace tandrel {
 namespace {
 
-using testing::ElementsAre;
-using testing::IsEmpty;
-
 // Writes down what the page sets off.
 class NotedActions final : public NoActions {
  public:
@@ -60,7 +57,7 @@ TEST_F(AppsPageTest, AnEntryThatHasGoneIsOfferedAgain) {
     EXPECT_TRUE(shows("Tandrel was added, but its entry has gone from Codex's settings."));
     ASSERT_NE(button("Add Again"), nullptr);
     button("Add Again")->click();
-    EXPECT_THAT(actions.added, ElementsAre(AIApp::codex));
+    EXPECT_THAT(actions.added, testing::ElementsAre(AIApp::codex));
     const char* added = "Added. Start a new Codex session to use it.";
     actions.told({true, added});
     EXPECT_TRUE(shows(added));
@@ -75,7 +72,7 @@ TEST_F(AppsPageTest, AnEntryThatHasGoneIsOfferedAgain) {
     EXPECT_FALSE(shows(added)) << "that was before";
     ASSERT_NE(button("Leave It Out"), nullptr);
     button("Leave It Out")->click();
-    EXPECT_THAT(actions.left, ElementsAre(AIApp::codex));
+    EXPECT_THAT(actions.left, testing::ElementsAre(AIApp::codex));
     codex().lost = false;
     page.display(view);
     EXPECT_NE(button("Add to Codex"), nullptr);
@@ -85,7 +82,7 @@ TEST_F(AppsPageTest, AnEntryThatHasGoneIsOfferedAgain) {
 TEST_F(AppsPageTest, ACopyThatMayNotStayIsMovedFirst) {
     ASSERT_NE(button("Move to Applications"), nullptr);
     button("Move to Applications")->click();
-    EXPECT_THAT(actions.fixed, ElementsAre(Fix::moveToApplications));
+    EXPECT_THAT(actions.fixed, testing::ElementsAre(Fix::moveToApplications));
     view.app.liesInPassing = false;
     page.display(view);
     EXPECT_EQ(button("Move to Applications"), nullptr);
@@ -116,7 +113,7 @@ TEST_F(AppsPageTest, TheMenuNamesTheAppsThatLostTheirEntry) {
     EXPECT_EQ(opened, 1);
     codex().lost = false;
     menu.display(view.app);
-    EXPECT_THAT(offers(), IsEmpty());
+    EXPECT_THAT(offers(), testing::IsEmpty());
 }
 
 TEST_F(AppsPageTest, CopyingSaysSoForAWhile) {

@@ -10,12 +10,8 @@ namespace {
 TEST(SetupView, OpensTheFirstStepThatNeedsTheOwner) {
     SetupView view = samples::ready({});
     EXPECT_EQ(firstOpenStep(view), SetupStep::test) << "nothing is open, so the last";
-    struct Row {
-        SetupStep step;
-        void (*undo)(AppSnapshot& app);
-    };
     // Each takes away one thing more, from the last step to the first.
-    const Row rows[] = {
+    const std::pair<SetupStep, void (*)(AppSnapshot&)> rows[] = {
         {SetupStep::test, [](AppSnapshot& app) { app.testPassed = false; }},
         {SetupStep::apps, [](AppSnapshot& app) { app.aiApps[0].link = Link::addedElsewhere; }},
         {SetupStep::pointer, [](AppSnapshot& app) { app.assistiveTouchOn = false; }},
@@ -23,10 +19,10 @@ TEST(SetupView, OpensTheFirstStepThatNeedsTheOwner) {
         {SetupStep::screen, [](AppSnapshot& app) { app.inputs.screenReady = false; }},
         {SetupStep::bluetooth, [](AppSnapshot& app) { app.inputs.bluetoothReady = false; }},
     };
-    for (const Row& row : rows) {
-        row.undo(view.app);
-        EXPECT_EQ(firstOpenStep(view), row.step);
-        EXPECT_FALSE(isDone(row.step, view));
+    for (const auto& [step, undo] : rows) {
+        undo(view.app);
+        EXPECT_EQ(firstOpenStep(view), step);
+        EXPECT_FALSE(isDone(step, view));
     }
 }
 

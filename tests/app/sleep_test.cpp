@@ -1,7 +1,6 @@
 #include <thread>
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include "app/owner_side.h"
 #include "app/running_program.h"
@@ -36,12 +35,11 @@ class SleepTest : public testing::Test {
     }
     // Runs the main thread until the model fits, but not for ever.
     bool await(const std::function<bool(const AppSnapshot&)>& fits) {
-        const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(60);
-        while (!fits(owner_->state().snapshot())) {
-            if (std::chrono::steady_clock::now() > deadline) return false;
+        const auto isSo = [&] {
             turn(Duration::zero());
-        }
-        return true;
+            return fits(owner_->state().snapshot());
+        };
+        return eventually(isSo, std::chrono::seconds(60));
     }
     // Lets the main thread work off what was posted and what is due by now.
     void turn(Duration by) {

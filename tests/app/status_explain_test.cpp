@@ -20,11 +20,7 @@ TEST(Explain, ActionErrorsAreToldInTheOwnersWords) {
         "want to use.";
     const std::string noAnswer =
         "Tandrel's phone connection isn't answering. Quit Tandrel and open it again.";
-    const struct {
-        const char* message;
-        int status;
-        std::string text;
-    } rows[] = {
+    const std::tuple<const char*, int, std::string> rows[] = {
         {"", 423, paused},
         {"Tandrel is PAUSED: the owner turned off control", 400, paused},
         {"paused, no frame", 400, paused},
@@ -45,9 +41,8 @@ TEST(Explain, ActionErrorsAreToldInTheOwnersWords) {
         {"Not Found", 404, "Not Found"},
         {" ", 500, " "},
     };
-    for (const auto& row : rows) {
-        EXPECT_EQ(Explain::actionError(row.message, row.status), row.text)
-            << row.status << " " << row.message;
+    for (const auto& [message, status, text] : rows) {
+        EXPECT_EQ(Explain::actionError(message, status), text) << status << " " << message;
     }
 }
 

@@ -29,14 +29,9 @@ Inputs ready() {
             .macName = "Ada's Mac"};
 }
 
-struct NoticeRow {
-    Change change;
-    std::optional<Notice> expected;
-};
-
 // From the last rule to the first: each row's fault comes on top of those before it, so that every
 // rule is seen to win over all that follow it.
-const NoticeRow kNoticeRows[] = {
+const std::pair<Change, std::optional<Notice>> kNoticeRows[] = {
     {[](Inputs&) {}, std::nullopt},
     {[](Inputs& in) {
          in.phoneConnected = false;
@@ -97,12 +92,11 @@ const NoticeRow kNoticeRows[] = {
 
 TEST(StatusNotice, TheFirstRuleThatAppliesWins) {
     Inputs inputs = ready();
-    for (const NoticeRow& row : kNoticeRows) {
-        row.change(inputs);
+    for (const auto& [change, expected] : kNoticeRows) {
+        change(inputs);
         const auto shown = notice(inputs);
-        const std::string title = row.expected ? row.expected->title : "none";
-        EXPECT_EQ(shown ? shown->title : "none", title);
-        EXPECT_EQ(shown, row.expected) << title << ": " << (shown ? shown->detail : "");
+        EXPECT_EQ(shown, expected) << (expected ? expected->title : "none") << ", not "
+                                   << (shown ? shown->title + ": " + shown->detail : "none");
     }
 }
 
@@ -124,11 +118,7 @@ TEST(StatusNotice, WhatDoesNotHinderIsNotReported) {
 }
 
 TEST(StatusNotice, HealthAndHeadlineOrderPauseNoticeAndSetupEachInTheirWay) {
-    const struct {
-        bool paused, locked, settingUp;
-        int health;
-        const char* headline;
-    } rows[] = {
+    const std::tuple<bool, bool, bool, int, const char*> rows[] = {
         {false, false, false, 1, "iPhone ready"},
         {true, false, false, 3, "Paused: your AI can look but not tap"},
         {false, true, false, 2, "Your iPhone is locked"},
@@ -137,14 +127,14 @@ TEST(StatusNotice, HealthAndHeadlineOrderPauseNoticeAndSetupEachInTheirWay) {
         {true, false, true, 3, "Setup isn't finished"},
         {false, true, true, 0, "Setup isn't finished"},
     };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(testing::Message() << row.paused << row.locked << row.settingUp);
+    for (const auto& [paused, locked, settingUp, level, says] : rows) {
+        SCOPED_TRACE(testing::Message() << paused << locked << settingUp);
         Inputs inputs = ready();
-        inputs.paused = row.paused;
-        if (row.locked) inputs.screenState = PhoneScreen::locked;
-        if (row.settingUp) inputs.setupDone = inputs.lastHealthyKnown = inputs.screenReady = false;
-        EXPECT_EQ(static_cast<int>(health(inputs)), row.health);
-        EXPECT_EQ(headline(inputs), row.headline);
+        inputs.paused = paused;
+        if (locked) inputs.screenState = PhoneScreen::locked;
+        if (settingUp) inputs.setupDone = inputs.lastHealthyKnown = inputs.screenReady = false;
+        EXPECT_EQ(static_cast<int>(health(inputs)), level);
+        EXPECT_EQ(headline(inputs), says);
     }
 }
 

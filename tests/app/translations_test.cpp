@@ -23,8 +23,6 @@
 namespace tandrel {
 namespace {
 
-using testing::IsEmpty;
-
 // A language that says everything in brackets, and knows what it was asked for.
 class Bracketed final : public QTranslator {
  public:
@@ -100,7 +98,7 @@ TEST_F(Translations, EveryTextOfEveryWindowGoesThroughThemAndIsInTheCatalogue) {
     for (const auto& [context, source] : language.asked) {
         if (!known.contains({context, source})) missing.push_back(context + ": " + source);
     }
-    EXPECT_THAT(missing, IsEmpty()) << "`make translations` was forgotten";
+    EXPECT_THAT(missing, testing::IsEmpty()) << "`make translations` was forgotten";
     EXPECT_GT(language.asked.size(), 120U);
     QCoreApplication::removeTranslator(&language);
 }

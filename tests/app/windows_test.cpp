@@ -1,4 +1,3 @@
-#include <csignal>
 #include <thread>
 
 #include <gmock/gmock.h>
@@ -14,12 +13,12 @@
 #include "platform/linux/x_desktop.h"
 #include "platform/linux/x_image.h"
 #include "screen/phone_screen.h"
+#include "support/eventually.h"
 
 namespace tandrel {
 namespace {
 
 using Key = XDisplay::Key;
-using testing::HasSubstr;
 using namespace std::chrono_literals;
 
 constexpr const char* kSetup = "Tandrel Setup";
@@ -65,14 +64,8 @@ class OwnersWindows : public testing::Test {
     bool awaitGone(const std::string& title) {
         return waitUntil([&] { return !display->find(title); });
     }
-    static bool waitUntil(const std::function<bool()>& holds,
-                          std::chrono::milliseconds most = 60s) {
-        const auto deadline = std::chrono::steady_clock::now() + most;
-        while (!holds()) {
-            if (std::chrono::steady_clock::now() > deadline) return false;
-            std::this_thread::yield();
-        }
-        return true;
+    static bool waitUntil(const std::function<bool()>& holds, Duration most = 60s) {
+        return eventually(holds, most);
     }
 
     // The button that goes on, at the lower right.
@@ -202,7 +195,7 @@ TEST_F(OwnersWindows, ASecondStartOpensTheWindowOfTheFirst) {
     const auto second = runApp({}, home->path(), environment);
     EXPECT_EQ(second.status, 0);
     EXPECT_THAT(second.output,
-                HasSubstr("Tandrel is already running; its window has been opened."));
+                testing::HasSubstr("Tandrel is already running; its window has been opened."));
     await(kSetup);
 }
 

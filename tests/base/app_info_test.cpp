@@ -19,11 +19,7 @@ AppInfo infoFrom(const std::string& json) {
 }
 
 TEST(AppInfo, TheVersionIsTheFirstThatIsText) {
-    struct Row {
-        const char* json;
-        const char* version;
-    };
-    const Row rows[] = {
+    const std::pair<const char*, const char*> rows[] = {
         {R"({"TandrelVersion": "1.2", "CFBundleShortVersionString": "9"})", "1.2"},
         {R"({"TandrelVersion": 1.2, "CFBundleShortVersionString": "9"})", "9"},
         {R"({"TandrelVersion": null})", "dev"},
@@ -31,7 +27,7 @@ TEST(AppInfo, TheVersionIsTheFirstThatIsText) {
         {"not JSON", "dev"},
         {"", "dev"},
     };
-    for (const Row& row : rows) EXPECT_EQ(infoFrom(row.json).version, row.version) << row.json;
+    for (const auto& [json, version] : rows) EXPECT_EQ(infoFrom(json).version, version) << json;
     EXPECT_EQ(AppInfo::load("/nonexistent").version, "dev");
 }
 
@@ -43,12 +39,7 @@ TEST(AppInfo, NamesHaveDefaults) {
 
 TEST(AppInfo, WhereItRunsFrom) {
     const EnvironmentVariable home("HOME", "/home/ann");
-    struct Row {
-        const char* bundle;
-        const char* location;
-        bool inApplications;
-    };
-    const Row rows[] = {
+    const std::tuple<const char*, const char*, bool> rows[] = {
         {"/Volumes/Tandrel/Tandrel", "the disk image", false},
         {"/media/ann/Tandrel", "the disk image", false},
         {"/Volumes/x/AppTranslocation/Downloads/Tandrel", "the disk image", false},
@@ -64,11 +55,11 @@ TEST(AppInfo, WhereItRunsFrom) {
         {"/home/ann/.local/lib/tandrel", "tandrel", true},
         {"/home/annette/.local/opt/Tandrel", "Tandrel", false},
     };
-    for (const Row& row : rows) {
+    for (const auto& [bundle, location, inApplications] : rows) {
         AppInfo info;
-        info.bundle = row.bundle;
-        EXPECT_EQ(info.locationName(), row.location) << row.bundle;
-        EXPECT_EQ(info.isInApplications(), row.inApplications) << row.bundle;
+        info.bundle = bundle;
+        EXPECT_EQ(info.locationName(), location) << bundle;
+        EXPECT_EQ(info.isInApplications(), inApplications) << bundle;
     }
 }
 

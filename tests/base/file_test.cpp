@@ -4,7 +4,6 @@
 #include <fstream>
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <sys/stat.h>
 
 #include "support/temporary_folder.h"

@@ -5,15 +5,12 @@
 #include <thread>
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include "base/file.h"
 #include "support/temporary_folder.h"
 
 namespace tandrel {
 namespace {
-
-using testing::MatchesRegex;
 
 class LogTest : public testing::Test {
  protected:
@@ -30,8 +27,8 @@ TEST_F(LogTest, OneCallIsOneLineInTheFileAndOnStandardError) {
     log("two\nlines\r");
     AppLog::setShared(nullptr);
     const char* line = "\\[[0-9]{4}-[0-9]{2}-[0-9]{2}T[0-9]{2}:[0-9]{2}:[0-9]{2}\\] two lines \n";
-    EXPECT_THAT(content(), MatchesRegex(line));
-    EXPECT_THAT(testing::internal::GetCapturedStderr(), MatchesRegex(line));
+    EXPECT_THAT(content(), testing::MatchesRegex(line));
+    EXPECT_THAT(testing::internal::GetCapturedStderr(), testing::MatchesRegex(line));
 }
 
 TEST_F(LogTest, LinesOfOneThreadKeepTheirOrder) {

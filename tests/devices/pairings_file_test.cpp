@@ -27,20 +27,16 @@ TEST_F(PairingsFile, KeepsPairsThroughARestart) {
 
 TEST_F(PairingsFile, ReadsWhatItCanOfABrokenFile) {
     std::filesystem::create_directories(file.parent_path());
-    struct Row {
-        const char* name;
-        std::string text;
-        std::size_t pairs;
+    const std::pair<std::string, std::size_t> rows[] = {
+        {"", 0},
+        {R"({"a":"6F1C1D6A-)", 0},
+        {R"(["a"])", 0},
+        {std::string(R"({"a":7,"b":"x","c":")") + kHost + "\"}", 1},
+        {R"({"a":"6f1c1d6a-0b5e-4e5e-9c57-0c8f6e2a9b11"})", 1},
     };
-    for (const Row& row : {
-             Row{"empty", "", 0},
-             Row{"cut off", R"({"a":"6F1C1D6A-)", 0},
-             Row{"not an object", R"(["a"])", 0},
-             Row{"one bad value", std::string(R"({"a":7,"b":"x","c":")") + kHost + "\"}", 1},
-             Row{"lower case", R"({"a":"6f1c1d6a-0b5e-4e5e-9c57-0c8f6e2a9b11"})", 1},
-         }) {
-        write(row.text);
-        EXPECT_EQ(loadPairings(file).size(), row.pairs) << row.name;
+    for (const auto& [text, pairs] : rows) {
+        write(text);
+        EXPECT_EQ(loadPairings(file).size(), pairs) << text;
     }
 }
 

@@ -21,17 +21,10 @@ void paint(Thumbnail& picture, int cx, int cy, int reach, std::uint8_t level) {
 }
 
 TEST(PointerCheck, ChangeStartsAtThirteenLevels) {
-    struct Row {
-        const char* name;
-        std::uint8_t level;
-        int changed;
-    };
-    for (const Row& row :
-         {Row{"darker by 12", 88, 0}, Row{"darker by 13", 87, 1}, Row{"brighter by 13", 113, 1}}) {
-        SCOPED_TRACE(row.name);
+    for (const auto& [level, changed] : {std::pair{88, 0}, {87, 1}, {113, 1}}) {
         Thumbnail after = grey(100);
-        paint(after, 27, 68, 0, row.level);
-        EXPECT_EQ(PointerCheck::changed(grey(100), after, PointerCheck::a), row.changed);
+        paint(after, 27, 68, 0, static_cast<std::uint8_t>(level));
+        EXPECT_EQ(PointerCheck::changed(grey(100), after, PointerCheck::a), changed) << level;
     }
 }
 
@@ -58,22 +51,13 @@ TEST(PointerCheck, OnlyAJumpBetweenTheTwoPointsCounts) {
 }
 
 TEST(PointerCheck, AWinnerNeedsThreeAndMoreThanTwiceTheSecond) {
-    struct Row {
-        const char* name;
-        std::vector<int> scores;
-        std::optional<std::size_t> winner;
+    const std::pair<std::vector<int>, std::optional<std::size_t>> rows[] = {
+        {{}, std::nullopt},      {{2}, std::nullopt}, {{3}, 0},
+        {{10, 5}, std::nullopt}, {{11, 5}, 0},        {{1, 0, 9}, 2},
+        {{9, 9}, std::nullopt},  {{3, -40}, 0},
     };
-    for (const Row& row : {
-             Row{"none", {}, std::nullopt},
-             Row{"one below", {2}, std::nullopt},
-             Row{"one at the bound", {3}, 0},
-             Row{"exactly twice", {10, 5}, std::nullopt},
-             Row{"more than twice", {11, 5}, 0},
-             Row{"second position", {1, 0, 9}, 2},
-             Row{"tie", {9, 9}, std::nullopt},
-             Row{"against a negative one", {3, -40}, 0},
-         }) {
-        EXPECT_EQ(clearWinner(row.scores), row.winner) << row.name;
+    for (const auto& [scores, winner] : rows) {
+        EXPECT_EQ(clearWinner(scores), winner) << testing::PrintToString(scores);
     }
 }
 

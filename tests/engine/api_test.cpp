@@ -71,13 +71,7 @@ TEST_F(Api, ActionsReachThePhone) {
 }
 
 TEST_F(Api, RefusesWhatIsNotRightAndSendsNothing) {
-    struct Row {
-        const char* path;
-        const char* body;
-        int status;
-        const char* error;
-    };
-    const Row rows[] = {
+    const std::tuple<const char*, const char*, int, const char*> rows[] = {
         {"/tap", "{}", 400, "x and y are required"},
         {"/tap", R"({"x":"10","y":5})", 400, "x and y are required"},
         {"/tap", R"([1,2])", 400, "x and y are required"},
@@ -103,10 +97,9 @@ TEST_F(Api, RefusesWhatIsNotRightAndSendsNothing) {
     };
     engine.awaitMatched();
     const VirtualPhoneRecord before = engine.phone().record();
-    for (const Row& row : rows) {
-        EXPECT_EQ(engine.refusal(row.path, Json::parse(row.body, nullptr, false), row.status),
-                  row.error)
-            << row.path << " " << row.body;
+    for (const auto& [path, body, status, error] : rows) {
+        EXPECT_EQ(engine.refusal(path, Json::parse(body, nullptr, false), status), error)
+            << path << " " << body;
     }
     const VirtualPhoneRecord after = engine.phone().record();
     EXPECT_EQ(after.touches, before.touches);

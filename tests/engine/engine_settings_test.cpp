@@ -6,17 +6,14 @@ namespace tandrel {
 namespace {
 
 TEST(EngineSettings, PortsAreReadStrictly) {
-    struct Row {
-        std::optional<std::string> text;
-        int port;
+    const std::pair<const char*, int> rows[] = {
+        {"", 7390},     {"8000", 8000},   {"+8000", 8000}, {"0", 0},        {"-0", 0},
+        {"-000", 0},    {"65535", 65535}, {"65536", 7390}, {"70000", 7390}, {"-1", 7390},
+        {"abc", 7390},  {"80x", 7390},    {" 80", 7390},   {"+", 7390},     {"-", 7390},
+        {"++80", 7390}, {"0x50", 7390},
     };
-    for (const Row& row :
-         {Row{std::nullopt, 7390}, Row{"", 7390}, Row{"8000", 8000}, Row{"+8000", 8000},
-          Row{"0", 0}, Row{"-0", 0}, Row{"-000", 0}, Row{"65535", 65535}, Row{"65536", 7390},
-          Row{"70000", 7390}, Row{"-1", 7390}, Row{"abc", 7390}, Row{"80x", 7390}, Row{" 80", 7390},
-          Row{"+", 7390}, Row{"-", 7390}, Row{"++80", 7390}, Row{"0x50", 7390}}) {
-        EXPECT_EQ(parsePort(row.text, 7390), row.port) << row.text.value_or("(unset)");
-    }
+    for (const auto& [text, port] : rows) EXPECT_EQ(parsePort(text, 7390), port) << text;
+    EXPECT_EQ(parsePort(std::nullopt, 7390), 7390);
 }
 
 TEST(EngineSettings, AnotherAddressReplacesThePort) {

@@ -8,6 +8,7 @@
 #include "engine/running_engine.h"
 #include "screen/fake_windows.h"
 #include "support/environment_variable.h"
+#include "support/eventually.h"
 #include "support/manual_clock.h"
 
 // What the engine does at its start and from then on at fixed times, with time turned by hand.
@@ -95,15 +96,6 @@ class EngineStart : public testing::Test {
         return wiring->engine();
     }
     void choose(const char* link) { ASSERT_TRUE(wiring->defaults().set("link", link)); }
-    // What the engine's own queue does comes a little later.
-    static bool await(const std::function<bool()>& fits) {
-        const TimePoint end = systemClock().now() + 20s;
-        while (!fits()) {
-            if (systemClock().now() > end) return false;
-            std::this_thread::yield();
-        }
-        return true;
-    }
     bool look() { return loop.fire(1500ms, true) == 1; }
 
     TemporaryFolder folder;
@@ -123,15 +115,16 @@ TEST_F(EngineStart, TheWatchdogKeepsThePictureAsLongAsAirplayIsChosen) {
     ASSERT_TRUE(look());
     choose("airplay");
     ASSERT_TRUE(look());
-    EXPECT_TRUE(await([&] { return receiver->starts == 1; })) << "no window, so the own receiver";
+    EXPECT_TRUE(eventually([&] { return receiver->starts == 1; }))
+        << "no window, so the own receiver";
     windows.show(FakeWindows::receiver());
-    EXPECT_TRUE(await([&] { return look() && windows.opened() == 1; }));
+    EXPECT_TRUE(eventually([&] { return look() && windows.opened() == 1; }));
     EXPECT_TRUE(windows.close(7));
     windows.show(FakeWindows::receiver(8));
-    EXPECT_TRUE(await([&] { return look() && windows.opened() == 2; })) << "the next window";
+    EXPECT_TRUE(eventually([&] { return look() && windows.opened() == 2; })) << "the next window";
     choose("cable");
     ASSERT_TRUE(look());
-    EXPECT_TRUE(await([&] { return receiver->stops == 1; }));
+    EXPECT_TRUE(eventually([&] { return receiver->stops == 1; }));
     EXPECT_FALSE(windows.draw(8, {})) << "nothing captures it any more";
 }
 
@@ -152,12 +145,12 @@ TEST_F(EngineStart, ReconnectingStartsAFreshCaptureAndMatchesFourSecondsLater) {
     choose("airplay");
     windows.show(FakeWindows::receiver());
     engine.start();
-    ASSERT_TRUE(await([&] { return windows.opened() == 1; }));
+    ASSERT_TRUE(eventually([&] { return windows.opened() == 1; }));
     EXPECT_EQ(loop.fire(4s, false), 0);
     engine.reconnect();
     EXPECT_FALSE(windows.draw(7, {}));
     EXPECT_EQ(loop.fire(4s, false), 1);
-    EXPECT_TRUE(await([&] { return look() && windows.opened() == 2; }));
+    EXPECT_TRUE(eventually([&] { return look() && windows.opened() == 2; }));
 }
 
 // An earlier copy of this program on a port.
@@ -166,7 +159,7 @@ class EarlierCopy : public EngineStart {
     EarlierCopy() { EXPECT_TRUE(earlier.start()); }
     // The engine asked so often, and waits before it asks again.
     void awaitAsked(int count) {
-        EXPECT_TRUE(await([&] { return asked == count; }));
+        EXPECT_TRUE(eventually([&] { return asked == count; }));
         clock.awaitSleepers(1);
     }
 

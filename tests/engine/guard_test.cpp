@@ -8,6 +8,7 @@
 #include "engine/running_engine.h"
 #include "engine/scripted_owner.h"
 #include "payments/approvals.h"
+#include "support/eventually.h"
 
 namespace tandrel {
 namespace {
@@ -51,11 +52,10 @@ class Guard : public testing::Test {
     }
     ClientResponse tap(const std::string& label) { return engine.post("/tap", at(label)); }
     void awaitText(const std::string& text) {
-        const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(20);
-        for (std::vector<std::string> seen; std::ranges::count(seen, text) == 0;) {
-            ASSERT_LT(std::chrono::steady_clock::now(), deadline) << testing::PrintToString(seen);
-            seen = engine.get("/look?maxEdge=100").json()["ocr"].get<std::vector<std::string>>();
-        }
+        ASSERT_TRUE(eventually([&] {
+            const Json seen = engine.get("/look?maxEdge=100").json()["ocr"];
+            return std::ranges::count(seen, Json(text)) > 0;
+        })) << text;
     }
     std::size_t touches() { return phone().record().touches.size() - before.touches.size(); }
     std::size_t keys() { return phone().record().keys.size() - before.keys.size(); }
@@ -64,13 +64,13 @@ class Guard : public testing::Test {
     }
     // The log is written behind the reply.
     void expectLogged(const std::vector<std::string>& events) {
-        const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(20);
         std::vector<std::string> logged;
-        do {
+        eventually([&] {
             logged.clear();
             const auto log = readApprovals(engine.wiring().files().approvals, 100);
             for (const auto& record : log.value().newest) logged.push_back(record.event);
-        } while (logged.size() < events.size() && std::chrono::steady_clock::now() < deadline);
+            return logged.size() >= events.size();
+        });
         EXPECT_EQ(logged, events);
     }
 
@@ -140,15 +140,9 @@ TEST_F(Guard, AScreenThatChangesAfterTheApprovalIsAskedAboutAgain) {
 }
 
 TEST_F(Guard, APhoneInTroubleAfterTheApprovalGetsNothing) {
-    struct Row {
-        const char* name;
-        void (VirtualPhone::*begins)();
-        void (VirtualPhone::*ends)();
-        int status;
-        const char* says;
-    };
+    using Verb = void (VirtualPhone::*)();
     constexpr const char* kChanged = "Not done: the iPhone or its connection changed";
-    const Row rows[] = {
+    const std::tuple<const char*, Verb, Verb, int, const char*> rows[] = {
         {"unplugged", &VirtualPhone::unplug, &VirtualPhone::plug, 409, kChanged},
         {"keyboard link lost", &VirtualPhone::disconnectBluetooth, &VirtualPhone::connectBluetooth,
          409, kChanged},
@@ -157,25 +151,24 @@ TEST_F(Guard, APhoneInTroubleAfterTheApprovalGetsNothing) {
         {"asleep", &VirtualPhone::sleep, &VirtualPhone::wake, 403, "no amount shown"},
         {"locked", &VirtualPhone::lock, &VirtualPhone::unlock, 403, "no amount shown"},
     };
-    for (const Row& row : rows) {
+    for (const auto& [name, begins, ends, status, says] : rows) {
         show("tote");
         const std::size_t first = owner.asked().size();
         owner.react = [&](std::size_t number, TimePoint, const std::stop_token&) {
             if (number > first) return kDeny;
-            (phone().*row.begins)();
-            const bool gone = row.status == 409;
+            (phone().*begins)();
+            const bool gone = status == 409;
             while (gone && !engine.get("/status").json()["hosts"].empty() &&
                    !engine.get("/status").json()["devices"].empty()) {
                 std::this_thread::yield();
             }
             return kApprove;
         };
-        EXPECT_THAT(RunningEngine::errorOf(tap("€12.50"), row.status), HasSubstr(row.says))
-            << row.name;
-        (phone().*row.ends)();
+        EXPECT_THAT(RunningEngine::errorOf(tap("€12.50"), status), HasSubstr(says)) << name;
+        (phone().*ends)();
         phone().unlock();
         engine.awaitMatched();
-        EXPECT_EQ(touches(), 0U) << row.name;
+        EXPECT_EQ(touches(), 0U) << name;
     }
 }
 
@@ -309,12 +302,8 @@ class HardScreens : public Guard {
 };
 
 TEST_F(HardScreens, TapsAreJudgedAsTheRulesSay) {
-    struct Row {
-        const char* page;
-        const char* label;
-        const char* why;  // empty: goes ahead unasked
-    };
-    const Row rows[] = {
+    // A page, what is tapped on it and why that is asked about; empty: it goes ahead unasked.
+    const std::tuple<const char*, const char*, const char*> rows[] = {
         {"till", "Pay €5.00", "a payment button (\"Pay €5.00\")"},
         {"till", "Till", ""},
         {"priceAbove", "€4.99", "a price button (\"€4.99\")"},
@@ -331,17 +320,17 @@ TEST_F(HardScreens, TapsAreJudgedAsTheRulesSay) {
          "a payment button (\"Zahlungspflichtig bestellen\")"},
         {"misread", "Confinn", "\"Confinn\" on a payment screen showing €80.00"},
     };
-    for (const Row& row : rows) {
+    for (const auto& [page, label, why] : rows) {
         // Away from every text, which the pointer would hide.
         ASSERT_EQ(engine.post("/move", {{"x", 0.99}, {"y", 0.7}, {"fraction", true}}).status, 200);
-        show(row.page);
+        show(page);
         const std::size_t asked = owner.asked().size();
-        const std::string name = std::string(row.page) + ": " + row.label;
-        const bool passes = *row.why == '\0';
-        EXPECT_EQ(tap(row.label).status, passes ? 200 : 403) << name;
+        const std::string name = std::string(page) + ": " + label;
+        const bool passes = *why == '\0';
+        EXPECT_EQ(tap(label).status, passes ? 200 : 403) << name;
         ASSERT_EQ(owner.asked().size() - asked, passes ? 0U : 1U) << name;
         if (!passes) {
-            EXPECT_EQ(owner.asked().back().why, row.why) << name;
+            EXPECT_EQ(owner.asked().back().why, why) << name;
         }
         EXPECT_EQ(touches(), passes ? 1U : 0U) << name;
     }

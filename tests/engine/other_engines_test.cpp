@@ -6,20 +6,18 @@ namespace tandrel {
 namespace {
 
 TEST(OtherEngines, AreNamedByTheirStatus) {
-    struct Row {
-        int status;
-        const char* body;
-        const char* name;
+    const std::tuple<int, const char*, const char*> rows[] = {
+        {200, R"({"app":"Tandrel"})", "Tandrel"},
+        {200, R"({"app":"tandrel-mirror"})", "Tandrel Mirror"},
+        {200, R"({"app":"Some Other","bluetooth":1})", "Some Other"},
+        {200, R"({"bluetooth":true})", "PocketLink"},
+        {200, R"({"app":7})", "another app"},
+        {200, "<html>", "another app"},
+        {404, "", "another app"},
+        {403, R"({"error":"x"})", "another user's Tandrel"},
     };
-    for (const Row& row :
-         {Row{200, R"({"app":"Tandrel"})", "Tandrel"},
-          Row{200, R"({"app":"tandrel-mirror"})", "Tandrel Mirror"},
-          Row{200, R"({"app":"Some Other","bluetooth":1})", "Some Other"},
-          Row{200, R"({"bluetooth":true})", "PocketLink"}, Row{200, "{}", "another app"},
-          Row{200, R"({"app":7})", "another app"}, Row{200, "[]", "another app"},
-          Row{200, "<html>", "another app"}, Row{404, "", "another app"},
-          Row{403, R"({"error":"x"})", "another user's Tandrel"}}) {
-        EXPECT_EQ(answererName(row.status, row.body), row.name) << row.status << " " << row.body;
+    for (const auto& [status, body, name] : rows) {
+        EXPECT_EQ(answererName(status, body), name) << status << " " << body;
     }
 }
 

@@ -10,7 +10,6 @@
 namespace tandrel {
 namespace {
 
-using testing::HasSubstr;
 using testing::IsEmpty;
 
 Json callWithToken(const Json& id, std::string_view tool, const Json& token) {
@@ -141,7 +140,7 @@ TEST_F(UnderWay, ProgressCountsTheOwnersSecondsDown) {
         last = progress.at("progress");
         EXPECT_GT(progress.at("total").get<double>(), last);
         EXPECT_THAT(progress.at("message").get<std::string>(),
-                    HasSubstr(std::to_string(left--) + " s left"));
+                    testing::HasSubstr(std::to_string(left--) + " s left"));
     }
     app.endInput();
     EXPECT_THAT(app.receiveRest(), IsEmpty());
@@ -185,14 +184,14 @@ TEST_F(UnderWay, AnEngineThatDoesNotAnswerInTimeIsNotTheOwner) {
     AppSide app(CallTimes{.longest = std::chrono::milliseconds(200),
                           .betweenStatus = std::chrono::milliseconds(1)});
     EXPECT_THAT(app.refused("iphone_go_home"),
-                HasSubstr("look at the screen before you repeat it"));
+                testing::HasSubstr("look at the screen before you repeat it"));
     awaitClosed();
 }
 
 TEST_F(UnderWay, ACallWhoseTimeIsOverBeforeItsTurnIsNotSent) {
     AppSide app(CallTimes{.longest = Duration::zero()});
     EXPECT_THAT(app.refused("iphone_type", {{"text", "x"}}),
-                HasSubstr("Not done: too many other calls"));
+                testing::HasSubstr("Not done: too many other calls"));
     EXPECT_THAT(engine_.requests("/type"), IsEmpty());
 }
 

@@ -1,10 +1,12 @@
 #include "helper/fake_engine.h"
 
 #include <cstdlib>
-#include <future>
 #include <stdexcept>
 
+#include <gtest/gtest.h>
+
 #include "base/base64.h"
+#include "support/eventually.h"
 
 namespace tandrel {
 namespace {
@@ -88,11 +90,7 @@ Json FakeEngine::lookReply(const Json& other, std::size_t bytes) {
 }
 
 void awaitClientGone(const HTTPRequest& request) {
-    std::promise<void> gone;
-    const std::stop_callback callback(request.clientGone, [&] { gone.set_value(); });
-    if (gone.get_future().wait_for(kPatience) != std::future_status::ready) {
-        throw std::runtime_error("the client never went");
-    }
+    EXPECT_TRUE(eventually([&] { return request.clientGone.stop_requested(); }));
 }
 
 }  // namespace tandrel

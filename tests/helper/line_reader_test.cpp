@@ -21,10 +21,7 @@ std::vector<std::string> linesOf(const std::vector<std::string>& pieces) {
 }
 
 TEST(LineReader, CutsWhereverThePiecesEndAndTellsOfAnOverlongLineOnce) {
-    const struct {
-        std::vector<std::string> pieces;
-        std::vector<std::string> lines;
-    } rows[] = {
+    const std::pair<std::vector<std::string>, std::vector<std::string>> rows[] = {
         {{"a", "\n", "b", "c", "\n"}, {"a", "bc"}},
         {{"a\r", "\nb"}, {"a", "b"}},
         {{"a\rb\n"}, {"a\rb"}},
@@ -34,7 +31,7 @@ TEST(LineReader, CutsWhereverThePiecesEndAndTellsOfAnOverlongLineOnce) {
         {{"1234", "56789", "0123456789", "\nab"}, {"!", "ab"}},
         {{"123456789"}, {"!"}},
     };
-    for (const auto& row : rows) EXPECT_EQ(linesOf(row.pieces), row.lines);
+    for (const auto& [pieces, lines] : rows) EXPECT_EQ(linesOf(pieces), lines);
 }
 
 }  // namespace

@@ -9,7 +9,6 @@ namespace tandrel {
 namespace {
 
 using testing::HasSubstr;
-using testing::Not;
 using testing::StartsWith;
 
 class Pictures : public testing::Test {
@@ -70,7 +69,7 @@ TEST_F(Pictures, AFailedReadingIsNotAnEmptyScreen) {
     engine_.answerLook({{"readError", "the reader is gone"}});
     const std::string text = app_.done("iphone_look");
     EXPECT_THAT(text, HasSubstr("could not be read: the reader is gone"));
-    EXPECT_THAT(text, Not(HasSubstr("No text")));
+    EXPECT_THAT(text, testing::Not(HasSubstr("No text")));
 }
 
 TEST_F(Pictures, AScreenFullOfTextIsCut) {

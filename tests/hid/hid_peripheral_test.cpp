@@ -15,7 +15,6 @@ namespace tandrel {
 namespace {
 
 using testing::IsEmpty;
-using testing::UnorderedElementsAre;
 using Lines = std::vector<std::string>;
 
 const std::string kIdA = "AAAAAAAA-AAAA-AAAA-AAAA-AAAAAAAAAAAA";
@@ -119,11 +118,7 @@ TEST_F(HIDPeripheralTest, PublishesThisDatabase) {
 }
 
 TEST_F(HIDPeripheralTest, SaysWhatBluetoothIsDoing) {
-    const struct {
-        BluetoothState state;
-        const char* name;
-        const char* text;
-    } rows[] = {
+    const std::tuple<BluetoothState, const char*, const char*> rows[] = {
         {BluetoothState::unauthorized, "unauthorized",
          "bluetooth not allowed (System Settings > Privacy & Security > Bluetooth)"},
         {BluetoothState::poweredOff, "powered off", "bluetooth off"},
@@ -131,10 +126,10 @@ TEST_F(HIDPeripheralTest, SaysWhatBluetoothIsDoing) {
         {BluetoothState::resetting, "resetting", "bluetooth unavailable (resetting)"},
         {BluetoothState::unsupported, "unsupported", "bluetooth unavailable (unsupported)"},
     };
-    for (const auto& row : rows) {
-        bluetooth.changeState(row.state);
-        EXPECT_EQ(hid.state(), row.text);
-        EXPECT_EQ(logged(), Lines{fmt::format("bluetooth state {} auth allowed always", row.name)});
+    for (const auto& [state, name, text] : rows) {
+        bluetooth.changeState(state);
+        EXPECT_EQ(hid.state(), text);
+        EXPECT_EQ(logged(), Lines{fmt::format("bluetooth state {} auth allowed always", name)});
     }
     restart();
     EXPECT_EQ(hid.state(), "starting");
@@ -201,11 +196,11 @@ TEST_F(HIDPeripheralTest, AHostIsAPhoneWithAnInputReport) {
     bluetooth.subscribe("B", "1");
     const Uuid a = FakeBluetooth::phone("A");
     const Uuid b = FakeBluetooth::phone("B");
-    EXPECT_THAT(hid.connectedHosts(), UnorderedElementsAre(a, b));
+    EXPECT_THAT(hid.connectedHosts(), testing::UnorderedElementsAre(a, b));
     EXPECT_EQ(hid.state(), "2 connected, advertising as PocketLink");
     EXPECT_EQ(changes, 2);
     bluetooth.unsubscribe("A", "4");
-    EXPECT_THAT(hid.connectedHosts(), UnorderedElementsAre(b));
+    EXPECT_THAT(hid.connectedHosts(), testing::UnorderedElementsAre(b));
     EXPECT_EQ(hid.state(), "1 connected, advertising as PocketLink");
     bluetooth.unsubscribe("B", "1");
     EXPECT_THAT(hid.connectedHosts(), IsEmpty());

@@ -2,7 +2,6 @@
 
 #include <functional>
 
-#include "base/clock.h"
 #include "hid/hid_fixture.h"
 #include "hid/input.h"
 #include "support/manual_clock.h"
@@ -11,24 +10,15 @@ namespace tandrel {
 
 // Time that a paced action turns by its own pauses. Before each pause what was sent so far reaches
 // the fake Bluetooth system, so that a report's stamp is the moment at which it was sent.
-class PacedClock final : public Clock {
+class PacedClock final : public ManualClock {
  public:
+    PacedClock() : ManualClock(Sleep::passes) {}
     std::function<void()> beforeSleep = [] {};
 
-    TimePoint now() const override { return turned_.now(); }
-    WallTime wallNow() const override { return turned_.wallNow(); }
     bool sleepUntil(TimePoint deadline, std::stop_token stop) override {
         beforeSleep();
-        return turned_.sleepUntil(deadline, std::move(stop));
+        return ManualClock::sleepUntil(deadline, std::move(stop));
     }
-    void waitUntil(std::unique_lock<std::mutex>& lock, Wakeup& wakeup,
-                   TimePoint deadline) override {
-        turned_.waitUntil(lock, wakeup, deadline);
-    }
-    void attach(const std::shared_ptr<Wakeup>& wakeup) override { turned_.attach(wakeup); }
-
- private:
-    ManualClock turned_{ManualClock::Sleep::passes};
 };
 
 // The phone "A" listens. A transcript line is "<milliseconds> A <report>: <bytes>".

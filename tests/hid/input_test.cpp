@@ -9,16 +9,12 @@
 namespace tandrel {
 namespace {
 
-using testing::ElementsAre;
 using Lines = std::vector<std::string>;
 
 class InputTest : public InputFixture {};
 
 TEST_F(InputTest, ActionsSendTheirReportsAtTheirPace) {
-    const struct {
-        std::function<Result<void>()> action;
-        Lines lines;
-    } rows[] = {
+    const std::pair<std::function<Result<void>()>, Lines> rows[] = {
         {[&] { return input.tap({0.5, 0.5}); },
          {"0 A 2: 00 00 40 00 40", "60 A 3: 01 00 00 00", "140 A 3: 00 00 00 00", "170"}},
         {[&] { return input.tap({0, 1}, 1.5); },
@@ -55,7 +51,7 @@ TEST_F(InputTest, ActionsSendTheirReportsAtTheirPace) {
           "60 A 1: 07 00 00 00 00 00 00 00", "90 A 1: 00 00 00 00 00 00 00 00", "120"}},
         {[&] { return input.consumer(0x223); }, {"0 A 4: 23 02", "80 A 4: 00 00", "110"}},
     };
-    for (const auto& row : rows) EXPECT_EQ(timed(row.action), row.lines);
+    for (const auto& [action, lines] : rows) EXPECT_EQ(timed(action), lines);
 }
 
 TEST_F(InputTest, StepPacesEveryAction) {
@@ -78,11 +74,7 @@ TEST_F(InputTest, RefusesWhatItCannotDoAndSendsNothing) {
     const char* const kHold = "hold must be between 0 and 60 seconds";
     const char* const kDuration = "duration must be between 0 and 60 seconds";
     const char* const kDistance = "dx and dy must be between -20000 and 20000";
-    const struct {
-        const char* name;
-        std::function<Result<void>()> action;
-        std::string message;
-    } rows[] = {
+    const std::tuple<const char*, std::function<Result<void>()>, std::string> rows[] = {
         {"accent", [&] { return input.type("café"); }, "cannot type \"é\" with a US keyboard"},
         {"first of two", [&] { return input.type("€ and £"); },
          "cannot type \"€\" with a US keyboard"},
@@ -106,8 +98,8 @@ TEST_F(InputTest, RefusesWhatItCannotDoAndSendsNothing) {
         {"far nudge", [&] { return input.nudge(20'001, 0, Input::Click::yes); }, kDistance},
         {"farthest nudge", [&] { return input.nudge(0, kLeast, Input::Click::yes); }, kDistance},
     };
-    for (const auto& row : rows)
-        EXPECT_THAT(timed(row.action), ElementsAre(row.message)) << row.name;
+    for (const auto& [name, action, message] : rows)
+        EXPECT_THAT(timed(action), testing::ElementsAre(message)) << name;
 }
 
 TEST_F(InputTest, DoesTheLongestThatIsAllowed) {
@@ -168,8 +160,8 @@ TEST_F(InputTest, TwoCallersDoNotInterleave) {
         const std::string usage = line.substr(line.find(':') + 8, 2);
         if (usage != "00") pressed.push_back(usage);
     }
-    EXPECT_THAT(pressed, testing::AnyOf(ElementsAre("04", "04", "1e", "1e"),
-                                        ElementsAre("1e", "1e", "04", "04")));
+    EXPECT_THAT(pressed, testing::AnyOf(testing::ElementsAre("04", "04", "1e", "1e"),
+                                        testing::ElementsAre("1e", "1e", "04", "04")));
 }
 
 TEST_F(InputTest, NothingIsMixedUpOrLeftPressedAmidRefusalsRestartsAndAStop) {
@@ -244,11 +236,7 @@ class StopTest : private ClockFirst<ManualClock>, public HidFixture {
 };
 
 TEST_F(StopTest, LiftsWhatIsPressedAndNothingElse) {
-    const struct {
-        std::function<Result<void>(Input&)> action;
-        Result<void> result;
-        Lines lines;
-    } rows[] = {
+    const std::tuple<std::function<Result<void>(Input&)>, Result<void>, Lines> rows[] = {
         {[](Input& to) { return to.tap({0, 0}, 30); },
          stopping,
          {"A 2: 00 00 00 00 00", "A 3: 01 00 00 00", "A 3: 00 00 00 00"}},
@@ -261,10 +249,10 @@ TEST_F(StopTest, LiftsWhatIsPressedAndNothingElse) {
          {"A 1: 00 00 04 00 00 00 00 00", "A 1: 00 00 00 00 00 00 00 00"}},
         {[](Input& to) { return to.consumer(0x223); }, {}, {"A 4: 23 02", "A 4: 00 00"}},
     };
-    for (const auto& row : rows) {
-        EXPECT_EQ(stopAfter(2, row.action), row.result);
-        EXPECT_EQ(sent(), row.lines);
-        accepted_ += static_cast<int>(row.lines.size());
+    for (const auto& [action, result, lines] : rows) {
+        EXPECT_EQ(stopAfter(2, action), result);
+        EXPECT_EQ(sent(), lines);
+        accepted_ += static_cast<int>(lines.size());
         bluetooth.clearTranscript();
     }
 }

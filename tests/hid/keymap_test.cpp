@@ -7,35 +7,28 @@ namespace {
 
 TEST(Keymap, TypesWhatAUsKeyboardHas) {
     // Keys side by side, from the usage of the first: what they make without and with Shift.
-    const struct {
-        std::uint8_t first;
-        std::string_view plain;
-        std::string_view shifted;
-    } rows[] = {
+    const std::tuple<std::uint8_t, std::string_view, std::string_view> rows[] = {
         {0x04, "abcdefghijklmnopqrstuvwxyz", "ABCDEFGHIJKLMNOPQRSTUVWXYZ"},
         {0x1E, "1234567890\n", "!@#$%^&*()"},
         {0x2B, "\t -=[]\\", "\0\0_+{}|"},
         {0x33, ";'`,./", ":\"~<>?"},
     };
-    for (const auto& row : rows) {
+    for (const auto& [first, plain, shifted] : rows) {
         const auto expectStroke = [&](std::string_view keys, std::size_t i,
                                       std::uint8_t modifiers) {
             if (i >= keys.size() || keys[i] == '\0') return;
-            const Keymap::Stroke expected = {.code = static_cast<std::uint8_t>(row.first + i),
+            const Keymap::Stroke expected = {.code = static_cast<std::uint8_t>(first + i),
                                              .modifiers = modifiers};
             EXPECT_EQ(Keymap::stroke(keys.substr(i, 1)), expected) << keys[i];
         };
-        for (std::size_t i = 0; i < row.plain.size(); ++i) {
-            expectStroke(row.plain, i, 0);
-            expectStroke(row.shifted, i, 2);
+        for (std::size_t i = 0; i < plain.size(); ++i) {
+            expectStroke(plain, i, 0);
+            expectStroke(shifted, i, 2);
         }
     }
-    const auto canonicallyEqual = [](const char* form, const char* character) {
-        EXPECT_EQ(Keymap::stroke(form), Keymap::stroke(character)) << character;
-    };
-    canonicallyEqual("\u212A", "K");
-    canonicallyEqual("\u037E", ";");
-    canonicallyEqual("\u1FEF", "`");
+    for (const auto& [form, character] :
+         {std::pair("\u212A", "K"), {"\u037E", ";"}, {"\u1FEF", "`"}})
+        EXPECT_EQ(Keymap::stroke(form), Keymap::stroke(character)) << "the same canonically";
 }
 
 TEST(Keymap, HasNoStrokeForTheRest) {

@@ -1,6 +1,5 @@
 #include "hid/report.h"
 
-#include <cmath>
 #include <limits>
 
 #include <fmt/format.h>
@@ -18,12 +17,7 @@ TEST(Report, PutsThePointerWhereAsked) {
     constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
     constexpr double kInfinity = std::numeric_limits<double>::infinity();
     constexpr double kHalfCount = 0.5 / 32767;
-    const struct {
-        const char* name;
-        ScreenPoint place;
-        const char* bytes;
-        ScreenPoint inside;
-    } rows[] = {
+    const std::tuple<const char*, ScreenPoint, const char*, ScreenPoint> rows[] = {
         {"top left", {0, 0}, "2: 00 00 00 00 00", {0, 0}},
         {"bottom right", {1, 1}, "2: 00 ff 7f ff 7f", {1, 1}},
         {"middle, a half, goes away from zero", {0.5, 0.5}, "2: 00 00 40 00 40", {0.5, 0.5}},
@@ -34,9 +28,9 @@ TEST(Report, PutsThePointerWhereAsked) {
         {"infinite", {kInfinity, -kInfinity}, "2: 00 ff 7f 00 00", {1, 0}},
         {"not a number", {kNan, kNan}, "2: 00 ff 7f ff 7f", {1, 1}},
     };
-    for (const auto& row : rows) {
-        EXPECT_EQ(text(absolutePointerReport(Button::up, row.place)), row.bytes) << row.name;
-        EXPECT_EQ(insideScreen(row.place), row.inside) << row.name;
+    for (const auto& [name, place, bytes, inside] : rows) {
+        EXPECT_EQ(text(absolutePointerReport(Button::up, place)), bytes) << name;
+        EXPECT_EQ(insideScreen(place), inside) << name;
     }
     EXPECT_EQ(text(absolutePointerReport(Button::down, {0, 1})), "2: 01 00 00 ff 7f");
 }

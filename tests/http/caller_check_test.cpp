@@ -64,19 +64,14 @@ class FakePeers final : public PeerIdentity {
 };
 
 TEST(CallerCheck, LetsInOnlyTheSameUser) {
-    const struct {
-        const char* name;
-        Result<uid_t> user;
-        uid_t own;
-        bool mayCall;
-    } rows[] = {
+    const std::tuple<const char*, Result<uid_t>, uid_t, bool> rows[] = {
         {"same", 1000, 1000, true},     {"other", 1001, 1000, false},
         {"root calls", 0, 1000, false}, {"user calls root", 1000, 0, false},
         {"both root", 0, 0, true},      {"unknown", fail("no such socket"), 1000, false},
     };
-    for (const auto& row : rows) {
-        FakePeers peers(row.user, row.own);
-        EXPECT_EQ(!refusalOfPeer(peers, {}), row.mayCall) << row.name;
+    for (const auto& [name, user, own, mayPass] : rows) {
+        FakePeers peers(user, own);
+        EXPECT_EQ(!refusalOfPeer(peers, {}), mayPass) << name;
     }
 }
 

@@ -1,10 +1,7 @@
 #include "http/client.h"
 
 #include <atomic>
-#include <condition_variable>
-#include <mutex>
 #include <random>
-#include <thread>
 
 #include <gtest/gtest.h>
 
@@ -12,6 +9,7 @@
 #include "http/server.h"
 #include "http/target.h"
 #include "raw_client.h"
+#include "support/eventually.h"
 
 namespace tandrel {
 namespace {
@@ -36,12 +34,7 @@ TEST(LoopbackUrl, ReadsUrlsOfThisComputer) {
 
 TEST(ReplyParser, ReadsRepliesHoweverTheyAreCut) {
     using State = ReplyParser::State;
-    const struct {
-        const char* name;
-        std::string text;
-        State afterText;
-        State afterClose;
-    } rows[] = {
+    const std::tuple<const char*, std::string, State, State> rows[] = {
         {"length", "HTTP/1.1 200 OK\r\nContent-Length: 2\r\n\r\n{}", State::complete, {}},
         {"too short", "HTTP/1.1 200 OK\r\nContent-Length: 3\r\n\r\n{}", State::incomplete,
          State::malformed},
@@ -58,18 +51,17 @@ TEST(ReplyParser, ReadsRepliesHoweverTheyAreCut) {
         {"huge body", "HTTP/1.1 200 OK\r\n\r\n" + std::string(1001, 'x'), State::tooLarge, {}},
         {"huge head", std::string(1001, 'x'), State::tooLarge, {}},
     };
-    for (const auto& row : rows) {
+    for (const auto& [name, text, afterText, afterClose] : rows) {
         for (const std::size_t size : {1uz, 3uz, 2000uz}) {
-            SCOPED_TRACE(std::string(row.name) + " in pieces of " + std::to_string(size));
+            SCOPED_TRACE(std::string(name) + " in pieces of " + std::to_string(size));
             ReplyParser parser(1000);
             State state = State::incomplete;
-            for (std::size_t at = 0; at < row.text.size() && state == State::incomplete;
-                 at += size) {
-                state = parser.append(std::string_view(row.text).substr(at, size));
+            for (std::size_t at = 0; at < text.size() && state == State::incomplete; at += size) {
+                state = parser.append(std::string_view(text).substr(at, size));
             }
-            EXPECT_EQ(state, row.afterText);
+            EXPECT_EQ(state, afterText);
             if (state == State::incomplete) {
-                EXPECT_EQ(parser.finish(), row.afterClose);
+                EXPECT_EQ(parser.finish(), afterClose);
             }
         }
     }
@@ -77,10 +69,7 @@ TEST(ReplyParser, ReadsRepliesHoweverTheyAreCut) {
 
 // A handler that never replies.
 HTTPResponse awaitGone(const HTTPRequest& request) {
-    std::mutex mutex;
-    std::condition_variable_any never;
-    std::unique_lock lock(mutex);
-    never.wait(lock, request.clientGone, [] { return false; });
+    eventually([&] { return request.clientGone.stop_requested(); });
     return {};
 }
 

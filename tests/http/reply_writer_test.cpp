@@ -16,18 +16,15 @@ HTTPResponse response(int status, std::string type, std::string_view body) {
 std::string text(const Reply& reply) { return reply.head + toText(reply.body); }
 
 TEST(ReplyWriter, WritesTheEnginesReplies) {
-    const struct {
-        int status;
-        const char* line;
-    } rows[] = {
+    const std::pair<int, const char*> rows[] = {
         {200, "HTTP/1.1 200 OK"},        {400, "HTTP/1.1 400 Bad Request"},
         {404, "HTTP/1.1 404 Not Found"}, {503, "HTTP/1.1 503 Service Unavailable"},
         {403, "HTTP/1.1 403 Error"},     {409, "HTTP/1.1 409 Error"},
         {423, "HTTP/1.1 423 Error"},     {500, "HTTP/1.1 500 Error"},
     };
-    for (const auto& row : rows) {
-        EXPECT_EQ(text(httpReplyWriter(response(row.status, "application/json", "{}"))),
-                  std::string(row.line) +
+    for (const auto& [status, line] : rows) {
+        EXPECT_EQ(text(httpReplyWriter(response(status, "application/json", "{}"))),
+                  std::string(line) +
                       "\r\nContent-Type: application/json\r\nContent-Length: 2\r\n"
                       "Connection: close\r\n\r\n{}");
     }

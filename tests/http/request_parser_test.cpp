@@ -1,6 +1,5 @@
 #include "http/request_parser.h"
 
-#include <chrono>
 #include <random>
 
 #include <gtest/gtest.h>
@@ -55,23 +54,19 @@ TEST(RequestParser, ReadsBodiesByTheirLength) {
 }
 
 TEST(RequestParser, TakesTheFirstTwoWordsOfTheLine) {
-    const struct {
-        const char* line;
-        const char* method;
-        const char* path;
-    } rows[] = {
+    const std::tuple<const char*, const char*, const char*> rows[] = {
         {"GET /status HTTP/1.1", "GET", "/status"},
         {"GET /status", "GET", "/status"},
         {"  GET   /status  ", "GET", "/status"},
         {"get /a b c d", "get", "/a"},
         {"GET \t /a", "GET", "\t"},
     };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.line);
-        const Parsed parsed = parse(std::string(row.line) + "\r\n\r\n");
+    for (const auto& [line, method, path] : rows) {
+        SCOPED_TRACE(line);
+        const Parsed parsed = parse(std::string(line) + "\r\n\r\n");
         ASSERT_EQ(parsed.state, State::complete);
-        EXPECT_EQ(parsed.request.method, row.method);
-        EXPECT_EQ(parsed.request.path, row.path);
+        EXPECT_EQ(parsed.request.method, method);
+        EXPECT_EQ(parsed.request.path, path);
     }
 }
 
@@ -143,22 +138,18 @@ TEST(RequestParser, TakesManyTinyPiecesInLinearTimeAndGivesUpBeyondEightMebibyte
 }
 
 TEST(RequestParser, KnowsWhenMoreIsComing) {
-    const struct {
-        const char* name;
-        std::string text;
-        bool more;
-    } rows[] = {
+    const std::tuple<const char*, std::string, bool> rows[] = {
         {"a plain GET", "GET / HTTP/1.1\r\n\r\n", false},
         {"a GET with extra bytes", "GET / HTTP/1.1\r\n\r\nx", true},
         {"a POST with its body", headerBlock("Content-Length: 2\r\n") + "{}", false},
         {"a POST with extra bytes", headerBlock("Content-Length: 2\r\n") + "{}x", true},
         {"a POST without length", headerBlock("Transfer-Encoding: chunked\r\n"), true},
     };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.name);
+    for (const auto& [name, text, more] : rows) {
+        SCOPED_TRACE(name);
         RequestParser parser;
-        ASSERT_EQ(parser.append(row.text), State::complete);
-        EXPECT_EQ(parser.hasMoreToCome(), row.more);
+        ASSERT_EQ(parser.append(text), State::complete);
+        EXPECT_EQ(parser.hasMoreToCome(), more);
     }
 }
 

@@ -8,6 +8,7 @@
 
 #include "http/server.h"
 #include "raw_client.h"
+#include "support/eventually.h"
 
 namespace tandrel {
 namespace {
@@ -129,42 +130,30 @@ TEST_F(ServedUnderLoad, EndsThreadsThatHaveNothingToDo) {
     ASSERT_TRUE(gate.awaitInside(50));
     gate.open();
     for (RawClient& client : blocked) client.readAll();
-    const auto giveUp = std::chrono::steady_clock::now() + kPatience;
-    while (threadsNamed("pocketlink.http") > 2) {
-        ASSERT_LT(std::chrono::steady_clock::now(), giveUp);
-        std::this_thread::yield();
-    }
+    EXPECT_TRUE(eventually([] { return threadsNamed("pocketlink.http") <= 2; }));
     EXPECT_EQ(get(), kOk);
 }
 
 TEST_F(ServedUnderLoad, TellsTheHandlerThatItsClientHasGone) {
     serve();
-    const struct {
-        const char* name;
-        void (*leave)(RawClient& client);
-    } rows[] = {
+    const std::pair<const char*, void (*)(RawClient& client)> rows[] = {
         {"closed", [](RawClient& client) { client.close(); }},
         {"reset", [](RawClient& client) { client.close(RawClient::Close::reset); }},
         {"finished sending", [](RawClient& client) { client.endSending(); }},
     };
     int left = 0;
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.name);
+    for (const auto& [name, leave] : rows) {
+        SCOPED_TRACE(name);
         RawClient client = blockedClient();
-        row.leave(client);
+        leave(client);
         EXPECT_TRUE(gate.awaitLeft(++left));
     }
     EXPECT_EQ(get(), kOk);
 }
 
-TEST_F(ServedUnderLoad, StillRepliesToAClientThatOnlyFinishedSending) {
+TEST_F(ServedUnderLoad, RepliesToAClientThatOnlyFinishedSendingAndWaitsForOneThatStays) {
     serve();
-    RawClient client = blockedClient();
-    EXPECT_EQ(test::bodyOf(client.endSending().readAll()), "{\"left\":true}");
-}
-
-TEST_F(ServedUnderLoad, LeavesTheTokenAloneWhileTheClientStays) {
-    serve();
+    EXPECT_EQ(test::bodyOf(blockedClient().endSending().readAll()), "{\"left\":true}");
     RawClient client = blockedClient();
     client.send("more bytes than were announced");
     EXPECT_EQ(get(), kOk);

@@ -73,19 +73,16 @@ TEST_F(Served, ClosesWithoutAWordOnWhatIsNoRequestOrTooLarge) {
 
 TEST_F(Served, GivesTheReplyToAClientThatSendsTooMuch) {
     serve(echo);
-    const struct {
-        const char* name;
-        std::string request;
-    } rows[] = {
+    const std::pair<const char*, std::string> rows[] = {
         {"extra bytes",
          "POST /a HTTP/1.1\r\nContent-Length: 2\r\n\r\n{}" + std::string(3 << 20, 'x')},
         {"a body without length", "POST /a HTTP/1.1\r\n\r\n" + std::string(3 << 20, 'x')},
         {"a second request", "GET /a HTTP/1.1\r\n\r\nGET /b HTTP/1.1\r\n\r\n"},
     };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.name);
+    for (const auto& [name, request] : rows) {
+        SCOPED_TRACE(name);
         RawClient client(port());
-        const std::string reply = client.send(row.request).endSending().readAll();
+        const std::string reply = client.send(request).endSending().readAll();
         EXPECT_EQ(firstLineOf(reply), kOk);
         EXPECT_NE(reply.find("\"path\":\"/a\""), std::string::npos);
         EXPECT_EQ(reply.find("<reset>"), std::string::npos);

@@ -71,11 +71,7 @@ TEST(GdpReader, ColoursFollowTheCaps) {
 TEST(GdpReader, RefusesWhatIsNoStreamOfFrames) {
     Bytes wrongVersion = gdp::caps(16, 16);
     wrongVersion[0] = 2;
-    const struct {
-        const char* name;
-        Bytes stream;
-        const char* error;
-    } rows[] = {
+    const std::tuple<const char*, Bytes, const char*> rows[] = {
         {"frame first", gdp::frame(16, 16),
          "the receiver sent a frame before it told the frames' form"},
         {"wrong version", wrongVersion, "what the receiver sends is no stream of frames"},
@@ -98,7 +94,7 @@ TEST(GdpReader, RefusesWhatIsNoStreamOfFrames) {
         {"long caps", gdp::message(2, std::string(70'000, 'x')),
          "the receiver sent a message of 70000 bytes, which is none"},
     };
-    for (const auto& row : rows) EXPECT_EQ(readAll(row.stream).error, row.error) << row.name;
+    for (const auto& [name, stream, error] : rows) EXPECT_EQ(readAll(stream).error, error) << name;
 }
 
 TEST(RawVideoForm, ReadsCapsWithAndWithoutTypesUpToTheLargestFrame) {

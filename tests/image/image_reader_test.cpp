@@ -1,7 +1,5 @@
 #include "image/image_reader.h"
 
-#include <memory>
-
 #include <gtest/gtest.h>
 #include <turbojpeg.h>
 
@@ -53,27 +51,23 @@ constexpr Colour kGreen{0, 255, 0};
 constexpr Colour kBlue{0, 0, 255};
 
 TEST(ImageReader, ReadsEveryKindOfPng) {
-    const struct {
-        const char* name;
-        std::string_view file;
-        std::vector<std::vector<Colour>> rows;
-    } rows[] = {
+    using Picture = std::vector<std::vector<Colour>>;
+    const std::tuple<const char*, std::string_view, Picture> rows[] = {
         {"palette", kPalette, {{kRed, kBlue}, {kBlue, kRed}}},
         {"interlaced", kInterlaced, {{kRed, kGreen}, {kBlue, pictures::kWhite}}},
         {"one bit grey", kOneBitGrey, {{pictures::kBlack, pictures::kWhite}}},
         {"alpha is drawn on black", kHalfTransparent, {{{200, 100, 50}, {100, 50, 25}}}},
         {"one colour is transparent", kTransparentGreen, {{kRed, pictures::kBlack}}},
     };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.name);
-        const auto image = decodeImage(png(row.file));
+    for (const auto& [name, file, picture] : rows) {
+        SCOPED_TRACE(name);
+        const auto image = decodeImage(png(file));
         ASSERT_TRUE(image) << image.error().message;
-        ASSERT_EQ(image->height(), int(row.rows.size()));
-        ASSERT_EQ(image->width(), int(row.rows[0].size()));
+        ASSERT_EQ(image->height(), int(picture.size()));
+        ASSERT_EQ(image->width(), int(picture[0].size()));
         for (int y = 0; y < image->height(); ++y) {
             for (int x = 0; x < image->width(); ++x) {
-                const Colour& expected = row.rows[std::size_t(y)][std::size_t(x)];
-                EXPECT_EQ(pictures::colourAt(*image, x, y), expected) << x << "," << y;
+                EXPECT_EQ(pictures::colourAt(*image, x, y), picture[y][x]) << x << "," << y;
                 EXPECT_EQ(image->row(y)[4 * x + 3], 255);
             }
         }
@@ -95,21 +89,17 @@ Bytes jpeg(TJPF format, TJSAMP subsampling, int flags) {
 }
 
 TEST(ImageReader, ReadsJpegsInScreenColours) {
-    const struct {
-        const char* name;
-        Bytes file;
-    } rows[] = {
+    const std::pair<const char*, Bytes> rows[] = {
         {"4:2:0", jpeg(TJPF_RGB, TJSAMP_420, 0)},
         {"4:4:0", jpeg(TJPF_RGB, TJSAMP_440, 0)},
         {"grey", jpeg(TJPF_GRAY, TJSAMP_GRAY, 0)},
         {"progressive", jpeg(TJPF_RGB, TJSAMP_444, TJFLAG_PROGRESSIVE)},
     };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.name);
-        const auto image = decodeImage(row.file);
+    for (const auto& [name, file] : rows) {
+        SCOPED_TRACE(name);
+        const auto image = decodeImage(file);
         ASSERT_TRUE(image) << image.error().message;
-        EXPECT_EQ(image->width(), 40);
-        EXPECT_EQ(image->height(), 30);
+        EXPECT_EQ(pictures::sizeOf(*image), std::pair(40, 30));
         EXPECT_NEAR(pictures::colourAt(*image, 20, 15).green, 180, 2);
         EXPECT_EQ(image->row(29)[4 * 39 + 3], 255);
     }
@@ -118,11 +108,7 @@ TEST(ImageReader, ReadsJpegsInScreenColours) {
 TEST(ImageReader, RefusesWhatItCannotShowWhole) {
     Bytes badCheck = png(kPalette);
     badCheck[60] ^= 1;
-    const struct {
-        const char* name;
-        Bytes file;
-        const char* says;
-    } rows[] = {
+    const std::tuple<const char*, Bytes, const char*> rows[] = {
         {"nothing", {}, "neither a PNG nor a JPEG"},
         {"text", toBytes("not a picture at all"), "neither a PNG nor a JPEG"},
         {"GIF", toBytes("GIF89a\1\0\1\0"), "neither a PNG nor a JPEG"},
@@ -134,11 +120,11 @@ TEST(ImageReader, RefusesWhatItCannotShowWhole) {
         {"damaged", badCheck, "PNG: "},
         {"print colours", jpeg(TJPF_CMYK, TJSAMP_444, 0), "CMYK"},
     };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.name);
-        const auto image = decodeImage(row.file);
+    for (const auto& [name, file, says] : rows) {
+        SCOPED_TRACE(name);
+        const auto image = decodeImage(file);
         ASSERT_FALSE(image);
-        EXPECT_NE(image.error().message.find(row.says), std::string::npos) << image.error().message;
+        EXPECT_NE(image.error().message.find(says), std::string::npos) << image.error().message;
     }
 }
 
@@ -146,18 +132,14 @@ TEST(ImageReader, RefusesWhatItCannotShowWhole) {
 // either format holds no picture, so a cut there may pass.
 TEST(ImageReader, ACutPictureIsNeverHalfAPicture) {
     const PixelBuffer picture = pictures::textLike(120, 90);
-    const struct {
-        const char* name;
-        Bytes file;
-        std::size_t closing;
-    } rows[] = {
+    const std::tuple<const char*, Bytes, std::size_t> rows[] = {
         {"PNG", *withPixels(picture, encodePng), 20},
         {"JPEG", *withPixels(picture, [](const Pixels& p) { return encodeJpeg(p, 80); }), 8},
     };
-    for (const auto& row : rows) {
-        for (std::size_t length = 0; length + row.closing < row.file.size(); ++length) {
-            const auto image = decodeImage(std::span(row.file).first(length));
-            EXPECT_FALSE(image) << row.name << " cut at " << length << " of " << row.file.size();
+    for (const auto& [name, file, closing] : rows) {
+        for (std::size_t length = 0; length + closing < file.size(); ++length) {
+            const auto image = decodeImage(std::span(file).first(length));
+            EXPECT_FALSE(image) << name << " cut at " << length << " of " << file.size();
         }
     }
 }

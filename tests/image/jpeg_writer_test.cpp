@@ -1,7 +1,5 @@
 #include "image/jpeg_writer.h"
 
-#include <cstdlib>
-
 #include <gtest/gtest.h>
 
 #include "image/image_reader.h"
@@ -21,8 +19,7 @@ TEST(JpegWriter, KeepsSizeAndColours) {
         20);
     const auto decoded = decodeImage(encoded(picture, 80));
     ASSERT_TRUE(decoded) << decoded.error().message;
-    ASSERT_EQ(decoded->width(), 203);
-    ASSERT_EQ(decoded->height(), 117);
+    ASSERT_EQ(pictures::sizeOf(*decoded), std::pair(203, 117));
     for (int y = 5; y < 117; y += 10) {
         for (int x = 5; x < 203; x += 10) {
             const auto expected = pictures::colourAt(picture, x, y);

@@ -82,6 +82,10 @@ inline PixelBuffer padded(const PixelBuffer& picture, int padding) {
     return PixelBuffer::adopt(picture.width(), picture.height(), rowBytes, bytes->data(), bytes);
 }
 
+inline std::pair<int, int> sizeOf(const PixelBuffer& picture) {
+    return {picture.width(), picture.height()};
+}
+
 inline Colour colourAt(const PixelBuffer& picture, int x, int y) {
     const std::uint8_t* p = picture.row(y) + 4 * x;
     return {p[2], p[1], p[0]};

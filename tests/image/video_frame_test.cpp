@@ -67,8 +67,7 @@ TEST(VideoFrame, TurnsEveryLayoutIntoPixelsWhateverTheStride) {
         const Bytes frame = redFrame(form);
         const auto picture = pictureOf(form, frame);
         ASSERT_TRUE(picture) << name << ": " << picture.error().message;
-        EXPECT_EQ(picture->width(), form.width) << name;
-        EXPECT_EQ(picture->height(), form.height) << name;
+        EXPECT_EQ(pictures::sizeOf(*picture), std::pair(form.width, form.height)) << name;
         for (int y = 0; y < picture->height(); ++y) {
             for (int x = 0; x < picture->width(); ++x) {
                 ASSERT_TRUE(isRed(*picture, x, y)) << name << " at " << x << "," << y;
@@ -109,8 +108,7 @@ TEST(VideoFrame, DecodesMotionJpegAsCamerasWriteIt) {
     for (const Bytes& frame : {whole, padded, stray, bare}) {
         const auto picture = pictureOf({.layout = Layout::mjpeg}, frame);
         ASSERT_TRUE(picture) << picture.error().message;
-        EXPECT_EQ(picture->width(), 64);
-        EXPECT_EQ(picture->height(), 48);
+        EXPECT_EQ(pictures::sizeOf(*picture), std::pair(64, 48));
         EXPECT_TRUE(pictures::sameColours(*picture, *pictureOf({.layout = Layout::mjpeg}, whole)));
     }
 }

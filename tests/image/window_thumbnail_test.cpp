@@ -44,12 +44,7 @@ TEST(WindowThumbnail, ValueIsLuma) {
 }
 
 TEST(WindowThumbnail, TwoCellsMakeAChange) {
-    const struct {
-        const char* name;
-        int cells;
-        int levels;
-        bool differs;
-    } rows[] = {
+    const std::tuple<const char*, int, int, bool> rows[] = {
         {"same", 0, 0, false},
         {"one cell, much", 1, 40, false},
         {"two cells, much", 2, 40, true},
@@ -58,15 +53,15 @@ TEST(WindowThumbnail, TwoCellsMakeAChange) {
         {"all cells, not enough", 18432, 18, false},
         {"two cells, darker", 2, -40, true},
     };
-    for (const auto& row : rows) {
+    for (const auto& [name, cells, levels, differs] : rows) {
         WindowThumbnail before;
         before.fill(100);
         WindowThumbnail after = before;
-        for (int i = 0; i < row.cells; ++i) {
+        for (int i = 0; i < cells; ++i) {
             auto& cell = after[after.size() - 1 - std::size_t(i)];
-            cell = static_cast<std::uint8_t>(cell + row.levels);
+            cell = static_cast<std::uint8_t>(cell + levels);
         }
-        EXPECT_EQ(differ(before, after), row.differs) << row.name;
+        EXPECT_EQ(differ(before, after), differs) << name;
     }
 }
 

@@ -10,7 +10,6 @@
 namespace tandrel::PaymentGuard {
 namespace {
 
-using testing::HasSubstr;
 using testing::StartsWith;
 
 const std::string kLines = R"("lines":[{"text":"Total €5","x":0,"y":0,"w":90,"h":10},)"
@@ -66,7 +65,6 @@ TEST_F(GuardCheck, RefusesWhatIsNotOfTheLayout) {
     const std::string deepMember =
         R"("name":"a","z":)" + std::string(70, '[') + std::string(70, ']');
     const std::pair<std::string, const char*> cases[] = {
-        {"", "parse error"},
         {"{", "parse error"},
         {"{\"cases\":[\"\xFF\"]}", "UTF-8"},
         {"[]", "the file is not an object"},
@@ -80,11 +78,9 @@ TEST_F(GuardCheck, RefusesWhatIsNotOfTheLayout) {
         {with(R"("w":100)", R"("w":"100")"), "cases[0].frame.w is not a number"},
         {with(R"("lines":[)", R"("lines":["Total",)"), "cases[0].lines[0] is not an object"},
         {with(R"("text":"Confirm",)", ""), "cases[0].lines[1] has no \"text\""},
-        {with(R"("y":100,)", ""), "cases[0].lines[1] has no \"y\""},
         {with("0.9", "\"0.9\""), "cases[0].lines[1].conf is not a number"},
         {with("\"tap\"", "\"press\""), "cases[0].action.kind is not \"tap\""},
         {with(R"("kind":"tap",)", ""), "cases[0].action has no \"kind\""},
-        {with(R"("x":0.5)", R"("x":"0.5")"), "cases[0].action.x is not a number"},
         {with(R"("expect":{})", R"("expect":{"verdikt":null})"),
          "cases[0].expect has a member \"verdikt\""},
         {with(R"("expect":{})", R"("expect":{"title":null})"),
@@ -98,7 +94,7 @@ TEST_F(GuardCheck, RefusesWhatIsNotOfTheLayout) {
         const auto [status, text] = check(content);
         EXPECT_EQ(status, 1) << reason;
         EXPECT_THAT(text, StartsWith("can't read " + file_.string() + ": ")) << reason;
-        EXPECT_THAT(text, HasSubstr(reason));
+        EXPECT_THAT(text, testing::HasSubstr(reason));
         EXPECT_EQ(text.find('\n'), text.size() - 1) << reason;
     }
 }

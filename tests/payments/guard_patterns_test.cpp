@@ -31,13 +31,7 @@ TEST(GuardPatterns, MoneyFindsAmounts) {
 }
 
 // One text for every alternative of the long rules, so that a dropped one shows.
-struct Alternatives {
-    Rule rule;
-    std::string_view yes;
-    std::string_view no;
-};
-
-const Alternatives kAlternatives[] = {
+const std::tuple<Rule, std::string_view, std::string_view> kAlternatives[] = {
     {Rule::payment,
      "pay / Pay now / buy / buy now / 1-tap buy / purchase / place order / place your order / "
      "check out / checkout / complete purchase / complete order / confirm and pay / "
@@ -80,9 +74,9 @@ const Alternatives kAlternatives[] = {
 };
 
 TEST(GuardPatterns, EveryAlternativeFinds) {
-    for (const auto& c : kAlternatives) {
-        for (const auto& text : parts(c.yes)) EXPECT_TRUE(has(c.rule, text)) << text;
-        for (const auto& text : parts(c.no)) EXPECT_FALSE(has(c.rule, text)) << text;
+    for (const auto& [rule, yes, no] : kAlternatives) {
+        for (const auto& text : parts(yes)) EXPECT_TRUE(has(rule, text)) << text;
+        for (const auto& text : parts(no)) EXPECT_FALSE(has(rule, text)) << text;
     }
 }
 
@@ -111,7 +105,7 @@ TEST(GuardPatterns, AShorterSearchFindsTheSame) {
         "Recipient: Ilse / To / Account ending in 8820 / Pay Ilse for it / password / Paying Ilse "
         "/ "
         "Merchant - Rota / App Store";
-    for (const auto& c : kAlternatives) texts += fmt::format(" / {} / {}", c.yes, c.no);
+    for (const auto& [rule, yes, no] : kAlternatives) texts += fmt::format(" / {} / {}", yes, no);
     for (const auto& text : parts(texts)) {
         expectAsWholeSearch(text);
         std::string capitals = text;

@@ -10,9 +10,7 @@
 namespace tandrel::PaymentGuard {
 namespace {
 
-using testing::ContainsRegex;
 using testing::HasSubstr;
-using testing::StartsWith;
 
 // Draws nothing: the screen as it is laid out, its first letter misread.
 class SmudgedCases final : public CaseReader {
@@ -57,10 +55,10 @@ TEST_F(GuardReport, CountsByCategoryLayerAndRuleAndNamesMistakes) {
                "," + written("loud", "[Jetzt kaufen]", false) + "," +
                written("smudged", "[Jetzt kaufen]", true, R"(,"drawn":true)") + "]}");
     EXPECT_EQ(status, 0);
-    EXPECT_THAT(text, StartsWith("6 cases, 1 of them read from a picture\n"));
-    EXPECT_THAT(text, ContainsRegex("till +\\| +4 +1 +1 +50.0 % +\\| +2 +0 +1 +50.0 %\n"));
-    EXPECT_THAT(text, ContainsRegex("German +\\| +4 +1 +1 +50.0 %"));
-    EXPECT_THAT(text, ContainsRegex("pay-words +\\| +1 +1 \\| +1 +1\n"));
+    EXPECT_THAT(text, testing::StartsWith("6 cases, 1 of them read from a picture\n"));
+    EXPECT_THAT(text, testing::ContainsRegex("till +\\| +4 +1 +1 +50.0 % +\\| +2 +0 +1 +50.0 %\n"));
+    EXPECT_THAT(text, testing::ContainsRegex("German +\\| +4 +1 +1 +50.0 %"));
+    EXPECT_THAT(text, testing::ContainsRegex("pay-words +\\| +1 +1 \\| +1 +1\n"));
     EXPECT_THAT(text, HasSubstr("missed   till / German / lost\n"));
     EXPECT_THAT(text, HasSubstr("missed   till / German / smudged\n"));
     EXPECT_THAT(text, HasSubstr("needless till / German / loud: a payment button "
@@ -77,7 +75,7 @@ TEST_F(GuardReport, TakesRecordedScreensAndPictures) {
         report(R"({"cases":[)" + recorded + R"x({"verdict":"a payment button (\"Pay now\")"}},)x" +
                recorded + R"({"verdict":null}},)" + recorded + "{}}," + picture + "]}");
     EXPECT_EQ(status, 0);
-    EXPECT_THAT(text, StartsWith("3 cases, 1 of them read from a picture; 1 left out"));
+    EXPECT_THAT(text, testing::StartsWith("3 cases, 1 of them read from a picture; 1 left out"));
     EXPECT_THAT(text, HasSubstr("needless till /  / a [first layer]\n"));
 }
 
@@ -97,7 +95,7 @@ TEST_F(GuardReport, AFileThatIsNoneIsNamedWithThePlace) {
     for (const auto& [content, why] : rows) {
         const auto [status, text] = report(content);
         EXPECT_EQ(status, 1) << content;
-        EXPECT_THAT(text, AllOf(StartsWith("can't read "), HasSubstr(why))) << content;
+        EXPECT_THAT(text, AllOf(testing::StartsWith("can't read "), HasSubstr(why))) << content;
     }
     EXPECT_EQ(report(std::filesystem::path("/no/such.json")).first, 1);
 }

@@ -34,11 +34,7 @@ TEST(GuardedAction, PointsAreFractionsOfThePhonesScreen) {
     const auto at = [](std::optional<double> x, std::optional<double> y) {
         return GuardedAction{.action = {.kind = Kind::tap, .x = x, .y = y}};
     };
-    const struct {
-        const char* name;
-        const char* body;
-        GuardedAction expected;
-    } cases[] = {
+    const std::tuple<const char*, const char*, GuardedAction> cases[] = {
         {"fractions", R"({"x":0.5,"y":1,"fraction":true})", at(0.5, 1)},
         {"pixels", R"({"x":500,"y":500})", at(0.5, 0.25)},
         {"fraction false", R"({"x":500,"y":500,"fraction":false})", at(0.5, 0.25)},
@@ -49,7 +45,7 @@ TEST(GuardedAction, PointsAreFractionsOfThePhonesScreen) {
         {"text", R"({"x":"10","y":10})", at({}, {})},
         {"one missing", R"({"x":10})", at({}, {})},
     };
-    for (const auto& c : cases) EXPECT_EQ(map("/tap", c.body), c.expected) << c.name;
+    for (const auto& [name, body, expected] : cases) EXPECT_EQ(map("/tap", body), expected) << name;
     EXPECT_EQ(map("/tap", R"({"x":500,"y":500})", {}), at({}, {})) << "size of the screen unknown";
     EXPECT_EQ(map("/tap", R"({"x":0.5,"y":0.5,"fraction":true})", {}), at(0.5, 0.5));
 }
@@ -65,11 +61,7 @@ TEST(GuardedAction, RequestsBecomeActions) {
         return GuardedAction{.action = {.kind = Kind::tap, .x = 0.25, .y = 0.75}, .strays = strays};
     };
     const std::optional<GuardedAction> none;
-    const struct {
-        const char* path;
-        const char* body;
-        std::optional<GuardedAction> expected;
-    } cases[] = {
+    const std::tuple<const char*, const char*, std::optional<GuardedAction>> cases[] = {
         {"/swipe", R"({"x1":100,"y1":200,"x2":900,"y2":200})",
          GuardedAction{.action = {.kind = Kind::swipe, .x = 0.1, .y = 0.1, .x2 = 0.9, .y2 = 0.1}}},
         {"/swipe", R"({"x1":1,"y1":0.5,"x2":9,"y2":0.5,"fraction":true})",
@@ -106,7 +98,8 @@ TEST(GuardedAction, RequestsBecomeActions) {
         {"/home", R"({})", none},
         {"/Tap", R"({"x":1,"y":1})", none},
     };
-    for (const auto& c : cases) EXPECT_EQ(map(c.path, c.body), c.expected) << c.path << c.body;
+    for (const auto& [path, body, expected] : cases)
+        EXPECT_EQ(map(path, body), expected) << path << body;
 }
 
 TEST(GuardedAction, KeysAreKnownByNameWithoutAKeyboard) {
@@ -123,11 +116,7 @@ TEST(GuardedAction, UnreadAreasMatterNearTheAction) {
     const auto swipe = [](double px, double py, double px2, double py2) {
         return GuardedAction{.action = {Kind::swipe, px / 600, py / 1300, px2 / 600, py2 / 1300}};
     };
-    const struct {
-        const char* name;
-        GuardedAction action;
-        bool depends;
-    } cases[] = {
+    const std::tuple<const char*, GuardedAction, bool> cases[] = {
         {"inside", tap(350, 620), true},
         {"at the reach", tap(276.1, 620), true},
         {"beyond it", tap(275.9, 620), false},
@@ -140,7 +129,8 @@ TEST(GuardedAction, UnreadAreasMatterNearTheAction) {
         {"a scroll that begins on it", swipe(350, 620, 350, 200), true},
         {"a key on a screen without money", {.action = {.kind = Kind::enter}}, false},
     };
-    for (const auto& c : cases) EXPECT_EQ(dependsOnUnread(c.action, frame), c.depends) << c.name;
+    for (const auto& [name, action, depends] : cases)
+        EXPECT_EQ(dependsOnUnread(action, frame), depends) << name;
 
     const GuardedAction enter{.action = {.kind = Kind::enter}};
     for (const char* text : {"€5", "Your subscription", "Passcode"}) {

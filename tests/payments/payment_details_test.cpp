@@ -10,11 +10,7 @@ namespace tandrel::PaymentGuard {
 namespace {
 
 TEST(PaymentDetails, NormRepairsAndTrims) {
-    const struct {
-        const char* name;
-        const char* text;
-        const char* result;
-    } cases[] = {
+    const std::tuple<const char*, const char*, const char*> cases[] = {
         {"pound", "Â£9.99", "£9.99"},
         {"yen", "Â¥500", "¥500"},
         {"twice", "Â£1 Â£2", "£1 £2"},
@@ -26,7 +22,7 @@ TEST(PaymentDetails, NormRepairsAndTrims) {
         {"nothing but punctuation", "...", ""},
         {"nothing", " ", ""},
     };
-    for (const auto& c : cases) EXPECT_EQ(norm(c.text), c.result) << c.name;
+    for (const auto& [name, text, result] : cases) EXPECT_EQ(norm(text), result) << name;
     // Read as Windows-1252 and as Latin-1.
     const std::pair<std::string, std::string> symbols[] = {
         {"\u00AC", "€"}, {"\u00B9", "₹"}, {"\u00BD", "₽"}, {"\u00A9", "₩"},
@@ -39,12 +35,7 @@ TEST(PaymentDetails, NormRepairsAndTrims) {
 
 TEST(PaymentDetails, CollectsAmountsAndPayees) {
     const std::string longName = "Abcdefghij Abcdefghij Abcdefghij Abcdefghij Abcdefghij";
-    const struct {
-        const char* name;
-        std::string texts;
-        const char* amounts;
-        std::string payees;
-    } cases[] = {
+    const std::tuple<const char*, std::string, const char*, std::string> cases[] = {
         {"amounts once, in order", "€5 and €7 / €5. / 7 kr", "€5, €7, 7 kr", ""},
         {"plain digits are no amount", "Total 25.00", "", ""},
         {"caption and value on one line", "Recipient: Ilse Varga", "", "Ilse Varga"},
@@ -76,19 +67,15 @@ TEST(PaymentDetails, CollectsAmountsAndPayees) {
         {"account", "account ending 4417", "", "card ending 4417"},
         {"same name by two rules once", "Recipient: Ilse / To / Ilse", "", "Ilse"},
     };
-    for (const auto& c : cases) {
-        const Details found = details(parts(c.texts));
-        EXPECT_EQ(fmt::format("{}", fmt::join(found.amounts, ", ")), c.amounts) << c.name;
-        EXPECT_EQ(fmt::format("{}", fmt::join(found.payees, ", ")), c.payees) << c.name;
+    for (const auto& [name, texts, amounts, payees] : cases) {
+        const Details found = details(parts(texts));
+        EXPECT_EQ(fmt::format("{}", fmt::join(found.amounts, ", ")), amounts) << name;
+        EXPECT_EQ(fmt::format("{}", fmt::join(found.payees, ", ")), payees) << name;
     }
 }
 
 TEST(PaymentDetails, WordsForTheOwner) {
-    const struct {
-        Details payment;
-        const char* title;
-        const char* summary;
-    } cases[] = {
+    const std::tuple<Details, const char*, const char*> cases[] = {
         {{}, "Approve a payment?", "no amount shown"},
         {{{"€5"}, {}}, "Approve a payment of €5?", "€5"},
         {{{}, {"Ilse"}}, "Approve a payment?", "to Ilse"},
@@ -102,9 +89,9 @@ TEST(PaymentDetails, WordsForTheOwner) {
          "Approve a payment? Screen shows 1 € and 2 € and 3 €",
          "1 €, 2 €, 3 €, 4 € (to A?)"},
     };
-    for (const auto& c : cases) {
-        EXPECT_EQ(c.payment.title(), c.title);
-        EXPECT_EQ(c.payment.summary(), c.summary);
+    for (const auto& [payment, title, summary] : cases) {
+        EXPECT_EQ(payment.title(), title);
+        EXPECT_EQ(payment.summary(), summary);
     }
 }
 

@@ -6,7 +6,6 @@ namespace tandrel {
 namespace {
 
 using testing::ElementsAre;
-using testing::IsEmpty;
 
 constexpr const char* kUnreadable =
     "Not done: Tandrel can't read the iPhone's screen right now, so it can't check this action. "
@@ -20,7 +19,7 @@ TEST_F(PaymentGateTest, AHarmlessActionIsPerformedUnasked) {
     EXPECT_EQ(run(tapOnRow(0)).status, 200);
     EXPECT_EQ(performed_, 1);
     EXPECT_EQ(reads_, 1);
-    EXPECT_THAT(events(), IsEmpty());
+    EXPECT_THAT(events(), testing::IsEmpty());
 }
 
 TEST_F(PaymentGateTest, TheOwnerSeesWhatWouldBeTapped) {
@@ -154,7 +153,7 @@ TEST_F(PaymentGateTest, AnotherTargetIsNeitherJudgedNorActedOn) {
     const Error changed{"Not done: the phone changed.", 409};
     screens_ = {changed};
     EXPECT_EQ(run(tapOnRow(4)).error, changed.message);
-    EXPECT_THAT(owner_.asked, IsEmpty());
+    EXPECT_THAT(owner_.asked, testing::IsEmpty());
 
     screens_ = {transfer(), changed};
     owner_.answer({kApprove});
@@ -263,7 +262,7 @@ TEST_F(PaymentGateTest, TheSwitchIsReadAtEveryAction) {
     EXPECT_EQ(run(tapOnRow(4)).status, 200);
     EXPECT_EQ(run(tapOnRow(4)).status, 200);
     EXPECT_EQ(reads_, 0);
-    EXPECT_THAT(events(), IsEmpty());
+    EXPECT_THAT(events(), testing::IsEmpty());
     EXPECT_FALSE(gate_.enabled());
     defaults_.ask = true;
     EXPECT_EQ(run(tapOnRow(4)).status, 403);
@@ -314,16 +313,13 @@ TEST_F(PaymentGateTest, ALongLabelIsCutForTheOwner) {
 }
 
 TEST(PaymentGateTimeout, IsReadAndClamped) {
-    const struct {
-        std::optional<std::string> text;
-        double seconds;
-    } cases[] = {
+    const std::pair<std::optional<std::string>, double> cases[] = {
         {std::nullopt, 50}, {"abc", 50},  {"", 50},     {"12abc", 50}, {" 20", 50},
         {"nan", 50},        {"1", 3},     {"-5", 3},    {"2.999", 3},  {"3", 3},
         {"20.5", 20.5},     {"120", 120}, {"500", 120}, {"1e9", 120},
     };
-    for (const auto& c : cases) {
-        EXPECT_EQ(PaymentGate::timeoutSeconds(c.text), c.seconds) << c.text.value_or("absent");
+    for (const auto& [text, seconds] : cases) {
+        EXPECT_EQ(PaymentGate::timeoutSeconds(text), seconds) << text.value_or("absent");
     }
 }
 

@@ -9,7 +9,6 @@ namespace tandrel {
 namespace {
 
 using testing::ElementsAre;
-using testing::IsEmpty;
 
 constexpr const char* kGone = "Not done: the request was closed before the action was carried out.";
 constexpr const char* kWithdrawn = "withdrawn: tap “Confirm”: €25.00 to Ilse Varga";
@@ -47,7 +46,7 @@ TEST_F(WithdrawnTest, DuringTheLook) {
     screens_ = {article()};
     onRead_ = [this] { client_.request_stop(); };
     expectNotDone(run(tapByClient(0)));
-    EXPECT_THAT(events(), IsEmpty());
+    EXPECT_THAT(events(), testing::IsEmpty());
 }
 
 TEST_F(WithdrawnTest, WhileTheOwnerIsAsked) {

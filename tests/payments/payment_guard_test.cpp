@@ -33,18 +33,12 @@ const Action kEnter = {.kind = Kind::enter};
 
 Action type(std::string text) { return {.kind = Kind::type, .text = std::move(text)}; }
 
-struct AssessCase {
-    const char* name;
-    const char* rows;
-    Action action;
-    const char* verdict;  // empty: not asked about
-};
-
 const char* const kTransfer = "Recipient / Ilse Varga / Amount / €25.00 / Confirm";
 
 const char* const kSlide = "Slide to pay / €25.00";
 
-const AssessCase kAssessCases[] = {
+// A name, a screen's rows, what is done on it and the verdict; empty: it is not asked about.
+const std::tuple<const char*, const char*, Action, const char*> kAssessCases[] = {
     {"strong label, no other money words", "Hello / Pay €12.50", tapOnRow(1),
      "a payment button (\"Pay €12.50\")"},
     {"price alone", "Hello / €25.00", tapOnRow(1), "a price button (\"€25.00\")"},
@@ -114,17 +108,13 @@ const AssessCase kAssessCases[] = {
 };
 
 TEST(PaymentGuard, AssessFollowsItsTable) {
-    for (const auto& c : kAssessCases) {
-        EXPECT_EQ(assess(rows(c.rows), kFrame, c.action).value_or(""), c.verdict) << c.name;
+    for (const auto& [name, screen, action, verdict] : kAssessCases) {
+        EXPECT_EQ(assess(rows(screen), kFrame, action).value_or(""), verdict) << name;
     }
 }
 
 TEST(PaymentGuard, PaymentScreenNeedsAmountWordAndButton) {
-    const struct {
-        const char* name;
-        const char* texts;
-        bool pays;
-    } cases[] = {
+    const std::tuple<const char*, const char*, bool> cases[] = {
         {"nothing", "", false},
         {"amount, word and button", "Total €5 / Confirm", true},
         {"no button", "Total €5 / Oat milk / Rye bread", false},
@@ -145,18 +135,15 @@ TEST(PaymentGuard, PaymentScreenNeedsAmountWordAndButton) {
         {"capitals", "TOTAL EUR 5 / CONFIRM", true},
         {"amount split over two lines", "Total / 25 / EUR / Confirm", true},
     };
-    for (const auto& c : cases) EXPECT_EQ(paymentScreen(parts(c.texts)), c.pays) << c.name;
+    for (const auto& [name, texts, pays] : cases)
+        EXPECT_EQ(paymentScreen(parts(texts)), pays) << name;
 }
 
 TEST(PaymentGuard, LabelIsTheSmallestLineWithinReach) {
     const std::vector<Line> lines = {
         {"outer", 40, 40, 100, 60}, {"inner", 60, 50, 30, 20}, {"twin", 60, 50, 20, 30}};
     const FrameSize frame{200, 400};  // a fiftieth of the width is below the least reach of 6
-    const struct {
-        const char* name;
-        double px, py;
-        std::optional<std::string> label;
-    } cases[] = {
+    const std::tuple<const char*, double, double, std::optional<std::string>> cases[] = {
         {"inside all", 65, 60, "inner"},
         {"outer only", 130, 90, "outer"},
         {"5 outside the left", 35, 70, "outer"},
@@ -169,8 +156,8 @@ TEST(PaymentGuard, LabelIsTheSmallestLineWithinReach) {
         {"6 below", 130, 106, "outer"},
         {"7 below", 130, 107, {}},
     };
-    for (const auto& c : cases) {
-        EXPECT_EQ(label(c.px / 200, c.py / 400, lines, frame), c.label) << c.name;
+    for (const auto& [name, px, py, words] : cases) {
+        EXPECT_EQ(label(px / 200, py / 400, lines, frame), words) << name;
     }
     EXPECT_EQ(label(std::nullopt, 0.2, lines, frame), std::nullopt);
     EXPECT_EQ(label(0.3, std::nullopt, lines, frame), std::nullopt);

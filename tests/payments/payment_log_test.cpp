@@ -5,7 +5,6 @@
 
 #include <gmock/gmock.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include "base/file.h"
 #include "base/json.h"

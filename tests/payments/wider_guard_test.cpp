@@ -10,8 +10,6 @@
 namespace tandrel::PaymentGuard {
 namespace {
 
-using testing::ElementsAre;
-using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::StartsWith;
 
@@ -24,12 +22,8 @@ std::string ruleFor(std::string_view rows, const std::string& action) {
     return verdict ? std::string(verdict->rule) : "";
 }
 
-struct RuledScreen {
-    const char* name;
-    std::string rows;
-    const char* action;
-    const char* rule;  // empty: none asks
-};
+// A screen's name and rows, what is done on it, and the rule that asks; none when empty.
+using RuledScreen = std::tuple<const char*, std::string, const char*, const char*>;
 
 TEST(WiderRules, TellLinesOfAListFromButtons) {
     const RuledScreen rows[] = {
@@ -46,7 +40,8 @@ TEST(WiderRules, TellLinesOfAListFromButtons) {
          "= Coins / Buy pouch $5 / Buy chest $9 / Buy cart $19", "tap Buy pouch $5",
          "amount-button"},
     };
-    for (const auto& row : rows) EXPECT_EQ(ruleFor(row.rows, row.action), row.rule) << row.name;
+    for (const auto& [name, screen, action, rule] : rows)
+        EXPECT_EQ(ruleFor(screen, action), rule) << name;
 }
 
 TEST(WiderRules, TellScreensApartByWhatStandsWhere) {
@@ -73,7 +68,8 @@ TEST(WiderRules, TellScreensApartByWhatStandsWhere) {
         {"an arrow at the top of a payment",
          "‹ | Kasse |  / Gesamt | 25,00 € / --- / [Jetzt bezahlen]", "tap ‹", ""},
     };
-    for (const auto& row : rows) EXPECT_EQ(ruleFor(row.rows, row.action), row.rule) << row.name;
+    for (const auto& [name, screen, action, rule] : rows)
+        EXPECT_EQ(ruleFor(screen, action), rule) << name;
     EXPECT_EQ(ruleFor(transfer + " / Konten | Karten | Mehr", "tap Karten"), "")
         << "tabs below the tick";
 }
@@ -102,9 +98,9 @@ TEST(WiderRules, AnExampleThatDoesNotHoldIsNamed) {
                          .leaves = {"> Jetzt bezahlen"},
                          .judge = seesNothing};
     EXPECT_THAT(exampleFaults(rule),
-                ElementsAre(StartsWith("the first layer asks already: a payment button"),
-                            "it does not see what it must catch",
-                            StartsWith("pay-words asks about what must be left alone: ")));
+                testing::ElementsAre(StartsWith("the first layer asks already: a payment button"),
+                                     "it does not see what it must catch",
+                                     StartsWith("pay-words asks about what must be left alone: ")));
 }
 
 TEST(WiderRules, AreListedWithNameReasonAndBothExamples) {
@@ -113,10 +109,10 @@ TEST(WiderRules, AreListedWithNameReasonAndBothExamples) {
         return printed([&](std::FILE* out) { return printRules(format, out); }).second;
     };
     EXPECT_THAT(listed(RulesFormat::table),
-                HasSubstr("pay-words\n  sees     " + std::string(first.sees) + "\n  because  " +
-                          std::string(first.why) +
-                          "\n  asks     Warenkorb / > Zahlungspflichtig bestellen\n"
-                          "  leaves   Warenkorb / > Zahlen und Fakten\n"));
+                testing::HasSubstr("pay-words\n  sees     " + std::string(first.sees) +
+                                   "\n  because  " + std::string(first.why) +
+                                   "\n  asks     Warenkorb / > Zahlungspflichtig bestellen\n"
+                                   "  leaves   Warenkorb / > Zahlen und Fakten\n"));
     const Json rules = Json::parse(listed(RulesFormat::json))["rules"];
     ASSERT_EQ(rules.size(), widerRules().size());
     EXPECT_EQ(rules[0]["name"], "pay-words");

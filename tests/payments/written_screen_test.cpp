@@ -40,27 +40,6 @@ TEST(WrittenScreen, TheMarksSayWhatARowIs) {
     }
 }
 
-TEST(WrittenScreen, ATapHitsTheTextThatItNames) {
-    const auto screen = parseWrittenScreen(kTill);
-    const std::pair<std::string, std::optional<std::string>> rows[] = {
-        {"= Till", "Till"},
-        {"Coffee and a bun", "Coffee and a bun"},
-        {"Total", "Total"},
-        {"€5.20", "€5.20"},
-        {"In a hurry", "In a hurry"},
-        {"_Code_", "Code"},
-        {"[Pay now]", "Pay now"},
-        {"Cancel", "Cancel"},
-        {"~Slide to pay~", "Slide to pay"},
-        {"{tick}", std::nullopt}};
-    for (const auto& [target, hit] : rows) {
-        const auto action = parseWrittenAction("tap " + target, screen);
-        ASSERT_TRUE(action) << target;
-        const auto laid = *layOut(screen, *action);
-        EXPECT_EQ(label(laid.action.x, laid.action.y, laid.lines, laid.frame), hit);
-    }
-}
-
 TEST(WrittenScreen, ActionsWithoutATarget) {
     const auto screen = parseWrittenScreen(kTill);
     const auto actionOf = [&](const char* text) {

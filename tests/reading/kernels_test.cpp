@@ -1,6 +1,5 @@
 #include "reading/kernels.h"
 
-#include <cmath>
 #include <random>
 
 #include <gtest/gtest.h>

@@ -1,7 +1,6 @@
 #include "reading/line_finder.h"
 
 #include <functional>
-#include <ostream>
 #include <random>
 
 #include <gtest/gtest.h>
@@ -14,18 +13,10 @@ namespace {
 constexpr int kDensity = 3;
 constexpr Colour kGrey{0.6, 0.6, 0.62};
 
-struct Case {
-    const char* name;
-    std::function<void(DrawnFrame&)> draw;
-    std::vector<std::pair<int, int>> spans;  // left and right of each line in points, top down
-};
-void PrintTo(const Case& row, std::ostream* out) { *out << row.name; }
+// Left and right of each line in points, top down.
+using Spans = std::vector<std::pair<int, int>>;
 
-void circleIcon(DrawnFrame& frame, double x, double y, double size) {
-    frame.rectangle(x, y, size, size, size / 2, kGrey);
-}
-
-const Case kCases[] = {
+const std::tuple<const char*, std::function<void(DrawnFrame&)>, Spans> kCases[] = {
     {"a name and its value at the right",
      [](DrawnFrame& frame) {
          frame.text(20, 50, "Language");
@@ -34,7 +25,7 @@ const Case kCases[] = {
      {{300, 356}, {20, 99}}},
     {"an icon taller than the text beside it",
      [](DrawnFrame& frame) {
-         circleIcon(frame, 20, 32, 26);
+         frame.disc(33, 45, 13, kGrey);
          frame.text(54, 51, "Security");
      },
      {{54, 122}}},
@@ -88,25 +79,23 @@ const Case kCases[] = {
      {{20, 81}, {200, 232}}},
 };
 
-class FindsLines : public testing::TestWithParam<Case> {};
-
-TEST_P(FindsLines, whereTheInkIs) {
-    DrawnFrame drawn(390 * kDensity, 90 * kDensity, kDensity, kWhite);
-    GetParam().draw(drawn);
-    const auto lines = findLines(GrayFrame::from(drawn.frame()));
-    std::vector<std::pair<int, int>> spans;
-    for (const TextLine& line : lines) {
-        if (line.ink.box.height() > 60 * kDensity) continue;
-        spans.emplace_back(line.ink.box.left / kDensity, line.ink.box.right / kDensity);
-    }
-    ASSERT_EQ(spans.size(), GetParam().spans.size());
-    for (std::size_t i = 0; i < spans.size(); ++i) {
-        EXPECT_NEAR(spans[i].first, GetParam().spans[i].first, 4);
-        EXPECT_NEAR(spans[i].second, GetParam().spans[i].second, 6);
+TEST(LineFinder, findsLinesWhereTheInkIs) {
+    for (const auto& [name, draw, spans] : kCases) {
+        SCOPED_TRACE(name);
+        DrawnFrame drawn(390 * kDensity, 90 * kDensity, kDensity, kWhite);
+        draw(drawn);
+        Spans found;
+        for (const TextLine& line : findLines(GrayFrame::from(drawn.frame()))) {
+            if (line.ink.box.height() > 60 * kDensity) continue;
+            found.emplace_back(line.ink.box.left / kDensity, line.ink.box.right / kDensity);
+        }
+        ASSERT_EQ(found.size(), spans.size());
+        for (std::size_t i = 0; i < spans.size(); ++i) {
+            EXPECT_NEAR(found[i].first, spans[i].first, 4);
+            EXPECT_NEAR(found[i].second, spans[i].second, 6);
+        }
     }
 }
-
-INSTANTIATE_TEST_SUITE_P(LineFinder, FindsLines, testing::ValuesIn(kCases));
 
 // Dark grey with a rim as on maps, across roads and the line of a coast.
 TEST(LineFinder, findsLabelsOnAMap) {

@@ -4,7 +4,6 @@
 
 #include "image/image_reader.h"
 #include "image/pictures.h"
-#include "screen/airplay_http.h"
 #include "screen/fake_windows.h"
 #include "screen/size_reader.h"
 #include "screen/window_search.h"
@@ -99,12 +98,7 @@ TEST_F(AirPlayServerTest, StatusTellsWhatItSeesWithoutStartingACapture) {
 TEST_F(AirPlayServerTest, FramesAreCutScaledAndEncodedAsAsked) {
     mirror();
     const auto copies = PixelBuffer::copiesMade();
-    const struct {
-        const char* path;
-        Query query;
-        const char* type;
-        Size size;
-    } rows[] = {
+    const std::tuple<const char*, Query, const char*, Size> rows[] = {
         {"/frame.png", {}, "image/png", {603, 1311}},
         {"/frame.jpg", {}, "image/jpeg", {603, 1311}},
         {"/frame.png", {{"format", "jpg"}}, "image/jpeg", {603, 1311}},
@@ -115,11 +109,11 @@ TEST_F(AirPlayServerTest, FramesAreCutScaledAndEncodedAsAsked) {
         {"/frame.png", {{"crop", "0"}, {"maxEdge", "700"}}, "image/png", {400, 700}},
         {"/frame.png", {{"crop", "1"}}, "image/png", {603, 1311}},
     };
-    for (const auto& row : rows) {
-        const HTTPResponse reply = ask(row.path, row.query);
-        EXPECT_EQ(reply.contentType, row.type);
+    for (const auto& [path, query, type, size] : rows) {
+        const HTTPResponse reply = ask(path, query);
+        EXPECT_EQ(reply.contentType, type);
         const PixelBuffer image = decodeImage(reply.body).value_or(PixelBuffer());
-        EXPECT_EQ((Size{image.width(), image.height()}), row.size) << row.path;
+        EXPECT_EQ((Size{image.width(), image.height()}), size) << path;
     }
     EXPECT_EQ(PixelBuffer::copiesMade(), copies);
     EXPECT_EQ(windows.opened(), 1) << "one capture serves all requests";

@@ -15,11 +15,7 @@ ContentRect rect(double x, double width, const char* method, const char* way = "
 
 TEST(ContentMemory, KeepsTheKnownPlaceWhereTheNewOneSaysLess) {
     const ContentRect known = rect(90, 603, "edges");
-    const struct {
-        const char* name;
-        ContentRect found;
-        bool isKept;
-    } rows[] = {
+    const std::tuple<const char*, ContentRect, bool> rows[] = {
         {"a part of it", rect(200, 300, "fit"), true},
         {"three pixels beyond", rect(87, 609, "bbox"), true},
         {"four pixels beyond", rect(86, 610, "bbox"), false},
@@ -28,11 +24,11 @@ TEST(ContentMemory, KeepsTheKnownPlaceWhereTheNewOneSaysLess) {
         {"turned", rect(200, 300, "fit", "landscape"), false},
         {"blank and turned", rect(0, 800, "blank", "landscape"), false},
     };
-    for (const auto& row : rows) {
+    for (const auto& [name, found, isKept] : rows) {
         ContentMemory memory;
         EXPECT_EQ(memory.settle(known, kFrame), known);
-        EXPECT_EQ(memory.settle(row.found, kFrame), row.isKept ? known : row.found) << row.name;
-        EXPECT_EQ(memory.settle(row.found, {801, 1400}), row.found) << "another window";
+        EXPECT_EQ(memory.settle(found, kFrame), isKept ? known : found) << name;
+        EXPECT_EQ(memory.settle(found, {801, 1400}), found) << "another window";
     }
 }
 

@@ -21,17 +21,14 @@ TEST_F(MirrorTool, UnknownWordsAreNotItsOwn) {
 }
 
 TEST_F(MirrorTool, WithoutItsOperandSaysHowItIsUsed) {
-    const struct {
-        MirrorArgs args;
-        const char* usage;
-    } rows[] = {
+    const std::pair<MirrorArgs, const char*> rows[] = {
         {{"ocr"}, kOcrUsage},
         {{"ocr", "--max"}, kOcrUsage},
         {{"usb-capture"}, kUsbUsage},
         {{"airplay-capture", "--no-crop", "a.png"}, kAirplayUsage},
         {{"detect-rect", "--aspect", "9/19.5"}, kDetectUsage},
     };
-    for (const auto& row : rows) EXPECT_EQ(failure(row.args), row.usage);
+    for (const auto& [args, usage] : rows) EXPECT_EQ(failure(args), usage);
 }
 
 TEST_F(MirrorTool, HelpIsTheUsageAndNoFailure) {

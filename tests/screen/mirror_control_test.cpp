@@ -6,18 +6,13 @@
 namespace tandrel {
 namespace {
 
-using testing::ElementsAre;
-
 class MirrorControl : public MirrorFixture {
  protected:
     MirrorControl() { windows.show(FakeWindows::receiver()); }  // at 10,20, 300 x 650
 };
 
 TEST_F(MirrorControl, EachToolDrivesTheFrontWindow) {
-    const struct {
-        MirrorArgs args;
-        const char* deed;
-    } rows[] = {
+    const std::pair<MirrorArgs, const char*> rows[] = {
         {{"click", "30", "40"}, "click 40,60"},
         {{"click", "0.5", "0.5", "--fraction"}, "click 160,345"},
         {{"drag", "0", "0", "299", "649"}, "drag 10,20 309,669 0.3"},
@@ -27,15 +22,15 @@ TEST_F(MirrorControl, EachToolDrivesTheFrontWindow) {
         {{"key", "return"}, "key return "},
         {{"key", "h", "--modifiers", "cmd,shift"}, "key h cmd shift"},
     };
-    for (const auto& row : rows) {
+    for (const auto& [args, deed] : rows) {
         notes.clear();
-        EXPECT_EQ(run(row.args), 0) << err.str();
-        EXPECT_THAT(notes, ElementsAre("activate 7", row.deed));
+        EXPECT_EQ(run(args), 0) << err.str();
+        EXPECT_THAT(notes, testing::ElementsAre("activate 7", deed));
         EXPECT_EQ(result(), Json({{"ok", true}, {"window", 7}, {"title", "Phone"}}));
     }
     notes.clear();
     EXPECT_EQ(run({"activate"}), 0);
-    EXPECT_THAT(notes, ElementsAre("activate 7"));
+    EXPECT_THAT(notes, testing::ElementsAre("activate 7"));
 }
 
 TEST_F(MirrorControl, NothingIsDoneWhereItWouldHitAnotherWindow) {
@@ -50,7 +45,7 @@ TEST_F(MirrorControl, NothingIsDoneWhereItWouldHitAnotherWindow) {
     EXPECT_EQ(failure({"click", "1", "1", "--window", "3"}), "window 3 is gone");
     windows.close(7);
     EXPECT_EQ(failure({"click", "1", "1"}), kNoMirroringApp);
-    EXPECT_THAT(notes, ElementsAre());
+    EXPECT_THAT(notes, testing::ElementsAre());
 }
 
 TEST_F(MirrorControl, ListsAndProbesTellWhatIsThere) {

@@ -19,12 +19,7 @@ Lines lockScreenWith(int more) {
 }
 
 TEST(PhoneScreen, IsToldFromTextsAndBrightness) {
-    const struct {
-        const char* name;
-        Lines lines;
-        std::optional<double> luma;
-        PhoneScreen state;
-    } rows[] = {
+    const std::tuple<const char*, Lines, std::optional<double>, PhoneScreen> rows[] = {
         {"black, no text", {}, 0.005, PhoneScreen::off},
         {"black, blank text", {" ", "\t\n"}, 0.0299, PhoneScreen::off},
         {"just not black", {}, 0.03, PhoneScreen::awake},
@@ -61,7 +56,8 @@ TEST(PhoneScreen, IsToldFromTextsAndBrightness) {
         {"home screen", {"Mail", "Maps", "Photos"}, 0.5, PhoneScreen::awake},
         {"not UTF-8", {"\xff\xfe"}, 0.5, PhoneScreen::awake},
     };
-    for (const auto& row : rows) EXPECT_EQ(classify(row.lines, row.luma), row.state) << row.name;
+    for (const auto& [name, lines, luma, state] : rows)
+        EXPECT_EQ(classify(lines, luma), state) << name;
 }
 
 TEST(PhoneScreen, APromptOfTheLockScreenLocks) {

@@ -29,10 +29,9 @@ TEST(Recognize, RecordsComeInReadingOrder) {
                                             {"d", 1, 0, 11, 9, 9},
                                             {"a", 1, 20, 10, 9, 9}},
                                            {{1, 2, 3, 4}}});
-    const auto text = readText(recognizer, pictures::plain(1, 1, pictures::kBlack));
-    ASSERT_TRUE(text);
-    EXPECT_EQ(order(text->records), "abcde");
-    EXPECT_EQ(text->unread, (std::vector<UnreadArea>{{1, 2, 3, 4}}));
+    const auto text = readText(recognizer, pictures::plain(1, 1, pictures::kBlack)).value();
+    EXPECT_EQ(order(text.records), "abcde");
+    EXPECT_EQ(text.unread, (std::vector<UnreadArea>{{1, 2, 3, 4}}));
 }
 
 TEST(Recognize, AFailureIsAnErrorOrNoRecords) {

@@ -105,11 +105,8 @@ TEST(SettleStop, EndsTheWaitAtOnce) {
 
 TEST(SettleOptions, AreReadFromAQueryWithinBounds) {
     constexpr double kNow = 1'700'000'000'000;
-    const struct {
-        const char* name;
-        std::map<std::string, std::string> query;
-        std::array<double, 5> read;
-    } rows[] = {
+    using Query = std::map<std::string, std::string>;
+    const std::tuple<const char*, Query, std::array<double, 5>> rows[] = {
         {"defaults", {}, {kNow, 250, 250, 2500, 900}},
         {"all given",
          {{"since", "1699999999000.5"}, {"min", "1"}, {"quiet", "2"}, {"max", "3"}, {"first", "4"}},
@@ -124,9 +121,9 @@ TEST(SettleOptions, AreReadFromAQueryWithinBounds) {
          {{"since", "1e300"}, {"min", "1e9"}, {"quiet", "inf"}, {"max", "60001"}, {"first", "1e9"}},
          {kNow, 60000, 60000, 60000, 60000}},
     };
-    for (const auto& row : rows) {
-        const auto [since, min, quiet, max, first] = SettleOptions::fromQuery(row.query, kNow);
-        EXPECT_EQ((std::array{since, min, quiet, max, first}), row.read) << row.name;
+    for (const auto& [name, query, read] : rows) {
+        const auto [since, min, quiet, max, first] = SettleOptions::fromQuery(query, kNow);
+        EXPECT_EQ((std::array{since, min, quiet, max, first}), read) << name;
     }
 }
 

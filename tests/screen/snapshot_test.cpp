@@ -11,13 +11,7 @@ namespace tandrel {
 namespace {
 
 TEST(Snapshot, ImageSizeKeepsTheShapeWithinTheLimits) {
-    const struct {
-        const char* name;
-        Size screen;
-        std::optional<int> maxWidth;
-        std::optional<int> maxEdge;
-        Size image;
-    } rows[] = {
+    const std::tuple<const char*, Size, std::optional<int>, std::optional<int>, Size> rows[] = {
         {"no limits", {1170, 2532}, {}, {}, {1170, 2532}},
         {"the tighter of both counts", {1170, 2532}, 400, 600, {277, 600}},
         {"width is tighter", {1170, 2532}, 200, 600, {200, 433}},
@@ -31,8 +25,8 @@ TEST(Snapshot, ImageSizeKeepsTheShapeWithinTheLimits) {
         {"negative counts as one", {100, 200}, {}, INT_MIN, {1, 1}},
         {"no screen", {0, 0}, 10, 10, {0, 0}},
     };
-    for (const auto& row : rows)
-        EXPECT_EQ(imageSize(row.screen, row.maxWidth, row.maxEdge), row.image) << row.name;
+    for (const auto& [name, screen, maxWidth, maxEdge, image] : rows)
+        EXPECT_EQ(imageSize(screen, maxWidth, maxEdge), image) << name;
 }
 
 TEST(Snapshot, AFullSizePictureIsTheSamePixels) {
@@ -49,10 +43,8 @@ TEST(Snapshot, EncodesInTheFormatAndSizeAskedFor) {
     EXPECT_EQ((*png)[1], 'P');
     EXPECT_EQ((*jpeg)[1], 0xd8);
     for (const auto& file : {*png, *jpeg}) {
-        const auto image = decodeImage(file);
-        ASSERT_TRUE(image);
-        EXPECT_EQ(image->width(), 150);
-        EXPECT_EQ(image->height(), 325);
+        const auto image = decodeImage(file).value();
+        EXPECT_EQ(pictures::sizeOf(image), std::pair(150, 325));
     }
 }
 

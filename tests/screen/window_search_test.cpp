@@ -1,7 +1,6 @@
 #include "screen/window_search.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include "screen/fake_windows.h"
 #include "support/environment_variable.h"
@@ -27,11 +26,7 @@ TEST(AirplayScore, IsTheSumOfWhatOwnerTitleAndPlaceSay) {
         info.onScreen = onScreen;
         return info;
     };
-    const struct {
-        const char* name;
-        WinInfo window;
-        int score;
-    } rows[] = {
+    const std::tuple<const char*, WinInfo, int> rows[] = {
         {"too narrow", window("AirPlay", agent, "iPhone", 119, 600), 0},
         {"too low", window("AirPlay", agent, "iPhone", 600, 119), 0},
         {"just large enough", window("AirPlay", agent, "", 120, 120), 140},
@@ -48,7 +43,7 @@ TEST(AirplayScore, IsTheSumOfWhatOwnerTitleAndPlaceSay) {
         {"a title alone, minimised", at(window("Notes", "", "iPHONE", 400, 800), 0, false), 25},
         {"nothing", window("Notes", "", "Shopping", 400, 800), 0},
     };
-    for (const auto& row : rows) EXPECT_EQ(airplayScore(row.window), row.score) << row.name;
+    for (const auto& [name, window, score] : rows) EXPECT_EQ(airplayScore(window), score) << name;
 }
 
 TEST(AirplayScore, TakesTheOwnersWord) {

@@ -12,7 +12,7 @@ namespace tandrel {
 // A clock that stands still until a test turns it. With `Sleep::passes` a sleep turns the clock
 // itself and returns at once, which suits tests of paced sequences; with `Sleep::waits` it blocks
 // until `advance` reaches its deadline.
-class ManualClock final : public Clock {
+class ManualClock : public Clock {
  public:
     enum class Sleep { passes, waits };
     explicit ManualClock(Sleep sleep = Sleep::waits) : sleep_(sleep) {}

@@ -28,14 +28,8 @@ Objects objectsOf(const std::string& connected, const std::string& resolved) {
 }
 
 TEST(BluezObjects, OnePhoneIsInUse) {
-    const struct {
-        const char* what;
-        const char* connected;
-        const char* resolved;
-        const char* adapter;
-        const char* current;
-        PhoneInUse expected;
-    } rows[] = {
+    using Text = const char*;
+    const std::tuple<Text, Text, Text, Text, Text, PhoneInUse> rows[] = {
         {"nobody", "", "", "hci0", "", {"", {}}},
         {"one that is not ready", "A", "", "hci0", "", {"", {}}},
         {"one", "A", "A", "hci0", "", {"A", {}}},
@@ -46,11 +40,10 @@ TEST(BluezObjects, OnePhoneIsInUse) {
         {"a second before it is ready", "AB", "A", "hci0", "A", {"", {"B"}}},
         {"a second, listed before", "AB", "AB", "hci0", "B", {"", {"A"}}},
     };
-    for (const auto& row : rows) {
-        EXPECT_EQ(phoneInUse(objectsOf(row.connected, row.resolved), row.adapter, {"A", "B"},
-                             row.current),
-                  row.expected)
-            << row.what;
+    for (const auto& [what, connected, resolved, adapter, current, expected] : rows) {
+        EXPECT_EQ(phoneInUse(objectsOf(connected, resolved), adapter, {"A", "B"}, current),
+                  expected)
+            << what;
     }
 }
 

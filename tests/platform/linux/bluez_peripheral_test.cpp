@@ -16,8 +16,6 @@ namespace {
 using namespace std::chrono_literals;
 using namespace test;
 using testing::ElementsAre;
-using testing::HasSubstr;
-using testing::IsEmpty;
 
 constexpr const char* kPhone = "AA:00:00:00:00:01";
 constexpr const char* kOther = "AA:00:00:00:00:02";
@@ -105,12 +103,7 @@ TEST_F(BluezTest, PublishesInOrderWithFlagsAndWithoutTheDaemonsService) {
 
 TEST_F(BluezTest, AnswersReadsAndWrites) {
     startWithPhone();
-    struct {
-        const char* what;
-        const char* place;
-        unsigned offset;
-        const char* answer;
-    } const rows[] = {
+    const std::tuple<const char*, const char*, unsigned, const char*> rows[] = {
         {"static value", "1/1", 0, "05 01 09"},
         {"its rest", "1/1", 2, "09"},
         {"its end", "1/1", 3, ""},
@@ -121,8 +114,8 @@ TEST_F(BluezTest, AnswersReadsAndWrites) {
         {"a descriptor", "1/3/0", 0, "02 01"},
         {"none", "1/2", 0, "<org.bluez.Error.NotSupported>"},
     };
-    for (const auto& row : rows) {
-        EXPECT_EQ(bluez_.read(phone_, row.place, row.offset), row.answer) << row.what;
+    for (const auto& [what, place, offset, answer] : rows) {
+        EXPECT_EQ(bluez_.read(phone_, place, offset), answer) << what;
     }
     // More than may wait for their answers at once.
     for (int i = 0; i < 300; ++i) {
@@ -140,11 +133,11 @@ TEST_F(BluezTest, TellsWhatIsMissing) {
     }
     start();
     EXPECT_TRUE(publisher_->await("unsupported")) << "no daemon";
-    EXPECT_THAT(advice(), HasSubstr("systemctl start bluetooth"));
+    EXPECT_THAT(advice(), testing::HasSubstr("systemctl start bluetooth"));
     bluez_.addAdapter("hci0", {.powered = false, .peripheral = true});
     bluez_.appear();
     EXPECT_TRUE(publisher_->await("powered off"));
-    EXPECT_THAT(advice(), HasSubstr("bluetoothctl power on"));
+    EXPECT_THAT(advice(), testing::HasSubstr("bluetoothctl power on"));
     bluez_.setPowered("hci0", true);
     EXPECT_TRUE(publisher_->await("powered on"));
     EXPECT_TRUE(publisher_->await("advertising"));
@@ -159,13 +152,9 @@ TEST_F(BluezTest, TellsWhatIsMissing) {
 
 TEST_F(BluezTest, RecoversFromWhateverGoesAndComesBack) {
     startWithPhone();
-    const struct {
-        const char* what;
-        std::function<void()> goes;
-        const char* state;
-        std::function<void()> comes;
-        int applications;  // registered in all
-    } rows[] = {
+    // At last, how many applications were registered in all.
+    using Deed = std::function<void()>;
+    const std::tuple<const char*, Deed, const char*, Deed, int> rows[] = {
         {"adapter off and on", [&] { bluez_.setPowered("hci0", false); }, "powered off",
          [&] { bluez_.setPowered("hci0", true); }, 1},
         {"daemon restarted", [&] { bluez_.vanish(); }, "resetting", [&] { bluez_.appear(); }, 2},
@@ -176,13 +165,13 @@ TEST_F(BluezTest, RecoversFromWhateverGoesAndComesBack) {
          },
          3},
     };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.what);
-        row.goes();
-        EXPECT_TRUE(publisher_->await(row.state));
-        row.comes();
+    for (const auto& [what, goes, state, comes, applications] : rows) {
+        SCOPED_TRACE(what);
+        goes();
+        EXPECT_TRUE(publisher_->await(state));
+        comes();
         EXPECT_TRUE(publisher_->await("advertising"));
-        EXPECT_EQ(bluez_.applicationsRegistered(), row.applications);
+        EXPECT_EQ(bluez_.applicationsRegistered(), applications);
         bluez_.use(phone_);
         EXPECT_TRUE(publisher_->awaitSubscriptions(central_, 3));
         bluez_.forgetReceived(phone_);
@@ -278,7 +267,7 @@ TEST_F(BluezTest, PhoneThatOnlySubscribesIsToldFromOtherDevices) {
     send(4);
     EXPECT_THAT(bluez_.received(phone_, 1), ElementsAre("1/2 04"));
     EXPECT_TRUE(bluez_.isConnected(headset));
-    EXPECT_THAT(publisher_->takeEvents(), IsEmpty());
+    EXPECT_THAT(publisher_->takeEvents(), testing::IsEmpty());
 }
 
 TEST_F(BluezTest, EachAdapterDrivesItsOwnPhone) {
@@ -327,7 +316,7 @@ TEST_F(BluezTest, LateAnswerIsWaitedForAndRefusedAdvertisementToldAndTriedAgain)
     bluez_.appear();
     bluez_.stall();
     start();
-    EXPECT_THAT(publisher_->takeEvents(), IsEmpty());
+    EXPECT_THAT(publisher_->takeEvents(), testing::IsEmpty());
     bluez_.resume();
     EXPECT_TRUE(
         publisher_->await("failed: the Bluetooth service does not advertise it on hci0: "
@@ -364,7 +353,7 @@ TEST_F(BluezTest, PropertiesOfAnotherTypeChangeNothing) {
     bluez_.announce(phone_, bluez::kDevice, {{"Connected", wrong}, {"Address", sdbus::Variant(7)}});
     send(4);
     EXPECT_THAT(bluez_.received(phone_, 1), ElementsAre("1/2 04"));
-    EXPECT_THAT(publisher_->takeEvents(), IsEmpty());
+    EXPECT_THAT(publisher_->takeEvents(), testing::IsEmpty());
 }
 
 }  // namespace

@@ -14,7 +14,6 @@
 namespace tandrel {
 namespace {
 
-using testing::HasSubstr;
 using How = ProgramEnd::How;
 using namespace std::chrono_literals;
 
@@ -29,11 +28,7 @@ ProgramEnd shell(const std::string& script, Duration timeout = 60s, std::size_t 
 }
 
 TEST(ChildProcesses, EndAsTheyDoWithTheirOutput) {
-    const struct {
-        const char* script;
-        Duration timeout;
-        ProgramEnd end;
-    } rows[] = {
+    const std::tuple<const char*, Duration, ProgramEnd> rows[] = {
         {"echo one; echo two >&2; echo three; exit 7", 60s, {How::exited, 7, "one\ntwo\nthree\n"}},
         {"kill -KILL $$", 60s, {How::signalled, SIGKILL, ""}},
         {"cat; echo end of input", 60s, {How::exited, 0, "end of input\n"}},
@@ -49,11 +44,11 @@ TEST(ChildProcesses, EndAsTheyDoWithTheirOutput) {
          60s,
          {How::exited, 5, std::string(1000, '\0')}},
     };
-    for (const auto& row : rows) {
-        const ProgramEnd end = shell(row.script, row.timeout);
+    for (const auto& [script, timeout, wanted] : rows) {
+        const ProgramEnd end = shell(script, timeout);
         EXPECT_EQ(std::tie(end.how, end.status, end.output),
-                  std::tie(row.end.how, row.end.status, row.end.output))
-            << row.script;
+                  std::tie(wanted.how, wanted.status, wanted.output))
+            << script;
     }
     EXPECT_EQ(shell("yes", 200ms, 4).output, "y\ny\n");
 }
@@ -109,7 +104,7 @@ TEST(ChildProcesses, SayWhyTheyCannotBeStarted) {
     for (const auto& [name, why] : {std::pair("none", "No such file or directory"),
                                     std::pair("plain", "Permission denied")}) {
         const auto end = processes.run({.program = folder.path() / name, .arguments = {}});
-        EXPECT_THAT(end.error().message, HasSubstr(why)) << name;
+        EXPECT_THAT(end.error().message, testing::HasSubstr(why)) << name;
     }
 }
 

@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include "platform/recorded_starts.h"
 #include "support/temporary_folder.h"
 
 namespace tandrel {
@@ -32,32 +33,19 @@ TEST(DesktopCommand, IsReadAsTheEntrysRulesSay) {
     for (const auto& [entry, words] : rows) EXPECT_EQ(desktopCommand(entry), words) << entry;
 }
 
-class FakeProcesses final : public Processes {
- public:
-    Result<ProgramEnd> run(const ProgramRun&) override { return fail("not here"); }
-    Result<void> startDetached(const std::string& program,
-                               const std::vector<std::string>& arguments) override {
-        started = program;
-        for (const auto& argument : arguments) started += "|" + argument;
-        return {};
-    }
-    std::string started;
-};
-
 TEST(DesktopApplications, AreFoundByTheirEntryInTheFirstFolderAndStarted) {
     const TemporaryFolder folder;
-    FakeProcesses processes;
+    RecordedStarts processes;
     DesktopApplications applications(processes, {folder.path() / "own", folder.path() / "all"});
     EXPECT_FALSE(applications.find("com.anthropic.claudefordesktop"));
     for (const char* name : {"all", "own"}) {
         std::filesystem::create_directories(folder.path() / name / "applications");
         const auto entry = folder.path() / name / "applications/claude-desktop.desktop";
         std::ofstream(entry) << "[Desktop Entry]\nExec=" << name << " --x %U\n";
-        const auto found = applications.find("com.anthropic.claudefordesktop");
-        ASSERT_TRUE(found);
-        EXPECT_EQ(found->location, entry);
-        EXPECT_TRUE(applications.open(*found));
-        EXPECT_EQ(processes.started, std::string(name) + "|--x");
+        const auto found = applications.find("com.anthropic.claudefordesktop").value();
+        EXPECT_EQ(found.location, entry);
+        EXPECT_TRUE(applications.open(found));
+        EXPECT_EQ(processes.started, (std::vector<std::string>{name, "--x"}));
     }
     EXPECT_FALSE(applications.find("com.openai.codex"));
     EXPECT_FALSE(applications.find(""));

@@ -106,29 +106,23 @@ TEST_F(GrabberDevicesTest, TakesFromEachGrabberTheFormThatShowsAPhoneBest) {
     padded.bytesPerLine = 4096;
     GrabberAnswers settled = kCheap;
     settled.settlesFor = V4L2_PIX_FMT_YUYV;
-    const struct {
-        const char* name;
-        GrabberAnswers answers;
-        Bytes frame;
-        std::uint32_t pixelFormat;
-        Size size;
-    } rows[] = {
+    const std::tuple<const char*, GrabberAnswers, Bytes, std::uint32_t, Size> rows[] = {
         {"cheap", kCheap, jpegOf(1920, 1080), V4L2_PIX_FMT_MJPEG, {1920, 1080}},
         {"NV12", kNv12, Bytes(3840 * 2160 * 3 / 2), V4L2_PIX_FMT_NV12, {3840, 2160}},
         {"NV12, padded", padded, Bytes(4096 * 2160 * 3 / 2), V4L2_PIX_FMT_NV12, {3840, 2160}},
         {"BGR, no sizes", kBgr, Bytes(1920 * 1080 * 3), V4L2_PIX_FMT_BGR24, {1920, 1080}},
         {"other than asked", settled, Bytes(1920 * 1080 * 2), V4L2_PIX_FMT_YUYV, {1920, 1080}},
     };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.name);
-        grabbers_.plugIn(kPath, row.answers);
-        start(row.answers.card);
+    for (const auto& [name, answers, frame, pixelFormat, size] : rows) {
+        SCOPED_TRACE(name);
+        grabbers_.plugIn(kPath, answers);
+        start(answers.card);
         const auto session = open();
         ASSERT_TRUE(session);
-        grabbers_.deliver(kPath, row.frame);
-        EXPECT_EQ(frames_.next(), row.size);
+        grabbers_.deliver(kPath, frame);
+        EXPECT_EQ(frames_.next(), size);
         EXPECT_EQ(grabbers_.with(kPath, [](auto& device) { return device.pixelFormat; }),
-                  row.pixelFormat);
+                  pixelFormat);
     }
 }
 
@@ -158,11 +152,7 @@ TEST_F(GrabberDevicesTest, TakesOnlyWhatTheOwnerChose) {
     grabbers_.plugIn("/dev/video3", kSmall, "port-3");
     grabbers_.plugIn("/dev/video4", kSmall, "port-4");
     start("");
-    const struct {
-        const char* chosen;
-        std::vector<std::string> ids;
-        std::vector<std::string> troubles;
-    } rows[] = {
+    const std::tuple<const char*, std::vector<std::string>, std::vector<std::string>> rows[] = {
         {"",
          {},
          {"Cable: say which grabber shows the iPhone: tandrel-app --set grabber NAME (there is "
@@ -176,11 +166,11 @@ TEST_F(GrabberDevicesTest, TakesOnlyWhatTheOwnerChose) {
          {"Cable: 2 grabbers are called \"Small\": choose one by its port, \"port-3\", "
           "\"port-4\""}},
     };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.chosen);
-        choose(row.chosen);
-        EXPECT_EQ(awaitIds(row.ids), row.ids);
-        EXPECT_TRUE(eventually([&] { return devices_->troubles() == row.troubles; }))
+    for (const auto& [chosen, ids, troubles] : rows) {
+        SCOPED_TRACE(chosen);
+        choose(chosen);
+        EXPECT_EQ(awaitIds(ids), ids);
+        EXPECT_TRUE(eventually([&] { return devices_->troubles() == troubles; }))
             << testing::PrintToString(devices_->troubles());
     }
     start(std::nullopt);  // the picture comes another way
@@ -263,11 +253,7 @@ TEST_F(GrabberDevicesTest, TriesLaterEachTimeWhileItCannotBeOpened) {
 }
 
 TEST_F(GrabberDevicesTest, SaysWhyADeviceGivesNoFrames) {
-    const struct {
-        const char* name;
-        std::function<void(GrabberAnswers&)> change;
-        const char* error;
-    } rows[] = {
+    const std::tuple<const char*, std::function<void(GrabberAnswers&)>, const char*> rows[] = {
         {"nothing known", [](auto& a) { a.formats = {{V4L2_PIX_FMT_H264, {{64, 48, {30}}}}}; },
          "/dev/video0 offers no video in YUYV, NV12, BGR or MJPEG"},
         {"impossible sizes",
@@ -278,13 +264,13 @@ TEST_F(GrabberDevicesTest, SaysWhyADeviceGivesNoFrames) {
         {"no buffers", [](auto& a) { a.buffers = 0; }, "it gave 0 buffers"},
         {"too many buffers", [](auto& a) { a.buffers = 100'000; }, "it gave 100000 buffers"},
     };
-    for (const auto& row : rows) {
+    for (const auto& [name, change, error] : rows) {
         GrabberAnswers answers = kSmall;
-        row.change(answers);
+        change(answers);
         grabbers_.plugIn(kPath, answers);
         start("Small");
-        EXPECT_EQ(openError(), row.error) << row.name;
-        EXPECT_EQ(grabbers_.openCount(), 0) << row.name;
+        EXPECT_EQ(openError(), error) << name;
+        EXPECT_EQ(grabbers_.openCount(), 0) << name;
     }
 }
 

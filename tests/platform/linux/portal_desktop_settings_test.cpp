@@ -13,11 +13,7 @@ TEST(PortalDesktopSettings, TellWhichColoursThePersonPrefers) {
     const EnvironmentVariable session("DBUS_SESSION_BUS_ADDRESS", bus.address());
     PortalDesktopSettings settings;
     EXPECT_EQ(settings.colorPreference(), ColorPreference::none) << "no portal";
-    const struct {
-        const char* name;
-        std::optional<sdbus::Variant> answer;
-        ColorPreference expected;
-    } rows[] = {
+    const std::tuple<const char*, std::optional<sdbus::Variant>, ColorPreference> rows[] = {
         {"no preference", FakePortal::wrapped(0), ColorPreference::none},
         {"dark", FakePortal::wrapped(1), ColorPreference::dark},
         {"light", FakePortal::wrapped(2), ColorPreference::light},
@@ -26,12 +22,11 @@ TEST(PortalDesktopSettings, TellWhichColoursThePersonPrefers) {
         {"no number", sdbus::Variant(sdbus::Variant(std::string("dark"))), ColorPreference::none},
         {"no such setting", std::nullopt, ColorPreference::none},
     };
-    for (const auto& row : rows) {
+    for (const auto& [name, answer, expected] : rows) {
         const FakePortal portal(bus.address(), [&] {
-            return row.answer ? *row.answer
-                              : throw sdbus::Error("test.NotFound", "no such setting");
+            return answer ? *answer : throw sdbus::Error("test.NotFound", "no such setting");
         });
-        EXPECT_EQ(settings.colorPreference(), row.expected) << row.name;
+        EXPECT_EQ(settings.colorPreference(), expected) << name;
     }
     bus.stop();
     EXPECT_EQ(settings.colorPreference(), ColorPreference::none) << "no bus";

@@ -61,11 +61,7 @@ TEST(ProcNetTable, Rows) {
     const std::string rest = " 01 00000000:00000000 00:00000000 00000000  1000        0 ";
     const std::string ends = "   4: 0100007F:C350 0100007F:1CDE";
     const std::string mapped = "0000000000000000FFFF00000100007F:";
-    const struct {
-        const char* name;
-        std::string table;
-        PeerAnswer expected;
-    } cases[] = {
+    const std::tuple<const char*, std::string, PeerAnswer> cases[] = {
         {"found among others",
          "  sl  local_address rem_address   st tx_queue rx_queue tr tm->when retrnsmt   uid  "
          "timeout "

@@ -144,10 +144,7 @@ TEST_P(XSyntheticInputTest, AMinimisedWindowIsBroughtBack) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Managers, XSyntheticInputTest,
-                         testing::Values(XDesktop::Manager::none, XDesktop::Manager::openbox),
-                         [](const auto& row) {
-                             return row.param == XDesktop::Manager::none ? "none" : "openbox";
-                         });
+                         testing::Values(XDesktop::Manager::none, XDesktop::Manager::openbox));
 
 }  // namespace
 }  // namespace tandrel

@@ -26,12 +26,7 @@ TEST(HidHost, SubscribesToInputReportsBatteryAndServiceChanged) {
 TEST(HidHost, TellsWhatEachReportChanges) {
     HidHost host = *HidHost::discover(test::hidServices(), notFound);
     using Events = std::vector<InputEvent>;
-    const struct {
-        const char* what;
-        CharacteristicId report;
-        const char* bytes;
-        Events events;
-    } rows[] = {
+    const std::tuple<const char*, CharacteristicId, const char*, Events> rows[] = {
         {"a place", kAbsolute, "00 00 40 ff 7f", {PointerTo{{16384 / 32767.0, 1.0}}}},
         {"down", kRelative, "01 00 00 00", {ButtonEvent::down}},
         {"held in both reports", kAbsolute, "01 00 00 00 00", {PointerTo{{0, 0}}}},
@@ -51,8 +46,8 @@ TEST(HidHost, TellsWhatEachReportChanges) {
         {"the battery's level", 30, "64", {}},
         {"no characteristic", 99, "01 00 00 00", {}},
     };
-    for (const auto& row : rows) {
-        EXPECT_EQ(host.receive(row.report, hex(row.bytes)), row.events) << row.what;
+    for (const auto& [what, report, bytes, events] : rows) {
+        EXPECT_EQ(host.receive(report, hex(bytes)), events) << what;
     }
 }
 

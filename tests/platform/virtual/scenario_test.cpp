@@ -128,11 +128,5 @@ TEST(Scenario, DescriptionNamesGlyphsThatThereAre) {
     EXPECT_GT(names, 20);
 }
 
-TEST(Scenario, FileThatCannotBeReadIsNamed) {
-    for (const char* file : {"/nonexistent/demo.json", "/"}) {
-        EXPECT_THAT(loadScenario(file).error().message, testing::HasSubstr(file));
-    }
-}
-
 }  // namespace
 }  // namespace tandrel

@@ -9,8 +9,6 @@
 namespace tandrel {
 namespace {
 
-using testing::IsEmpty;
-
 constexpr CharacteristicId kServiceChanged = 40;
 
 Scenario scenarioOf(const char* host, bool staleCache = false) {
@@ -51,7 +49,7 @@ TEST_F(VirtualBluetoothTest, UpdateReachesAndIsRefusedByTheAddressedPhoneAlone) 
         EXPECT_EQ(send(0x05, {hostOf(a_), hostOf(b_)}), Delivery::refused);
     }
     EXPECT_EQ(a_.record().typed + b_.record().typed, "a");
-    EXPECT_THAT(publisher_->takeEvents(), IsEmpty()) << "there is no room yet";
+    EXPECT_THAT(publisher_->takeEvents(), testing::IsEmpty()) << "there is no room yet";
     clock_.advance(std::chrono::milliseconds(15));
     EXPECT_TRUE(publisher_->await("ready"));
     EXPECT_EQ(send(0x05, {hostOf(a_), hostOf(b_)}), Delivery::accepted);

@@ -9,10 +9,7 @@
 namespace tandrel {
 namespace {
 
-using testing::ElementsAre;
-using testing::HasSubstr;
 using testing::IsEmpty;
-using testing::SizeIs;
 
 std::unique_ptr<VirtualPlatform> open(const std::string& choice) {
     auto platform = VirtualPlatform::open(choice, test::shareFolder(), systemClock());
@@ -45,10 +42,10 @@ TEST(VirtualPlatform, PhonesOfTheSameScenarioAreToldApart) {
         const PhoneTraits& traits = phone->traits();
         phones.push_back(traits.id + " " + traits.name + " " + traits.host.text().substr(34));
     }
-    EXPECT_THAT(
-        phones,
-        ElementsAre("VIRTUAL-0001 Virtual iPhone 01", "VIRTUAL-0002 Second iPhone 02",
-                    "VIRTUAL-0001-2 Virtual iPhone 2 03", "VIRTUAL-0001-3 Virtual iPhone 3 04"));
+    EXPECT_THAT(phones, testing::ElementsAre("VIRTUAL-0001 Virtual iPhone 01",
+                                             "VIRTUAL-0002 Second iPhone 02",
+                                             "VIRTUAL-0001-2 Virtual iPhone 2 03",
+                                             "VIRTUAL-0001-3 Virtual iPhone 3 04"));
 }
 
 TEST(VirtualPlatform, WhatCannotBeOpenedIsSaid) {
@@ -61,7 +58,7 @@ TEST(VirtualPlatform, WhatCannotBeOpenedIsSaid) {
     for (const auto& [choice, error] : rows) {
         const auto platform = VirtualPlatform::open(choice, test::shareFolder(), systemClock());
         ASSERT_FALSE(platform) << choice;
-        EXPECT_THAT(platform.error().message, HasSubstr(error));
+        EXPECT_THAT(platform.error().message, testing::HasSubstr(error));
     }
 }
 
@@ -69,12 +66,12 @@ TEST(VirtualPlatform, PluggedPhonesAreOnTheBusAndAmongTheDevices) {
     const auto platform = open("1:" + second());
     platform->phones()[0]->unplug();
     const auto usb = platform->usbRegistry().devices();
-    ASSERT_THAT(usb, SizeIs(1));
+    ASSERT_THAT(usb, testing::SizeIs(1));
     EXPECT_EQ(usb[0].vendorId, 1452);
-    EXPECT_THAT(usb[0].productName, HasSubstr("iPhone"));
-    EXPECT_THAT(
-        platform->captureDevices().devices(),
-        ElementsAre(CaptureDeviceInfo{"VIRTUAL-0002", "Second iPhone", "iOS Device", true}));
+    EXPECT_THAT(usb[0].productName, testing::HasSubstr("iPhone"));
+    EXPECT_THAT(platform->captureDevices().devices(),
+                testing::ElementsAre(
+                    CaptureDeviceInfo{"VIRTUAL-0002", "Second iPhone", "iOS Device", true}));
     EXPECT_EQ(platform->permissions().camera(), Permission::granted);
 }
 
