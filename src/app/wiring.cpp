@@ -58,7 +58,7 @@ Result<Backends> Backends::open(const AppInfo& info, Clock& clock) {
     BluezOptions bluetooth;
     bluetooth.adapters =
         BluezOptions::parseAdapters(environment("TANDREL_BLUETOOTH_ADAPTERS").value_or(""));
-    backends.makeBluetooth = makeBluezPeripheral(std::move(bluetooth), clock);
+    backends.makeBluetooth = makeBluezPeripheral(bluetooth, clock);
     const auto images =
         ImageCaptureDevices::parsePaths(environment("TANDREL_CAPTURE_IMAGES").value_or(""));
     for (const auto& path : images) TRY_VOID(checkImages(path));
@@ -88,9 +88,8 @@ void Backends::openGrabbers(const std::filesystem::path& settings, Clock& clock)
     const auto forced = environment("TANDREL_GRABBER");
     const auto defaults = std::make_shared<JsonUserDefaults>(settings, clock);
     const auto chosen = [forced, defaults]() -> std::optional<std::string> {
-        if (forced) return *forced;
-        if (defaults->textValue("link") == "airplay") return std::nullopt;
-        return defaults->textValue("grabber").value_or("");
+        const bool none = defaults->textValue("link") == "airplay";
+        return forced || none ? forced : defaults->textValue("grabber").value_or("");
     };
     auto grabbers = std::make_unique<GrabberDevices>(
         GrabberDevices::Options{.nodes = makeUdevVideoNodes(), .chosen = chosen},

@@ -90,7 +90,7 @@ Result<Json> pressKey(const ToolCall& call) {
     if (modifiers != call.arguments.end() && !modifiers->empty()) {
         parameters["modifiers"] = *modifiers;
     }
-    return sendToPhone(call, "/key", std::move(parameters), "Pressed the key");
+    return sendToPhone(call, "/key", parameters, "Pressed the key");
 }
 
 Result<Json> goHome(const ToolCall& call) {

@@ -4,6 +4,9 @@
 
 #include "base/pixel_buffer.h"
 
+using cairo_t = struct _cairo;
+using cairo_surface_t = struct _cairo_surface;
+
 namespace tandrel {
 
 struct Colour {
@@ -37,17 +40,15 @@ class DrawnFrame {
     void outline(double x, double y, double width, double height, double radius, Colour line);
     void line(double x0, double y0, double x1, double y1, double thickness, Colour colour);
     void disc(double x, double y, double radius, Colour fill);
-    // What a photo looks like from afar: patches, blades and blots, different ones for each seed.
-    void texture(double x, double y, double width, double height, int seed);
-    // Darkens the area from above, or brightens it where `amount` is below 0.
-    void shade(double x, double y, double width, double height, double amount);
+    // For what else is to be drawn.
+    cairo_t* canvas() { return cairo_; }
 
     PixelBuffer frame() const;
 
  private:
-    struct Surface;
     void path(double x, double y, double width, double height, double radius);
-    Surface* const surface_;
+    cairo_surface_t* const pixels_;
+    cairo_t* const cairo_;
 };
 
 }  // namespace tandrel

@@ -1,5 +1,9 @@
 #include <array>
+#include <cmath>
+#include <numbers>
+#include <random>
 
+#include <cairo.h>
 #include <fmt/format.h>
 
 #include "text/drawn_parts.h"
@@ -18,6 +22,50 @@ void writeWithHalo(DrawnPage& page, double x, double y, const std::string& text,
                           {page.font(), points, halo});
     }
     page.write(x, y, text, points, colour);
+}
+
+// What a photo looks like from afar: patches, blades and blots, different ones for each seed.
+void drawTexture(cairo_t* cairo, double x, double y, double width, double height, int seed) {
+    std::mt19937 random(static_cast<unsigned>(seed));
+    auto part = [&] { return static_cast<double>(random() % 1000) / 999; };
+    cairo_save(cairo);
+    cairo_rectangle(cairo, x, y, width, height);
+    cairo_clip(cairo);
+    cairo_set_source_rgb(cairo, 0.2 + 0.5 * part(), 0.2 + 0.5 * part(), 0.2 + 0.5 * part());
+    cairo_paint(cairo);
+    for (int i = 0; i < 160; ++i) {
+        cairo_set_source_rgba(cairo, 0.8 * part(), 0.8 * part(), 0.8 * part(), 0.2 + 0.4 * part());
+        const double centreX = x + part() * width, centreY = y + part() * height;
+        cairo_move_to(cairo, centreX, centreY);
+        if (i % 3 == 0) {
+            cairo_arc(cairo, centreX, centreY, part() * width / 9, 0, 2 * std::numbers::pi);
+            cairo_fill(cairo);
+            continue;
+        }
+        cairo_line_to(cairo, centreX + (part() - 0.5) * width / 3,
+                      centreY + (part() - 0.5) * width / 3);
+        cairo_line_to(cairo, centreX + (part() - 0.5) * width / 3,
+                      centreY + (part() - 0.5) * width / 3);
+        cairo_set_line_width(cairo, 0.5 + 2 * part());
+        if (i % 3 == 1) {
+            cairo_fill(cairo);
+        } else {
+            cairo_stroke(cairo);
+        }
+    }
+    cairo_restore(cairo);
+}
+
+// Darkens the area from above, or brightens it where `amount` is below 0.
+void drawShade(cairo_t* cairo, double x, double y, double width, double height, double amount) {
+    cairo_pattern_t* pattern = cairo_pattern_create_linear(0, y, 0, y + height);
+    const double grey = amount > 0 ? 0 : 1, most = std::abs(amount);
+    cairo_pattern_add_color_stop_rgba(pattern, 0, grey, grey, grey, most * 0.6);
+    cairo_pattern_add_color_stop_rgba(pattern, 1, grey, grey, grey, most);
+    cairo_set_source(cairo, pattern);
+    cairo_rectangle(cairo, x, y, width, height);
+    cairo_fill(cairo);
+    cairo_pattern_destroy(pattern);
 }
 
 }  // namespace
@@ -87,10 +135,10 @@ double drawMap(DrawnPage& page, double y) {
 double drawPhoto(DrawnPage& page, double y) {
     DrawnFrame& frame = page.frame();
     const double height = 210;
-    frame.texture(0, y, page.width(), height, page.pick(100000));
+    drawTexture(frame.canvas(), 0, y, page.width(), height, page.pick(100000));
     const bool white = page.pick(4) > 0;
     const Colour ink = white ? kWhite : kBlack;
-    if (page.pick(2)) frame.shade(0, y, page.width(), height, white ? 0.45 : -0.45);
+    if (page.pick(2)) drawShade(frame.canvas(), 0, y, page.width(), height, white ? 0.45 : -0.45);
     const double size = page.between(16, 34);
     page.writeFitting(20, y + 60, page.width() - 40, page.words(), size, ink);
     page.write(20, y + 96, page.words(), page.between(12, 16), ink);
