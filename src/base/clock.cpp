@@ -44,7 +44,8 @@ Duration seconds(double value) {
 double toSeconds(Duration duration) { return std::chrono::duration<double>(duration).count(); }
 
 Clock& systemClock() {
-    static SystemClock clock;
+    // Never destroyed: a thread may still look at it while the program exits.
+    static Clock& clock = *new SystemClock;
     return clock;
 }
 

@@ -152,7 +152,7 @@ TEST_F(PanelOnSmallScreen, ShowsItsButtonsAllTheSame) {
 
 TEST_F(Panel, ClosesWhenTheProgramEnds) {
     program->process().signal(SIGINT);
-    EXPECT_EQ(program->process().wait(), 0);
+    EXPECT_EQ(program->process().wait(), 0) << program->process().output();
     reply.wait();
 }
 
