@@ -44,6 +44,7 @@ struct SerialQueue::State {
                 task = nullptr;  // what the task holds goes before the lock is taken again
                 lock.lock();
             } else if (stopping) {
+                runner = std::thread::id{};  // a later thread may get the same one
                 return;
             } else {
                 clock.waitUntil(lock, *wakeup,

@@ -107,13 +107,14 @@ TEST_F(Client, TakesAndSendsLargeBodies) {
     Bytes body(12'000'000);
     std::mt19937 random(1);
     for (auto& byte : body) byte = static_cast<std::uint8_t>(random());
-    serve([&](const HTTPRequest& request) {
+    serve([body](const HTTPRequest& request) {
         HTTPResponse response;
         response.headers["X-Length"] = std::to_string(request.body.value("text", "").size());
         response.body = body;
         return response;
     });
-    const auto whole = httpPost(url, "/", {{"text", std::string(6'000'000, 'x')}});
+    const auto whole = httpPost(url, "/", {{"text", std::string(6'000'000, 'x')}},
+                                {.timeout = std::chrono::minutes(2)});
     ASSERT_TRUE(whole) << whole.error().message;
     EXPECT_EQ(whole->headers.at("x-length"), "6000000");
     EXPECT_TRUE(whole->body == body);
