@@ -48,7 +48,10 @@ class GrabberDevicesTest : public testing::Test {
     using Size = TakenFrames::Size;
 
     void start(const std::optional<std::string>& chosen = kCard) {
-        chosen_ = chosen;
+        {
+            std::lock_guard lock(mutex_);
+            chosen_ = chosen;
+        }
         const auto choice = [this] {
             std::lock_guard lock(mutex_);
             return chosen_;
