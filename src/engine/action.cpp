@@ -122,6 +122,12 @@ Result<PhoneAction> parseAction(std::string_view path, const Json& body,
     return fail("not found", 404);
 }
 
+bool pressesSomething(const PhoneAction& action) {
+    if (std::holds_alternative<MoveAction>(action)) return false;
+    const auto* nudge = std::get_if<NudgeAction>(&action);
+    return !nudge || nudge->click == Input::Click::yes;
+}
+
 Result<void> perform(const PhoneAction& action, Input& input) {
     return std::visit(Performer{input}, action);
 }

@@ -44,6 +44,9 @@ using PhoneAction = std::variant<TapAction, SwipeAction, MoveAction, NudgeAction
 Result<PhoneAction> parseAction(std::string_view path, const Json& body,
                                 const ActionTarget& target);
 
+// Whether it does more than move the pointer.
+bool pressesSomething(const PhoneAction& action);
+
 // Blocks until the reports are sent.
 Result<void> perform(const PhoneAction& action, Input& input);
 

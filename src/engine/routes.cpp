@@ -19,6 +19,10 @@ constexpr std::string_view kBusy =
 // A matching run takes a little over a second a phone.
 constexpr Duration kMatchPatience = std::chrono::seconds(30);
 
+// An action shows in the picture as soon as the phone has drawn it and the picture has come here;
+// then a page may slide in. Pictures that never stand still are judged after `max`. Milliseconds.
+constexpr SettleOptions kEffect{.min = 400, .quiet = 200, .max = 2000, .first = 400};
+
 // The longest that one action can take: the owner's time to answer, twice bounded, and its reports.
 constexpr Duration kActionPatience = std::chrono::seconds(150);
 
@@ -169,13 +173,27 @@ HTTPResponse Routes::act(const HTTPRequest& request) {
     if (!action) return HTTPResponse::error(action.error());
     const auto hold = to_.devices.use().act(target->host, kMatchPatience, request.clientGone);
     if (!hold) return HTTPResponse::error(kBusy, 409);
-    return to_.gate.run(request, {.read = [&] { return guardFrame(*target); },
+    return to_.gate.run(request, {.read = [&] { return guardFrame(*target, request.clientGone); },
                                   .perform = [&] { return performOn(*target, *action); },
                                   .pointer = [&] { return pointerOf(*target); }});
 }
 
-ScreenReading Routes::guardFrame(const ActionTarget& target) {
+void Routes::awaitEffect(const ActionTarget& target, const std::stop_token& clientGone) {
+    const auto ended = lastActions_.of(target.host);
+    if (!ended) return;
+    const double ago = toSeconds(to_.clock.now() - *ended) * 1000;
+    if (ago >= kEffect.max) return;
+    SettleOptions options = kEffect;
+    options.since = millisecondsNow(to_.clock) - ago;
+    const auto changes = [screen = target.device->screen](double since) {
+        return screen->changeTimes(since);
+    };
+    waitToSettle(changes, options, to_.clock, clientGone);
+}
+
+ScreenReading Routes::guardFrame(const ActionTarget& target, const std::stop_token& clientGone) {
     if (!target.device) return NoFrame{};
+    awaitEffect(target, clientGone);
     if (!isUnchanged(target, to_.devices, to_.hid)) return Error{std::string(kChanged), 409};
     auto frame = target.device->screen->frame();
     if (!frame) return NoFrame{};
@@ -189,9 +207,9 @@ HTTPResponse Routes::performOn(const ActionTarget& target, const PhoneAction& ac
     // The owner may have paused while the action waited for its turn or for an answer.
     if (to_.paused()) return HTTPResponse::error(kPaused, 423);
     if (!isUnchanged(target, to_.devices, to_.hid)) return HTTPResponse::error(kChanged, 409);
-    if (const auto done = perform(action, *target.input); !done) {
-        return HTTPResponse::error(done.error());
-    }
+    const auto done = perform(action, *target.input);
+    if (pressesSomething(action)) lastActions_.note(target.host, to_.clock.now());
+    if (!done) return HTTPResponse::error(done.error());
     return HTTPResponse::json({{"ok", true}, {"device", target.id()}});
 }
 

@@ -7,6 +7,7 @@
 #include "devices/devices.h"
 #include "engine/action.h"
 #include "engine/action_target.h"
+#include "engine/last_actions.h"
 #include "engine/screen_reader.h"
 #include "hid/hid_peripheral.h"
 #include "http/message.h"
@@ -15,7 +16,7 @@
 namespace tandrel {
 
 // The engine's HTTP API: one row a request, one function a row. Requests on different connections
-// run side by side; nothing is kept between them.
+// run side by side; nothing is kept between them but when each phone was last acted on.
 class Routes {
  public:
     struct Collaborators {
@@ -56,10 +57,13 @@ class Routes {
 
     Json phones();
     // The frame of the target, read for the payment gate.
-    ScreenReading guardFrame(const ActionTarget& target);
+    ScreenReading guardFrame(const ActionTarget& target, const std::stop_token& clientGone);
+    // Blocks until the picture can be trusted to show what the action before this one did.
+    void awaitEffect(const ActionTarget& target, const std::stop_token& clientGone);
     HTTPResponse performOn(const ActionTarget& target, const PhoneAction& action);
 
     Collaborators to_;
+    LastActions lastActions_;
 };
 
 }  // namespace tandrel

@@ -215,21 +215,23 @@ TEST_F(Guard, APhoneInTroubleAfterTheApprovalGetsNothing) {
 TEST_F(Guard, AQuestionGoesWithItsClient) {
     show("tote");
     std::vector<std::string> events;
-    for (const ApprovalAnswer late : {ApprovalAnswer::timeout, kApprove}) {
-        std::promise<void> asked;
-        std::promise<void> withdrawnSeen;
-        owner.react = [&](std::size_t, TimePoint, const std::stop_token& withdrawn) {
-            const std::stop_callback seen(withdrawn, [&] { withdrawnSeen.set_value(); });
-            asked.set_value();
-            withdrawnSeen.get_future().wait();
-            return late;
-        };
+    constexpr std::array kLate = {ApprovalAnswer::timeout, kApprove};
+    // Until the last of the threads that use them has gone.
+    const auto asked = std::make_shared<std::array<std::promise<void>, kLate.size()>>();
+    owner.react = [=](std::size_t number, TimePoint, const std::stop_token& withdrawn) {
+        const auto withdrawnSeen = std::make_shared<std::promise<void>>();
+        const std::stop_callback seen(withdrawn, [=] { withdrawnSeen->set_value(); });
+        asked->at(number).set_value();
+        withdrawnSeen->get_future().wait();
+        return kLate.at(number);
+    };
+    for (auto& question : *asked) {
         std::stop_source client;
         auto reply = std::async(std::launch::async, [&] {
             return httpPost(engine.url(), "/tap", at("€12.50"),
                             {.timeout = std::chrono::seconds(60), .stop = client.get_token()});
         });
-        asked.get_future().wait();
+        question.get_future().wait();
         client.request_stop();
         EXPECT_FALSE(reply.get());
         events.insert(events.end(), {"asked", "withdrawn"});
@@ -374,6 +376,15 @@ TEST_F(HardScreens, TapsAreJudgedAsTheRulesSay) {
         }
         EXPECT_EQ(touches(), passes ? 1U : 0U) << name;
     }
+}
+
+TEST_F(HardScreens, ATapRightAfterAnotherIsJudgedByThePageThatThatOneLedTo) {
+    show("till");
+    const Json pay = at("Pay €5.00");
+    show("toTill");
+    EXPECT_EQ(tap("Next").status, 200);
+    EXPECT_EQ(engine.post("/tap", pay).status, 403);
+    EXPECT_EQ(touches(), 1U);
 }
 
 TEST_F(HardScreens, AnIconOnAPaymentScreenIsAskedAbout) {
