@@ -13,6 +13,7 @@
 #include "http/client.h"
 #include "memory_trend.h"
 #include "platform/linux/linux_main_loop.h"
+#include "platform/linux/process_limits.h"
 #include "platform/virtual/virtual_platform.h"
 #include "predrawn_capture.h"
 
@@ -89,6 +90,7 @@ int report(const std::vector<MemoryTrend::Sample>& samples, const Counts& counts
 }
 
 int soak(double secondsLong) {
+    shareHeaps();
     char folder[] = "/tmp/tandrel-soak-XXXXXX";
     ::setenv("HOME", ::mkdtemp(folder), 1);
     ::setenv("TANDREL_VIRTUAL_PHONE", fourPhones().c_str(), 1);

@@ -4,7 +4,6 @@
 #include <cstdio>
 
 #include <fmt/format.h>
-#include <sys/resource.h>
 
 #include "app/app_delegate.h"
 #include "app/brand.h"
@@ -22,6 +21,7 @@
 #include "platform/linux/display.h"
 #include "platform/linux/linux_main_loop.h"
 #include "platform/linux/portal_desktop_settings.h"
+#include "platform/linux/process_limits.h"
 #include "platform/linux/signals.h"
 #include "platform/virtual/virtual_platform.h"
 
@@ -53,15 +53,6 @@ std::vector<std::unique_ptr<PhoneWindow>> openWindows(const Backends& backends, 
         windows.back()->show();
     }
     return windows;
-}
-
-// Connections, frames and pipes of a busy hour need more files than the usual soft limit of 1024.
-void raiseFileLimit() {
-    constexpr rlim_t kFiles = 8192;
-    rlimit limit{};
-    if (::getrlimit(RLIMIT_NOFILE, &limit) != 0 || limit.rlim_cur >= kFiles) return;
-    limit.rlim_cur = std::min(limit.rlim_max, kFiles);
-    if (::setrlimit(RLIMIT_NOFILE, &limit) != 0) log("can't raise the limit of open files");
 }
 
 // Whether a copy that runs already has shown its window instead. Copies that take a free port each
@@ -100,6 +91,7 @@ int runApplication(const Arguments& arguments) {
     std::stop_source stopping;
     StopSignals stopSignals;
     raiseFileLimit();
+    shareHeaps();
     Clock& clock = systemClock();
     const AppInfo info = AppInfo::ofThisProgram();
     AppLog::setShared(std::make_shared<AppLog>(AppFiles::of(info).log));

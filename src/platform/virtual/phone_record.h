@@ -27,7 +27,7 @@ struct VirtualTouch {
 // What reached a virtual phone and what came of it.
 struct VirtualPhoneRecord {
     // Of what arrived, the latest kMost each.
-    static constexpr std::size_t kMost = 10'000;
+    static constexpr std::size_t kMost = 256;
     std::vector<VirtualTouch> touches;  // finished ones
     std::vector<KeyEvent> keys;
     std::vector<ConsumerEvent> consumers;
