@@ -69,19 +69,19 @@ PhoneWindow::PhoneWindow(VirtualPhone& phone) : phone_(phone), latest_(std::make
         QGuiApplication::primaryScreen()->availableGeometry().height() * kShareOfDisplay);
     resize(static_cast<int>((height - 2 * kBezel) * shape) + 2 * kBezel, height);
     setMinimumSize(200, 400);
-    frames_ = phone_.watchFrames(
-        VirtualPhone::View::display, [this, latest = latest_](PixelBuffer frame) {
-            MutexLock lock(latest->mutex);
-            if (latest->frame.sharesPixelsWith(frame)) return;
-            latest->frame = std::move(frame);
-            if (std::exchange(latest->announced, true)) return;
-            QMetaObject::invokeMethod(this, [this] { takeFrame(); }, Qt::QueuedConnection);
-        });
+    frames_ = phone_.watchFrames(VirtualPhone::View::display,
+                                 [this, latest = latest_](PixelBuffer frame) {
+                                     MutexLock lock(latest->mutex);
+                                     if (latest->frame.sharesPixelsWith(frame)) return;
+                                     latest->frame = std::move(frame);
+                                     if (std::exchange(latest->announced, true)) return;
+                                     QCoreApplication::postEvent(this, new QEvent(QEvent::User));
+                                 });
 }
 
 PhoneWindow::~PhoneWindow() { frames_.reset(); }
 
-void PhoneWindow::takeFrame() {
+void PhoneWindow::customEvent(QEvent*) {
     MutexLock lock(latest_->mutex);
     latest_->announced = false;
     image_ = asImage(latest_->frame);

@@ -19,6 +19,7 @@ class PhoneWindow final : public QWidget {
     PhoneWindow& operator=(const PhoneWindow&) = delete;
 
  protected:
+    void customEvent(QEvent* event) override;  // a new frame is there
     void paintEvent(QPaintEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
@@ -27,7 +28,6 @@ class PhoneWindow final : public QWidget {
 
  private:
     struct Latest;
-    void takeFrame();
     void touch(TouchPhase phase, const QMouseEvent& event);
     QRectF screenArea() const;
 

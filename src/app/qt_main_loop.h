@@ -22,7 +22,10 @@ class QtMainLoop final : public MainLoop {
     void quit(int status) override;
 
  private:
+    class Inbox;
+
     const std::unique_ptr<QApplication> application_;
+    const std::unique_ptr<Inbox> inbox_;
 };
 
 }  // namespace tandrel

@@ -11,8 +11,6 @@ namespace tandrel {
 
 namespace {
 
-// No frame takes longer than two seconds; what is not read when this much has passed is reported.
-constexpr Duration kTimeToRead = std::chrono::milliseconds(1500);
 // As many phones as may show a still picture at the same time.
 constexpr std::size_t kMostFrames = 4;
 // A screen has 2 to 4 million.

@@ -16,6 +16,14 @@ namespace tandrel {
 // what time did not suffice for.
 class FrameReader : public TextRecognizer {
  public:
+    // No frame takes longer than two seconds; what is not read when this much has passed is
+    // reported. A program whose threads are watched takes tens of times as long.
+#ifdef __SANITIZE_THREAD__
+    static constexpr Duration kTimeToRead = std::chrono::seconds(60);
+#else
+    static constexpr Duration kTimeToRead = std::chrono::milliseconds(1500);
+#endif
+
     // `clock` must outlive the reader.
     FrameReader(std::unique_ptr<StripReader> strips, Clock& clock);
     ~FrameReader() override;

@@ -33,14 +33,17 @@ class Panel : public testing::Test {
         environment["TANDREL_GUARD_TIMEOUT"] = "40";
         program = std::make_unique<RunningProgram>(environment);
         program->awaitMatched();
-        tap(0.15, 0.13);  // Shop
-        tap(0.5, 0.2);    // Canvas tote bag
+        tap("Shop", 0.15, 0.13);
+        tap("Canvas tote bag", 0.5, 0.2);
+        program->awaitText("Add to basket");
         ask();
     }
 
-    void tap(double x, double y) {
-        ASSERT_EQ(program->post("/tap", {{"x", x}, {"y", y}, {"fraction", true}}).status, 200);
-        program->get("/settle");
+    // Once that text has been read, which may take seconds when threads are watched.
+    void tap(const std::string& text, double x, double y) {
+        program->awaitText(text);
+        const auto tapped = program->post("/tap", {{"x", x}, {"y", y}, {"fraction", true}});
+        ASSERT_EQ(tapped.status, 200) << toText(tapped.body);
     }
 
     void ask() {
@@ -50,7 +53,7 @@ class Panel : public testing::Test {
         while (!window && reply.wait_for(20ms) == std::future_status::timeout) {
             window = display->find("Tandrel: approve a payment");
         }
-        ASSERT_TRUE(window) << "not asked";
+        ASSERT_TRUE(window) << "not asked: " << toText(reply.get().body);
         display->focus(*window);
     }
 

@@ -45,9 +45,9 @@ class FakePhone {
         constexpr int kHeight = 900;
         constexpr int kDot = 30;
         const auto isDot = [](int at, int start) { return at >= start && at < start + kDot; };
-        const auto image = pictures::drawn(kWidth, kHeight, [&](int x, int y) {
-            const bool isPointer = pointer_ && isDot(x, int(pointer_->x * kWidth)) &&
-                                   isDot(y, int(pointer_->y * kHeight));
+        const auto image = pictures::drawn(kWidth, kHeight, [&, at = pointer_](int x, int y) {
+            const bool isPointer =
+                at && isDot(x, int(at->x * kWidth)) && isDot(y, int(at->y * kHeight));
             return isPointer ? pictures::kBlack : pictures::Colour{200, 200, 200};
         });
         return encodeSnapshot(image, {}).value();

@@ -78,7 +78,7 @@ class OwnersWindows : public testing::Test {
     void chooseFromMenu(const XDisplay::Window& setup, Entry entry) {
         ASSERT_TRUE(waitUntil([&] {
             display->click(setup.x + 60, setup.y + setup.height - 32);
-            return waitUntil([this] { return display->hasPopup(); }, 500ms);
+            return waitUntil([this] { return display->hasPopup(); }, 2s);
         }));
         for (int i = 0; i < entry; ++i) display->press(Key::down);
         display->press(Key::enter);

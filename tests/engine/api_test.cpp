@@ -145,7 +145,8 @@ TEST_F(Api, SettleFollowsTheScreen) {
     const Json still = engine.get("/settle?first=300").json();
     EXPECT_EQ(still["settled"], true);
     EXPECT_EQ(engine.post("/tap", settingsIcon()).status, 200);
-    const Json settled = engine.get("/settle?max=20000&since=" + still["since_ms"].dump()).json();
+    const Json settled =
+        engine.get("/settle?max=60000&first=60000&since=" + still["since_ms"].dump()).json();
     EXPECT_EQ(settled["settled"], true);
     EXPECT_GT(settled["changes"], 0);
 }

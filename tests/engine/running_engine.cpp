@@ -5,9 +5,6 @@
 
 #include <gtest/gtest.h>
 
-#include "platform/linux/linux_text_recognizer.h"
-#include "support/manual_clock.h"
-
 namespace tandrel {
 namespace {
 
@@ -34,11 +31,6 @@ RunningEngine::RunningEngine(const std::string& phones, std::shared_ptr<Temporar
     const AppInfo info = AppInfo::load(TANDREL_SOURCE_DIR);
     auto backends = Backends::open(info, systemClock());
     if (!backends) throw std::runtime_error(backends.error().message);
-#ifdef __SANITIZE_THREAD__
-    // A frame takes longer than a reader has, so time stands still for it.
-    static ManualClock standing;
-    if (!recognizer) recognizer = makeTextRecognizerWith({}, standing).value();
-#endif
     backends->recognizer = std::move(recognizer);
     wiring_ = std::make_unique<Wiring>(std::move(*backends), info, loop_, owner ? *owner : nobody_,
                                        systemClock());

@@ -34,8 +34,9 @@ PixelBuffer manyRows(int rows) {
 }
 
 TEST(FrameReader, reportsWhatTimeDidNotSufficeForAndReadsItTheNextTime) {
+    constexpr Duration kBatch = FrameReader::kTimeToRead / 4;
     ManualClock clock;
-    FrameReader reader(std::make_unique<SlowStrips>(clock, std::chrono::milliseconds(400)), clock);
+    FrameReader reader(std::make_unique<SlowStrips>(clock, kBatch), clock);
     const PixelBuffer frame = manyRows(120);
     const TimePoint start = clock.now();
     const auto read = reader.read(frame).value();
@@ -44,7 +45,7 @@ TEST(FrameReader, reportsWhatTimeDidNotSufficeForAndReadsItTheNextTime) {
     EXPECT_GT(read.records.size(), 0U);
     EXPECT_GT(unread, 0U);
     // The second of two threads may have begun a batch just before time was up.
-    EXPECT_LE(clock.now() - start, std::chrono::milliseconds(1700 + 2 * 400));
+    EXPECT_LE(clock.now() - start, FrameReader::kTimeToRead + 2 * kBatch);
     for (int again = 0; again < 10 && unread > 0; ++again) {
         const std::size_t left = reader.read(frame).value().unread.size();
         EXPECT_LT(left, unread);

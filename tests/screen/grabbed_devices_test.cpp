@@ -4,6 +4,7 @@
 
 #include "image/pictures.h"
 #include "screen/fake_capture_devices.h"
+#include "screen/snapshot.h"
 #include "support/manual_clock.h"
 
 namespace tandrel {

@@ -76,6 +76,12 @@ TEST_F(Settling, ChangesFromBeforeTheCallCount) {
     EXPECT_EQ(reply.waited, 0);
     EXPECT_NEAR(reply.firstChange.value_or(0), 200, 0.01);
     EXPECT_NEAR(reply.still, 1800, 0.01);
+
+    // So does the time from before the call: `max` had passed when this one came.
+    options.since = now();
+    const ChangeTimesSince restless = picture({2550});
+    clock.advance(seconds(2.6));
+    EXPECT_FALSE(waitToSettle(restless, options, clock).settled);
 }
 
 // The wall clock may be set back while a client waits.
