@@ -13,7 +13,6 @@ namespace {
 class FullFrameTesseract : public TextRecognizer {
  public:
     FullFrameTesseract() {
-        setenv("OMP_THREAD_LIMIT", "1", 1);
         api_.Init(nullptr, "eng", tesseract::OEM_LSTM_ONLY);
         api_.SetVariable("debug_file", "/dev/null");
         api_.SetPageSegMode(tesseract::PSM_SPARSE_TEXT);

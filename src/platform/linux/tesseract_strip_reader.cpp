@@ -1,11 +1,12 @@
 #include "platform/linux/tesseract_strip_reader.h"
 
-#include <cstdlib>
 #include <filesystem>
-#include <mutex>
 
 #include <fmt/format.h>
 #include <tesseract/baseapi.h>
+
+// Of OpenMP; clang brings no header for it.
+extern "C" void omp_set_max_active_levels(int levels);
 
 namespace tandrel {
 
@@ -15,13 +16,6 @@ namespace {
 constexpr std::size_t kMostIdle = 2;
 // The resolution that the library is told, so that a strip's letters are of an ordinary size.
 constexpr int kStripResolution = 100;
-
-// The library's OpenMP threads spin against each other for lines as small as ours: several times
-// slower than one thread. OpenMP reads this once, at its first use.
-void limitOpenMp() {
-    static std::once_flag once;
-    std::call_once(once, [] { setenv("OMP_THREAD_LIMIT", "1", 1); });
-}
 
 StripText readOne(tesseract::TessBaseAPI& api, const Strip& strip) {
     api.SetImage(strip.pixels.data(), strip.columns, Strip::kRows, 1, strip.columns);
@@ -35,13 +29,14 @@ StripText readOne(tesseract::TessBaseAPI& api, const Strip& strip) {
 }  // namespace
 
 TesseractStripReader::TesseractStripReader(std::string folder, std::string languages)
-    : folder_(std::move(folder)), languages_(std::move(languages)) {
-    limitOpenMp();
-}
+    : folder_(std::move(folder)), languages_(std::move(languages)) {}
 
 TesseractStripReader::~TesseractStripReader() = default;
 
 Result<std::vector<StripText>> TesseractStripReader::read(std::span<const Strip> strips) {
+    // The library's own threads spin against each other for lines as small as ours: several times
+    // slower than one. This holds for the calling thread.
+    omp_set_max_active_levels(0);
     Api api = TRY(take());
     std::vector<StripText> texts;
     for (const Strip& strip : strips) texts.push_back(readOne(*api, strip));
