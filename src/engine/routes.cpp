@@ -21,7 +21,7 @@ constexpr Duration kMatchPatience = std::chrono::seconds(30);
 
 // An action shows in the picture as soon as the phone has drawn it and the picture has come here;
 // then a page may slide in. Pictures that never stand still are judged after `max`. Milliseconds.
-constexpr SettleOptions kEffect{.min = 400, .quiet = 200, .max = 2000, .first = 400};
+constexpr SettleOptions kEffect{.min = 400, .quiet = 200, .max = 1500, .first = 400};
 
 // The longest that one action can take: the owner's time to answer, twice bounded, and its reports.
 constexpr Duration kActionPatience = std::chrono::seconds(150);
@@ -173,14 +173,15 @@ HTTPResponse Routes::act(const HTTPRequest& request) {
     if (!action) return HTTPResponse::error(action.error());
     const auto hold = to_.devices.use().act(target->host, kMatchPatience, request.clientGone);
     if (!hold) return HTTPResponse::error(kBusy, 409);
-    return to_.gate.run(request, {.read = [&] { return guardFrame(*target, request.clientGone); },
+    return to_.gate.run(request, {.settle = [&] { awaitEffect(*target, request.clientGone); },
+                                  .read = [&] { return guardFrame(*target, request.clientGone); },
                                   .perform = [&] { return performOn(*target, *action); },
                                   .pointer = [&] { return pointerOf(*target); }});
 }
 
 void Routes::awaitEffect(const ActionTarget& target, const std::stop_token& clientGone) {
     const auto ended = lastActions_.of(target.host);
-    if (!ended) return;
+    if (!ended || !target.device) return;
     const double ago = toSeconds(to_.clock.now() - *ended) * 1000;
     if (ago >= kEffect.max) return;
     SettleOptions options = kEffect;
@@ -193,6 +194,7 @@ void Routes::awaitEffect(const ActionTarget& target, const std::stop_token& clie
 
 ScreenReading Routes::guardFrame(const ActionTarget& target, const std::stop_token& clientGone) {
     if (!target.device) return NoFrame{};
+    // Another action may have come between.
     awaitEffect(target, clientGone);
     if (!isUnchanged(target, to_.devices, to_.hid)) return Error{std::string(kChanged), 409};
     auto frame = target.device->screen->frame();

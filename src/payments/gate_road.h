@@ -46,6 +46,9 @@ inline constexpr std::size_t kLongestGuardLine = 500;
 inline constexpr std::size_t kMostGuardText = 32u << 10;
 
 struct GateRoad {
+    // Blocks until the phone's picture shows what the action before this one did. Called before the
+    // action takes its turn, so that those on other phones need not wait for it.
+    std::function<void()> settle = [] {};
     // Looks at the phone's screen now. May take as long as text recognition.
     std::function<ScreenReading()> read;
     // Carries the action out on the same phone, or says in the reply why not.

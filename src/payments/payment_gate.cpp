@@ -125,6 +125,7 @@ HTTPResponse PaymentGate::run(const HTTPRequest& request, const GateRoad& road) 
     noticeSwitches(on, unsureSetting(defaults_));
     if (!on) return perform(road, withdrawn, "");
 
+    if (toJudge(request, road)) road.settle();
     const auto deadline = clock_.now() + seconds(options_.timeoutSeconds + kTurnMarginSeconds);
     switch (turn_.take(deadline, withdrawn.token())) {
         case ActionTurn::Outcome::timedOut:
@@ -147,12 +148,18 @@ HTTPResponse PaymentGate::perform(const GateRoad& road, const EitherStop& withdr
     return withdrawnReply();
 }
 
+std::optional<GuardedAction> PaymentGate::toJudge(const HTTPRequest& request,
+                                                  const GateRoad& road) const {
+    auto guarded = actionOf(request, road, {});
+    if (guarded && guarded->quiet && !sawPaymentLately()) return std::nullopt;
+    return guarded;
+}
+
 PaymentGate::Decision PaymentGate::check(const HTTPRequest& request, const GateRoad& road,
                                          const EitherStop& withdrawn) {
     const bool recent = sawPaymentLately();
-    auto guarded = actionOf(request, road, {});
+    auto guarded = toJudge(request, road);
     if (!guarded) return {};
-    if (!recent && guarded->quiet) return {};
 
     ScreenReading reading = look(road);
     if (const auto* error = std::get_if<Error>(&reading)) return {HTTPResponse::error(*error), ""};

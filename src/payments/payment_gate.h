@@ -116,6 +116,8 @@ class PaymentGate {
     ScreenReading look(const GateRoad& road);
     std::optional<GuardedAction> actionOf(const HTTPRequest& request, const GateRoad& road,
                                           PaymentGuard::FrameSize screen) const;
+    // The action, unless it may go ahead without a look at the screen.
+    std::optional<GuardedAction> toJudge(const HTTPRequest& request, const GateRoad& road) const;
     bool sawPaymentLately() const;
     HTTPResponse withdrawnReply() const;
     void noticeSwitches(bool on, bool whenUnsure);
